@@ -1,0 +1,43 @@
+# Options that every target of this project has, and the three kinds of target it is made of.
+
+add_library(tarn_options INTERFACE)
+target_compile_features(tarn_options INTERFACE cxx_std_20)
+# The library never sees the system's COM headers: their macros rename its methods.
+target_compile_definitions(tarn_options INTERFACE TARN_PLAIN_COM_TYPES)
+target_compile_options(tarn_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+                       $<$<BOOL:${TARN_DEVELOPER}>:-Werror>)
+if(TARN_SANITIZE)
+  target_compile_options(tarn_options INTERFACE -fsanitize=${TARN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tarn_options INTERFACE -fsanitize=${TARN_SANITIZE})
+endif()
+find_package(Threads REQUIRED)
+target_link_libraries(tarn_options INTERFACE Threads::Threads)
+
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+
+# tarn_layer(NAME SOURCES … DEPENDS …): one folder of src/, a static library. DEPENDS are the folders it may include.
+function(tarn_layer name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;DEPENDS")
+  add_library(tarn_${name} STATIC ${arg_SOURCES})
+  target_include_directories(tarn_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
+  list(TRANSFORM arg_DEPENDS PREPEND tarn_)
+  target_link_libraries(tarn_${name} PUBLIC ${arg_DEPENDS} PRIVATE tarn_options)
+endfunction()
+
+# tarn_test(NAME SOURCES … LIBRARIES …): a GoogleTest program. Link-time fakes of the platform layer go into SOURCES: an
+# object file of the program comes before the layer's archive.
+function(tarn_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+  add_executable(${name} ${arg_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} tarn_options GTest::gtest_main)
+  target_compile_definitions(${name} PRIVATE TARN_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+endfunction()

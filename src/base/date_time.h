@@ -1,0 +1,56 @@
+/// Points in time: UTC milliseconds since 1601 with the time-zone bias in force where the value was taken.
+///
+/// Values are plain words and need no lock. Failures are EKestrelDateTime (numbers in DateTimeError) for range and rule
+/// errors, SystemException for failing system conversions.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/clock.h"
+
+namespace Kestrel {
+
+/// One 64-bit word: bits 0 to 47 milliseconds since 1601-01-01 00:00 UTC, bits 48 to 63 the bias in minutes, signed
+/// (local time = UTC - bias). The word is the wire form, little-endian.
+class TKestrelDateTime {
+ public:
+  static constexpr std::uint64_t kMaxMilliseconds = 0xFFFFFFFFFFFF;
+  static constexpr std::int64_t kMillisecondsPerMinute = 60000;
+  /// Kinds of SetUTCMilliseconds; every number other than kUtc means local.
+  static constexpr int kLocal = 0;
+  static constexpr int kUtc = 1;
+
+  TKestrelDateTime() = default;
+  explicit TKestrelDateTime(std::uint64_t word) : word_(word) {}
+
+  /// kind kUtc: value is UTC; else value is local and the bias is added. Throws number 13, and leaves the value as it
+  /// was, where the result lies before 1601 or above kMaxMilliseconds.
+  void SetUTCMilliseconds(int kind, std::int64_t value, std::int16_t biasMinutes);
+
+  std::uint64_t GetWord() const { return word_; }
+  std::uint64_t GetUTCMilliseconds() const { return word_ & kMaxMilliseconds; }
+  std::int16_t GetBiasMinutes() const { return static_cast<std::int16_t>(word_ >> 48); }
+  /// Local date and time of the value's own bias. Throws SystemException where the result lies before 1601.
+  platform::SystemTime ToLocalSystemTime() const;
+
+  /// The current time with the machine's bias.
+  static TKestrelDateTime Now();
+
+  friend bool operator==(TKestrelDateTime, TKestrelDateTime) = default;
+
+ private:
+  std::uint64_t word_ = 0;
+};
+static_assert(sizeof(TKestrelDateTime) == 8);
+
+/// Checked forms of the system's conversions; each throws SystemException with its own qualified name as context.
+platform::FileTime SystemTimeToFileTime(const platform::SystemTime& systemTime);
+platform::SystemTime FileTimeToSystemTime(const platform::FileTime& fileTime);
+/// Milliseconds since 1601, truncated.
+std::int64_t SystemTimeToMilliseconds(const platform::SystemTime& systemTime);
+
+/// Ticks per second of the performance counter, for the check at load. Throws SystemException with the context
+/// "Kestrel::GetKestrelTimerFrequency"; below 1 it sends "Result.QuadPart > 0" to the debugger.
+std::int64_t GetKestrelTimerFrequency();
+
+}  // namespace Kestrel

@@ -1,0 +1,177 @@
+/// Every failure inside the library is an object of a class derived from KestrelException, thrown by value and caught by
+/// reference. It carries its text twice, narrow (system ANSI code page) and wide, so that nobody has to convert it.
+///
+/// Each construction is also recorded in the exception history (exception_history.h); copies are not.
+/// A code-page conversion that fails inside a constructor throws SystemException in its place.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <string>
+#include <string_view>
+
+namespace Kestrel {
+
+/// Error classes that the library assigns itself; Tarn::DBIException carries the platform library's own.
+enum ErrorClass : std::uint32_t {
+  ecGeneral = 0,
+  ecSystem = 2,       ///< code: the system error code
+  ecOutOfMemory = 4,  ///< code 0
+  ecDateTime = 5,     ///< code: a DateTimeError
+};
+
+class KestrelException : public std::exception {
+ public:
+  KestrelException(std::uint32_t errorClass, std::uint32_t errorCode, std::u16string_view wideDescription,
+                   std::string_view additionalText);
+  explicit KestrelException(std::string_view description);
+  KestrelException(const KestrelException&) = default;
+  KestrelException& operator=(const KestrelException&) = default;
+  ~KestrelException() override = default;
+
+  /// The narrow description.
+  const char* what() const noexcept override;
+  /// "class " and the qualified name of the object's dynamic class.
+  virtual std::string GetClassName() const;
+
+  std::uint32_t GetErrorClass() const { return errorClass_; }
+  std::uint32_t GetErrorCode() const { return errorCode_; }
+  const std::string& GetDescription() const { return description_; }
+  const std::u16string& GetWideDescription() const { return wideDescription_; }
+  const std::string& GetAdditionalText() const { return additionalText_; }
+
+ protected:
+  /// Narrow description with a class and a code.
+  KestrelException(std::uint32_t errorClass, std::uint32_t errorCode, std::string_view description);
+
+ private:
+  std::uint32_t errorClass_ = ecGeneral;
+  std::uint32_t errorCode_ = 0;
+  std::string description_;
+  std::u16string wideDescription_;
+  std::string additionalText_;
+};
+
+/// A failing system call: "<system text> [ErrorCode #<code>] in <context>"; without " in " where there is no context.
+class SystemException : public KestrelException {
+ public:
+  SystemException(std::uint32_t errorCode, const char* context);
+};
+
+/// "Out of memory during allocation of <size> bytes in FlatMemory".
+class OutOfMemoryException : public KestrelException {
+ public:
+  explicit OutOfMemoryException(std::uint64_t size);
+};
+
+/// Error numbers of EKestrelDateTime.
+enum DateTimeError : std::uint32_t {
+  dteInvalidTransition = 1,
+  dteInvalidMode = 2,
+  dteYear = 3,
+  dteMonth = 4,
+  dteDay = 5,
+  dteHour = 6,
+  dteMinute = 7,
+  dteSecond = 8,
+  dteMillisecond = 9,
+  dteSeparatorExpected = 10,
+  dteEndExpected = 12,
+  dteOutOfRange = 13,
+  dteTimeExpected = 14,
+};
+
+class EKestrelDateTime : public KestrelException {
+ public:
+  EKestrelDateTime(DateTimeError number, std::u16string_view text);
+  EKestrelDateTime(DateTimeError number, std::string_view text);
+};
+
+class GuidConversionException : public KestrelException {
+ public:
+  using KestrelException::KestrelException;
+};
+
+class StringConversionException : public KestrelException {
+ public:
+  using KestrelException::KestrelException;
+};
+
+class ValueListException : public KestrelException {
+ public:
+  using KestrelException::KestrelException;
+};
+
+class BufferException : public KestrelException {
+ public:
+  using KestrelException::KestrelException;
+};
+
+namespace Text {
+
+/// The description is the reason, " : " and the format string.
+class InvalidFormatStringException : public KestrelException {
+ public:
+  InvalidFormatStringException(std::string_view reason, std::u16string_view format, std::uint64_t position);
+
+  const std::u16string& GetFormatString() const { return format_; }
+  /// Index of the offending brace, in units.
+  std::uint64_t GetPosition() const { return position_; }
+
+ private:
+  std::u16string format_;
+  std::uint64_t position_;
+};
+
+}  // namespace Text
+
+namespace VariantExceptions {
+
+class VariantException : public KestrelException {
+ public:
+  VariantException() : KestrelException("VariantException") {}
+  using KestrelException::KestrelException;
+};
+
+class VariantInvalidTypeException : public VariantException {
+ public:
+  VariantInvalidTypeException() = default;
+};
+
+class VariantStringConversionException : public VariantException {
+ public:
+  VariantStringConversionException() = default;
+};
+
+class VariantStringToValueConversionException : public VariantException {
+ public:
+  explicit VariantStringToValueConversionException(std::string_view text) : VariantException(text) {}
+};
+
+}  // namespace VariantExceptions
+
+/// Throws SystemException with the calling thread's last error.
+[[noreturn]] void ThrowLastSystemError(const char* context);
+/// code may also be an HRESULT; it is printed as an unsigned number.
+[[noreturn]] void ThrowSystemError(std::uint32_t code, const char* context);
+[[noreturn]] void ThrowOutOfMemory(std::uint64_t size);
+
+}  // namespace Kestrel
+
+namespace Tarn {
+
+/// A failure of the platform library, made from its last-error record. The texts are copied.
+class DBIException : public Kestrel::KestrelException {
+ public:
+  DBIException(std::uint32_t errorClass, std::uint32_t errorCode, std::string_view platformClassName,
+               std::u16string_view wideDescription, std::string_view additionalText);
+
+  /// The platform library's name for the error's class.
+  std::string GetClassName() const override;
+
+ private:
+  std::string platformClassName_;
+};
+
+}  // namespace Tarn

@@ -1,0 +1,96 @@
+/// Intrusive reference counting of shared objects inside the library.
+///
+/// An object starts with a count of 0; its first ReferencePointer takes the first reference, the last one to let go
+/// ends it. Counts change with atomic operations, so references may be taken and dropped on any thread.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+namespace Kestrel {
+
+class NonCopyable {
+ public:
+  NonCopyable() = default;
+  NonCopyable(const NonCopyable&) = delete;
+  NonCopyable& operator=(const NonCopyable&) = delete;
+};
+
+/// The operations of a counted object. The order of the table is fixed.
+class VirtualReferenceCountBaseClass : NonCopyable {
+ public:
+  virtual ~VirtualReferenceCountBaseClass() = default;
+  virtual std::uint32_t AddRef() = 0;
+  virtual std::uint32_t Release() = 0;
+  virtual void DeleteThis() = 0;
+  /// Narrow text of the object, for diagnostics.
+  virtual std::string ToString() const = 0;
+
+ protected:
+  /// Called when the count has reached 0, before DeleteThis.
+  virtual void OnFinalRelease() = 0;
+};
+
+/// Holds the count and implements the operations on it.
+template <class Base>
+class ReferenceBaseClass : public Base {
+ public:
+  std::uint32_t AddRef() override { return count_.fetch_add(1, std::memory_order_relaxed) + 1; }
+  std::uint32_t Release() override {
+    const std::uint32_t left = count_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    if (left == 0) {
+      OnFinalRelease();
+      this->DeleteThis();
+    }
+    return left;
+  }
+  void DeleteThis() override { delete this; }
+  std::string ToString() const override { return "<refptr/>"; }
+
+ protected:
+  void OnFinalRelease() override {}
+
+ private:
+  std::atomic<std::uint32_t> count_{0};
+};
+
+using ReferenceCounted = ReferenceBaseClass<VirtualReferenceCountBaseClass>;
+
+/// What a ReferencePointer does before it follows its pointer: nothing.
+struct ReferenceCountCheckDefault {};
+
+/// Holds one reference on a T, or null. A raw pointer that goes in keeps its own references.
+template <class T, class Check = ReferenceCountCheckDefault>
+class ReferencePointer {
+ public:
+  ReferencePointer() = default;
+  ReferencePointer(std::nullptr_t) {}
+  explicit ReferencePointer(T* object) : object_(object) {
+    if (object_) object_->AddRef();
+  }
+  ReferencePointer(const ReferencePointer& other) : ReferencePointer(other.object_) {}
+  ReferencePointer(ReferencePointer&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  ~ReferencePointer() { Reset(); }
+
+  /// The new object is referenced before the old one is let go.
+  ReferencePointer& operator=(ReferencePointer other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+  void Reset() {
+    if (T* const old = std::exchange(object_, nullptr)) old->Release();
+  }
+
+  T* Get() const { return object_; }
+  T* operator->() const { return object_; }
+  T& operator*() const { return *object_; }
+  explicit operator bool() const { return object_ != nullptr; }
+  friend bool operator==(const ReferencePointer& a, const ReferencePointer& b) { return a.object_ == b.object_; }
+
+ private:
+  T* object_ = nullptr;
+};
+
+}  // namespace Kestrel

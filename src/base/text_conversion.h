@@ -1,0 +1,37 @@
+/// Text between a code page and UTF-16, and sizes for 32-bit interfaces.
+///
+/// Exception and log texts use the system's ANSI code page (kAnsiCodePage with kWidenFlags or kNarrowFlags); everything
+/// in value lists and commands is UTF-8 (kUtf8CodePage, flags 0).
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Kestrel {
+
+inline constexpr std::uint32_t kAnsiCodePage = 0;
+inline constexpr std::uint32_t kUtf8CodePage = 65001;
+inline constexpr std::uint32_t kWidenFlags = 0x1;     ///< precomposed characters
+inline constexpr std::uint32_t kNarrowFlags = 0x200;  ///< composite check
+
+/// Length of a NUL-terminated source.
+inline constexpr int kNulTerminated = -1;
+
+/// Replaces target by the converted source. A null source, a length of 0 or a source whose first unit is NUL gives an
+/// empty text. A positive length converts exactly that many units, NULs among them.
+/// Throws SystemException with the context "MultiByteToWideChar" or "WideCharToMultiByte" where the system refuses.
+void MultiToWide(std::u16string& target, std::uint32_t codePage, std::uint32_t flags, const char* source, int length);
+/// As MultiToWide, the other way; a length above 715827882 units throws before anything else.
+void WideToMulti(std::string& target, std::uint32_t codePage, std::uint32_t flags, const char16_t* source, int length);
+
+/// The converters over views, in the two code pages that are used. The length passes through ClipSizeT.
+std::u16string Utf8ToWide(std::string_view utf8);
+std::string WideToUtf8(std::u16string_view wide);
+std::u16string AnsiToWide(std::string_view narrow);
+std::string WideToAnsi(std::u16string_view wide);
+
+/// size, or 0xFFFFFFFF and the debugger line "ClipSizeT failed - Size > MaxSize" where it does not fit into 32 bits.
+std::uint32_t ClipSizeT(std::uint64_t size);
+
+}  // namespace Kestrel

@@ -1,0 +1,24 @@
+/// Making and taking BSTRs.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tarn/com_types.h"
+
+namespace Kestrel {
+
+/// A new BSTR for a caller outside, made as the interface states: a temporary of the text up to its first NUL, copied
+/// over its byte length. An empty text gives an allocated empty BSTR. Throws std::bad_alloc where there is no memory.
+BSTR MakeBstr(const std::u16string& text);
+/// As MakeBstr, of UTF-8 up to its first NUL.
+BSTR MakeBstrFromUtf8(const std::string& utf8);
+
+/// Takes a BSTR over: copies its text, up to its first NUL, as UTF-8 and frees it. Null counts as empty. The BSTR is
+/// freed on every path.
+std::string TakeBstrAsUtf8(BSTR text);
+
+/// UTF-8 of a NUL-terminated text; empty for null.
+std::string Utf8FromNulTerminated(const OLECHAR* text);
+
+}  // namespace Kestrel

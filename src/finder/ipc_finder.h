@@ -1,0 +1,55 @@
+/// The finder behind ICameraFinder: turns each call of the wizard into one command, and holds the registration of the
+/// wizard's callback.
+///
+/// Threads  No lock of its own; operations block on the server on the caller's thread.
+/// Errors   SendMacAddress, RequestInfoByIp, SendBareCommand and both SendNetworkCommandType… swallow every exception;
+///          ListFoundCameras and SetNewCameraDataCallback let them through. The asymmetry is part of the contract.
+#pragma once
+
+#include <memory>
+
+#include "com/com_wrapper.h"
+#include "finder/live_stream.h"
+#include "protocol/camera_data_callback.h"
+#include "protocol/camera_record.h"
+#include "tarn/camera_finding.h"
+#include "valuelist/value_list.h"
+
+namespace Tarn::CameraFinding {
+
+/// How finder operations talk to the server.
+class IPCFindingSender {
+ public:
+  virtual ~IPCFindingSender() = default;
+  /// Sends the command and fills the reply, which stays untouched where the channel cannot be opened or the server
+  /// answers with nothing. Throws DBIException, and what a malformed reply throws.
+  virtual void SendCommand(const Kestrel::ValueList& command, Kestrel::ValueList& reply) = 0;
+};
+
+class IPCFinder : public ICameraFinder, public IPCFindingSender {
+ public:
+  /// Creates the stream; throws DBIException.
+  IPCFinder(void* server, void* channelArgument);
+  ~IPCFinder() override;
+
+  void SendMacAddress(const OLECHAR* macAddress) override;
+  void RequestInfoByIp(const OLECHAR* ipAddress) override;
+  void ListFoundCameras(IFoundCameraReceiver* receiver) override;
+  void SetNewCameraDataCallback(INewCameraDataCallback* callback) override;
+  std::uint8_t SendNetworkCommandType1(ICameraInfo* camera) override;
+  void SendBareCommand() override;
+  std::uint8_t SendNetworkCommandType4(ICameraInfo* camera) override;
+
+  void SendCommand(const Kestrel::ValueList& command, Kestrel::ValueList& reply) override;
+
+ private:
+  std::uint8_t SendNetworkCommand(ICameraInfo* camera, std::uint32_t networkCommandType);
+
+  std::unique_ptr<CameraDataCallback> dataCallback_;
+  std::shared_ptr<LiveStreamInfo> streamInfo_;
+};
+
+}  // namespace Tarn::CameraFinding
+
+template <>
+inline constexpr IID Kestrel::kInterfaceId<Tarn::CameraFinding::ICameraFinder> = Tarn::CameraFinding::IID_ICameraFinder;

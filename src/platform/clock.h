@@ -1,0 +1,59 @@
+/// Clocks, calendar conversion and the user's date and time formats.
+#pragma once
+
+#include <cstdint>
+
+namespace platform {
+
+/// 100-nanosecond intervals since 1601-01-01 00:00 UTC, low half first.
+struct FileTime {
+  std::uint32_t low;
+  std::uint32_t high;
+};
+static_assert(sizeof(FileTime) == 8);
+
+struct SystemTime {
+  std::uint16_t year;       ///< 1601 to 30827
+  std::uint16_t month;      ///< 1 to 12
+  std::uint16_t dayOfWeek;  ///< 0 is Sunday; not read by the conversion to FileTime
+  std::uint16_t day;
+  std::uint16_t hour;
+  std::uint16_t minute;
+  std::uint16_t second;
+  std::uint16_t milliseconds;
+};
+static_assert(sizeof(SystemTime) == 16);
+
+/// A transition date: with year 0 relative (dayOfWeek of week `day` of the month, 5 is the last), else absolute.
+struct TimeZoneInformation {
+  std::int32_t bias;  ///< minutes; local time = UTC - bias
+  char16_t standardName[32];
+  SystemTime standardDate;  ///< month 0: the zone has no transitions
+  std::int32_t standardBias;
+  char16_t daylightName[32];
+  SystemTime daylightDate;
+  std::int32_t daylightBias;
+};
+static_assert(sizeof(TimeZoneInformation) == 172);
+
+inline constexpr std::uint32_t DATE_SHORTDATE = 0x1;
+inline constexpr std::uint32_t DATE_LONGDATE = 0x2;
+inline constexpr std::uint32_t TIME_NOSECONDS = 0x2;
+
+bool QueryPerformanceFrequency(std::int64_t* ticksPerSecond);
+bool QueryPerformanceCounter(std::int64_t* ticks);
+
+void GetSystemTimeAsFileTime(FileTime* time);
+void GetLocalTime(SystemTime* time);
+/// Both fail with ERROR_INVALID_PARAMETER for a value outside the calendar (a FileTime above 0x7FFFFFFFFFFFFFFF too).
+bool SystemTimeToFileTime(const SystemTime& systemTime, FileTime* fileTime);
+bool FileTimeToSystemTime(const FileTime& fileTime, SystemTime* systemTime);
+
+/// The zone's rules; the result says what is in force: 0 unknown, 1 standard, 2 daylight, 0xFFFFFFFF failure.
+std::uint32_t GetTimeZoneInformation(TimeZoneInformation* information);
+
+/// In the user's default locale. picture (may be null) overrides flags. Units written with the NUL, 0 on failure.
+int GetDateFormatW(std::uint32_t flags, const SystemTime& time, const char16_t* picture, char16_t* text, int units);
+int GetTimeFormatW(std::uint32_t flags, const SystemTime& time, char16_t* text, int units);
+
+}  // namespace platform

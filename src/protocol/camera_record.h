@@ -1,0 +1,74 @@
+/// One camera as the server-side finder describes it, in three parts.
+///
+/// Texts are UTF-8 (those that block parsing takes from single chunks are in the system code page). The record owns
+/// them all; copies are deep. Keys and wire order stand in record_wire.h.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Tarn::CameraFinding {
+
+/// Stands for credentials that were never supplied; it is sent to the server as it stands.
+inline constexpr char16_t UnsetCredential[] = u"&!*KVMR*9%";
+
+struct CameraLogin {
+  CameraLogin();
+  CameraLogin(std::string user, std::string password, std::uint8_t cttCode);
+
+  std::string loginUser;      ///< "LUN"; UnsetCredential
+  std::string loginPassword;  ///< "LPD"; UnsetCredential
+  std::uint8_t ctt = 2;       ///< "CTT"
+
+  friend bool operator==(const CameraLogin&, const CameraLogin&) = default;
+};
+
+struct CameraNetwork {
+  std::string mac;               ///< "MAC"; a record without one is never delivered
+  std::string nip;               ///< "NIP"
+  std::vector<std::string> ni2;  ///< "NI2"
+  std::string ip;                ///< "IP"
+  std::string subnetMask;        ///< "SIP"
+  std::string gateway;           ///< "GIP"
+  std::uint8_t dhcpMode = 1;     ///< "DHC"; 1 means DHCP
+  bool icb = false;              ///< "ICB"
+  bool gcb = false;              ///< "GCB"
+  bool rbl = false;              ///< "RBL"
+  bool pcl = false;              ///< "PCL"
+
+  friend bool operator==(const CameraNetwork&, const CameraNetwork&) = default;
+};
+
+struct CameraProduct {
+  CameraProduct() = default;
+  /// Sets deviceFlags to 0xFFFFFFFF and vendorTypeMask to 0.
+  CameraProduct(std::vector<std::string> plugins, std::string vendor, std::string modelName, std::string firmware,
+                std::string serial);
+
+  std::uint32_t deviceFlags = 0;         ///< "DCV"
+  std::uint64_t vendorTypeMask = 0;      ///< "CVT"
+  std::vector<std::string> pluginNames;  ///< "PLN"
+  std::string vendorDisplayName;         ///< "PDN"
+  std::string model;                     ///< "MDL"
+  std::string firmwareVersion;           ///< "FVN"
+  std::string serialNumber;              ///< "SER"
+
+  friend bool operator==(const CameraProduct&, const CameraProduct&) = default;
+};
+
+struct CameraRecord : CameraLogin, CameraNetwork, CameraProduct {
+  static constexpr std::uint32_t kDeviceFlag17 = 0x20000;
+
+  CameraRecord() = default;
+  CameraRecord(CameraLogin login, CameraNetwork network, CameraProduct product);
+
+  friend bool operator==(const CameraRecord&, const CameraRecord&) = default;
+};
+
+/// Payload of command 14.
+struct NetworkCommand : CameraRecord {
+  std::uint32_t networkCommandType = 0;  ///< "SetNetworkCommandType"; 1 or 4
+};
+
+}  // namespace Tarn::CameraFinding

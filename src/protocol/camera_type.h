@@ -1,0 +1,17 @@
+/// Camera type codes: by vendor mask, or by plug-in name.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace Tarn::CameraFinding {
+
+/// 0 is unknown, 1 to 26 are device families. Only ten of them have names, those of kPluginTypes.
+using CameraTypeCode = std::int32_t;
+
+/// The code of a vendor mask "CVT", by the whole value; 0 for any value that is not in the table.
+CameraTypeCode TypeFromVendorBit(std::uint64_t mask);
+/// The code of a plug-in type name, compared exactly; the name is in the system code page. 0 for any other name.
+CameraTypeCode TypeFromPluginName(std::string name);
+
+}  // namespace Tarn::CameraFinding

@@ -1,0 +1,90 @@
+/// Kestrel::Buffer: a reference-counted, growable byte buffer with a write and a read position, recycled by the pool.
+///
+/// Threads  One thread at a time writes or reads a buffer; another thread gets it by a ReferencePointer.
+/// Errors   BufferException; a failed operation leaves positions and contents as they were. OutOfMemoryException where
+///          the storage cannot grow: the buffer has lost its contents and must not be used further.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "base/reference_counting.h"
+
+namespace Kestrel {
+
+/// The texts of BufferException.
+inline constexpr char kNotEnoughBytes[] = "read failed - not enough bytes in buffer";
+inline constexpr char kInvalidPointerRequest[] = "invalid pointer request";
+
+/// One allocation, aligned to 16 bytes, with its positions. read position <= length <= capacity; the write position is
+/// the length. The capacity is 0 or a multiple of kPageSize.
+class FlatMemory : NonCopyable {
+ public:
+  static constexpr std::size_t kAlignment = 16;
+  static constexpr std::uint64_t kPageSize = 4096;
+
+  FlatMemory();
+  ~FlatMemory();
+
+  std::uint8_t* GetData() const { return storage_; }
+  std::uint64_t GetLength() const { return length_; }
+  std::uint64_t GetReadPosition() const { return readPosition_; }
+  std::uint64_t GetCapacity() const { return capacity_; }
+
+  /// Adds n uninitialised bytes at the end and returns their address.
+  std::uint8_t* Extend(std::uint64_t n);
+  /// Moves the read position over n bytes and returns their address.
+  const std::uint8_t* Consume(std::uint64_t n);
+  /// Positions and length to 0; the storage stays.
+  void Rewind();
+
+ private:
+  void Grow(std::uint64_t added);
+
+  std::uint64_t readPosition_ = 0;
+  std::uint64_t length_ = 0;
+  std::uint8_t* storage_ = nullptr;
+  std::uint64_t capacity_ = 0;
+};
+
+class Buffer final : public ReferenceCounted {
+ public:
+  Buffer() = default;
+
+  /// Copies n bytes to the end.
+  void Append(const void* source, std::uint64_t n);
+  /// Adds n uninitialised bytes at the end and returns their address, valid until the buffer grows.
+  std::uint8_t* Reserve(std::uint64_t n) { return memory_.Extend(n); }
+  /// Takes n bytes at the read position, or throws kNotEnoughBytes.
+  const std::uint8_t* Take(std::uint64_t n) { return memory_.Consume(n); }
+  /// Take of a little-endian number.
+  std::uint8_t ReadUInt8();
+  std::uint32_t ReadUInt32();
+  std::uint64_t ReadUInt64();
+  /// Empties the buffer and forgets its use count; storage and capacity stay.
+  void Reset();
+
+  std::uint8_t* GetData() const { return memory_.GetData(); }
+  std::uint64_t GetLength() const { return memory_.GetLength(); }
+  std::uint64_t GetReadPosition() const { return memory_.GetReadPosition(); }
+  std::uint64_t GetCapacity() const { return memory_.GetCapacity(); }
+  std::uint64_t GetUnreadLength() const { return GetLength() - GetReadPosition(); }
+  std::span<const std::uint8_t> GetBytes() const { return {GetData(), static_cast<std::size_t>(GetLength())}; }
+  /// How often the pool has handed the buffer out since it was made or reset.
+  std::uint32_t GetUseCount() const { return useCount_.load(std::memory_order_relaxed); }
+
+  /// Returns the buffer to the pool, or deletes it where the pool does not keep it.
+  void DeleteThis() override;
+
+ private:
+  friend class BufferPool;
+  friend class BufferPoolList;
+
+  FlatMemory memory_;
+  std::atomic<std::uint32_t> useCount_{0};
+  bool poolable_ = true;
+};
+
+}  // namespace Kestrel

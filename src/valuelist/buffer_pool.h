@@ -1,0 +1,93 @@
+/// Kestrel::BufferPool: released buffers wait here, with their storage, for the next user.
+///
+/// Three first-in first-out lists by capacity, each bounded by count and by bytes. The process-wide pool is made on
+/// first use and ends with DestroySharedPool at unload; after that each GetPool makes a private pool, which goes with
+/// its last reference.
+///
+/// Threads  Everything may be called on any thread. Each list has its own lock; nothing is called with it held.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+
+#include "base/critical_section.h"
+#include "base/reference_counting.h"
+#include "valuelist/buffer.h"
+
+namespace Kestrel {
+
+enum BufferPoolListIndex : std::size_t { SmallBufferList, MediumBufferList, LargeBufferList };
+
+/// One size class.
+struct BufferPoolLimits {
+  std::uint64_t smallestCapacity;  ///< routed here from this capacity on
+  std::uint64_t largestCapacity;   ///< a buffer above it is not kept
+  std::uint64_t sizeLimitInBytes;  ///< all capacities together
+  std::size_t mostBuffers;
+};
+/// Row = BufferPoolListIndex. The first row accepts more than is ever routed to it.
+inline constexpr BufferPoolLimits kBufferPoolLimits[] = {
+    {0, 0x80000, 0x200000, 256},
+    {0x10000, 0x80000, 0x600000, 16},
+    {0x80000, 0x300000, 0x1000000, 4},
+};
+
+/// Counters of all blocks of the process; read by tests and memory dumps only.
+struct BufferStatistics {
+  std::atomic<std::int64_t> bytesAllocated{0};  ///< grows by each capacity gained and by each capacity given up
+  std::atomic<std::int64_t> liveBlocks{0};
+  std::atomic<std::uint64_t> refusedReturns{0};
+};
+BufferStatistics& GetBufferStatistics();
+
+class BufferPoolList : NonCopyable {
+ public:
+  explicit BufferPoolList(const BufferPoolLimits& limits) : limits_(limits) {}
+  ~BufferPoolList();
+
+  /// The buffer at the front, or a new one.
+  ReferencePointer<Buffer> GetBuffer();
+  /// Takes the buffer back; false, and poolable cleared, where the list does not keep it.
+  bool Return(const ReferencePointer<Buffer>& buffer);
+
+  std::uint64_t GetBytesHeld() const { return bytesHeld_.load(std::memory_order_relaxed); }
+  std::size_t GetCount() const { return count_.load(std::memory_order_relaxed); }
+
+ private:
+  const BufferPoolLimits& limits_;
+  CriticalSection lock_;
+  std::deque<ReferencePointer<Buffer>> buffers_;
+  std::atomic<std::size_t> count_{0};  ///< buffers_.size(), readable without the lock
+  std::atomic<std::uint64_t> bytesHeld_{0};
+};
+
+class BufferPool final : public ReferenceCounted {
+ public:
+  BufferPool() = default;
+
+  static ReferencePointer<BufferPool> GetPool();
+  /// For the module's unload.
+  static void DestroySharedPool();
+
+  ReferencePointer<Buffer> GetBuffer(BufferPoolListIndex list) { return lists_[list].GetBuffer(); }
+  BufferPoolList& GetList(BufferPoolListIndex list) { return lists_[list]; }
+  /// The list for a size or a capacity in bytes.
+  static BufferPoolListIndex ListFor(std::uint64_t bytes);
+
+ private:
+  BufferPoolList lists_[3] = {BufferPoolList(kBufferPoolLimits[0]), BufferPoolList(kBufferPoolLimits[1]),
+                              BufferPoolList(kBufferPoolLimits[2])};
+};
+
+/// The operations that most callers need, on the shared pool.
+ReferencePointer<Buffer> GetBuffer(BufferPoolListIndex list);
+/// A buffer with a copy of n bytes, from the list for n.
+ReferencePointer<Buffer> CreateBuffer(const void* source, std::uint64_t n);
+/// Empties the buffer, or takes one from the small list where there is none.
+void EnsureBuffer(ReferencePointer<Buffer>& buffer);
+/// EnsureBuffer, then Reserve.
+std::uint8_t* ReserveAtEnd(ReferencePointer<Buffer>& buffer, std::uint64_t n);
+
+}  // namespace Kestrel

@@ -1,0 +1,100 @@
+/// Kestrel::ValueList: a named, ordered list of (name, Variant) entries, and its binary form.
+///
+/// Wire form; little-endian, nothing aligned, no total length, no end mark: only decoding finds the end.
+///
+///     list   := "VLIS" name:record count:u32 (name:record value:record)[count]
+///     record := tag:u8 [length:u32] payload       a length only for tags 11..14, see kVariantTypes
+///
+///     56 4C 49 53                   "VLIS"
+///     0B 01 00 00 00 00             list name: vtString, 1 byte, ""
+///     01 00 00 00                   one entry
+///     0B 04 00 00 00 43 4D 44 00    its name: vtString, 4 bytes, "CMD"
+///     06 06 00 00 00                its value: vtUInt 6
+///
+/// The writer always writes names as vtString; the reader takes any type and uses its text. A 64-bit unsigned value is
+/// written with tag 8 and comes back as vtInt64 with the same bits.
+///
+/// Text form: base64 of the binary form, in UTF-16.
+///
+/// Ownership  Values are copied in and out; only GetBinaryData hands out a reference to the entry's own buffer.
+/// Threads    No lock inside; one thread at a time uses a list.
+/// Errors     Read: ValueListException "Wrong value list identifier", BufferException where bytes are missing,
+///            VariantInvalidTypeException for a tag above 20. The name and the entries read so far stay; the caller
+///            discards the list.
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/reference_counting.h"
+#include "valuelist/buffer.h"
+#include "valuelist/variant.h"
+
+namespace Kestrel {
+
+/// "VLIS", read as a little-endian number.
+inline constexpr std::uint32_t ValueListIdentifier = 0x53494C56;
+
+struct ValueListEntry {
+  std::string name;
+  Variant value;
+};
+
+class ValueList {
+ public:
+  const std::string& GetName() const { return name_; }
+  void SetName(std::string_view name) { name_ = name; }
+  const std::vector<ValueListEntry>& GetEntries() const { return entries_; }
+
+  /// Each appends one entry; a name may occur more than once.
+  void Add(std::string_view name, std::uint32_t value);
+  void Add(std::string_view name, std::string_view value);
+  void Add(std::string_view name, std::uint8_t value);
+  void Add(std::string_view name, std::same_as<bool> auto value) { AddVariant(name, Variant(value)); }
+  void Add(std::string_view name, std::uint64_t value);
+  void AddVariant(std::string_view name, Variant value);
+  /// A copy of the buffer's bytes; a null or empty buffer gives a value without a buffer.
+  void AddBinaryData(std::string_view name, const ReferencePointer<Buffer>& buffer);
+
+  /// The first entry of exactly that name, converted to the output's type; without one the output stays as it is.
+  void Get(std::string_view name, std::string& value) const;
+  void Get(std::string_view name, std::uint8_t& value) const;
+  void Get(std::string_view name, bool& value) const;
+  bool Get(std::string_view name, std::uint32_t& value) const;  ///< whether there was one
+  void Get(std::string_view name, std::uint64_t& value) const;
+  /// First entry by name; null where its type is not vtBinaryData; else a reference on the value's own buffer, which is
+  /// made now if the value holds its bytes without one.
+  void GetBinaryData(std::string_view name, ReferencePointer<Buffer>& value) const;
+  /// The bytes of the first entry of that name, valid while the list is unchanged; nothing where there is no such entry
+  /// or it is not vtBinaryData.
+  std::optional<std::span<const std::uint8_t>> FindBinaryData(std::string_view name) const;
+  /// Null where there is no entry of that name.
+  const Variant* Find(std::string_view name) const;
+
+  /// Removes the entries; the name stays.
+  void Clear() { entries_.clear(); }
+
+  /// Appends the binary form to the buffer.
+  void Write(Buffer& buffer) const;
+  /// Decodes one binary form at the buffer's read position: replaces the name, appends the entries.
+  void Read(Buffer& buffer);
+
+  std::u16string ToText() const;
+  /// Clears the list, then reads the text form; an empty text leaves it empty. What stands behind a character that is
+  /// not base64 is ignored.
+  void FromText(std::u16string_view text);
+
+ private:
+  std::string name_;
+  std::vector<ValueListEntry> entries_;
+};
+
+/// Reads one variant record as wide text: a vtWString as it stands, any other type by its conversion.
+void ReadWideString(Buffer& buffer, std::u16string& text);
+
+}  // namespace Kestrel
