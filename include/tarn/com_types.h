@@ -67,7 +67,8 @@ void SysFreeString(BSTR text);
 #else
 /// A string of byteLength bytes, copied from bytes unless that is null. Null where there is no memory.
 inline BSTR SysAllocStringByteLen(const char* bytes, std::uint32_t byteLength) {
-  auto* const block = static_cast<unsigned char*>(std::malloc(sizeof byteLength + std::size_t{byteLength} + sizeof(OLECHAR)));
+  auto* const block =
+      static_cast<unsigned char*>(std::malloc(sizeof byteLength + std::size_t{byteLength} + sizeof(OLECHAR)));
   if (!block) return nullptr;
   std::memcpy(block, &byteLength, sizeof byteLength);
   if (bytes) std::memcpy(block + sizeof byteLength, bytes, byteLength);
@@ -78,12 +79,14 @@ inline BSTR SysAllocStringByteLen(const char* bytes, std::uint32_t byteLength) {
 inline BSTR SysAllocString(const OLECHAR* text) {
   if (!text) return nullptr;
   const std::size_t units = std::char_traits<OLECHAR>::length(text);
-  return SysAllocStringByteLen(reinterpret_cast<const char*>(text), static_cast<std::uint32_t>(units * sizeof(OLECHAR)));
+  return SysAllocStringByteLen(reinterpret_cast<const char*>(text),
+                               static_cast<std::uint32_t>(units * sizeof(OLECHAR)));
 }
 /// Bytes without the terminator; 0 for null.
 inline std::uint32_t SysStringByteLen(BSTR text) {
   std::uint32_t byteLength = 0;
-  if (text) std::memcpy(&byteLength, reinterpret_cast<const unsigned char*>(text) - sizeof byteLength, sizeof byteLength);
+  if (text)
+    std::memcpy(&byteLength, reinterpret_cast<const unsigned char*>(text) - sizeof byteLength, sizeof byteLength);
   return byteLength;
 }
 inline void SysFreeString(BSTR text) {

@@ -1,8 +1,9 @@
 /// Base64 with the standard alphabet of RFC 4648, section 4, in lines.
 ///
-/// Written: four characters for three bytes, padded with "=", and CR LF after every 76th character, so that a text whose
-/// length without them is a multiple of 76 ends with them. Read: CR and LF are skipped, "=" ends the text, any other
-/// character ends it with failure; what was decoded before stays, and a pending group of k characters gives k - 1 bytes.
+/// Written: four characters for three bytes, padded with "=", and CR LF after every 76th character, so that a text
+/// whose length without them is a multiple of 76 ends with them. Read: CR and LF are skipped, "=" ends the text, any
+/// other character ends it with failure; what was decoded before stays, and a pending group of k characters gives k - 1
+/// bytes.
 ///
 /// Each direction exists for narrow and for UTF-16 text: value lists travel as UTF-16, and are coded without a narrow
 /// copy in between. None of these throws, except that the two convenience forms allocate.
@@ -23,7 +24,9 @@ char* Base64EncodeTo(const void* bytes, std::size_t byteCount, char* text);
 char16_t* Base64EncodeTo(const void* bytes, std::size_t byteCount, char16_t* text);
 
 /// Room that decoding a text of this length needs.
-constexpr std::size_t Base64DecodedBound(std::size_t characters) { return characters / 4 * 3 + 3; }
+constexpr std::size_t Base64DecodedBound(std::size_t characters) {
+  return characters / 4 * 3 + 3;
+}
 
 struct Base64Decoded {
   std::size_t byteCount;

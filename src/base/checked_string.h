@@ -28,8 +28,9 @@ BufferRest<char16_t> CheckedStringCchCopyEx(BufferRest<char16_t> target, std::u1
 
 /// Formats as printf does and returns what is left. The wide form takes the same narrow format; its "%s" and "%c" stand
 /// for narrow ASCII arguments. Throws with the context "Kestrel::CheckedStringCchPrintfEx".
-[[gnu::format(printf, 2, 3)]] BufferRest<char> CheckedStringCchPrintfEx(BufferRest<char> target, const char* format, ...);
+[[gnu::format(printf, 2, 3)]] BufferRest<char> CheckedStringCchPrintfEx(BufferRest<char> target, const char* format,
+                                                                        ...);
 [[gnu::format(printf, 2, 3)]] BufferRest<char16_t> CheckedStringCchPrintfEx(BufferRest<char16_t> target,
-                                                                           const char* format, ...);
+                                                                            const char* format, ...);
 
 }  // namespace Kestrel

@@ -15,16 +15,16 @@ enum TKestrelDateTimeStrMode : std::uint32_t {
   dtsmTime = 2,
   dtsmModeMask = 0xFF,
 
-  dtsmLongDate = 0x100,       ///< locale form: long date in place of the short one
-  dtsmNoSeconds = 0x200,      ///< time without seconds
-  dtsmDayOfWeek = 0x400,      ///< locale form: the abbreviated day of the week in place of the date
-  dtsmNoMilliseconds = 0x800, ///< fixed forms: time without milliseconds
-  dtsmDropZeros = 0x1000,     ///< fixed forms: drop zero milliseconds, and zero seconds as well
-  dtsmQuoted = 0x2000,        ///< fixed forms: in double quotation marks (slashes) or apostrophes (dashes)
+  dtsmLongDate = 0x100,        ///< locale form: long date in place of the short one
+  dtsmNoSeconds = 0x200,       ///< time without seconds
+  dtsmDayOfWeek = 0x400,       ///< locale form: the abbreviated day of the week in place of the date
+  dtsmNoMilliseconds = 0x800,  ///< fixed forms: time without milliseconds
+  dtsmDropZeros = 0x1000,      ///< fixed forms: drop zero milliseconds, and zero seconds as well
+  dtsmQuoted = 0x2000,         ///< fixed forms: in double quotation marks (slashes) or apostrophes (dashes)
 
-  dtsmLocale = 0,             ///< the user's default locale
-  dtsmSlashes = 0x10000,      ///< 2024/05/01 10:20:30,123
-  dtsmDashes = 0x20000,       ///< 2024-05-01 10:20:30.123
+  dtsmLocale = 0,         ///< the user's default locale
+  dtsmSlashes = 0x10000,  ///< 2024/05/01 10:20:30,123
+  dtsmDashes = 0x20000,   ///< 2024-05-01 10:20:30.123
   dtsmFormatMask = 0xFF0000,
 };
 

@@ -1,5 +1,5 @@
-/// Every failure inside the library is an object of a class derived from KestrelException, thrown by value and caught by
-/// reference. It carries its text twice, narrow (system ANSI code page) and wide, so that nobody has to convert it.
+/// Every failure inside the library is an object of a class derived from KestrelException, thrown by value and caught
+/// by reference. It carries its text twice, narrow (system ANSI code page) and wide, so that nobody has to convert it.
 ///
 /// Each construction is also recorded in the exception history (exception_history.h); copies are not.
 /// A code-page conversion that fails inside a constructor throws SystemException in its place.

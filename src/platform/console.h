@@ -6,7 +6,9 @@
 namespace platform {
 
 using ConsoleHandle = void*;
-inline ConsoleHandle InvalidConsoleHandle() { return reinterpret_cast<ConsoleHandle>(-1); }
+inline ConsoleHandle InvalidConsoleHandle() {
+  return reinterpret_cast<ConsoleHandle>(-1);
+}
 
 inline constexpr std::uint32_t STD_OUTPUT_HANDLE = 0xFFFFFFF5;
 inline constexpr std::uint32_t STD_ERROR_HANDLE = 0xFFFFFFF4;

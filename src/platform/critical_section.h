@@ -1,7 +1,7 @@
 /// A recursive lock with a spin phase. Destroying it while it is held is undefined; everything else is thread-safe.
 ///
-/// On Windows it stays safe to enter while a process exits, when the thread that held it is dead already; a mutex of the
-/// standard library does not. So every lock taken on the way out is one of these.
+/// On Windows it stays safe to enter while a process exits, when the thread that held it is dead already; a mutex of
+/// the standard library does not. So every lock taken on the way out is one of these.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-/// Text for an attached debugger. Nothing is added to it, no line end either. Callable at any time, also during load and
-/// unload, on any thread.
+/// Text for an attached debugger. Nothing is added to it, no line end either. Callable at any time, also during load
+/// and unload, on any thread.
 #pragma once
 
 namespace platform {

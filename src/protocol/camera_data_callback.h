@@ -21,10 +21,11 @@ struct LiveStreamInfo;
 
 class CameraDataCallback {
  public:
-  /// Receives blocks on the platform library's delivery threads and hands each to a worker (camera_delivery.h) while the
-  /// delivery thread waits.
+  /// Receives blocks on the platform library's delivery threads and hands each to a worker (camera_delivery.h) while
+  /// the delivery thread waits.
   ///
-  /// Lock  lock_ guards newCameraDataCallback_ while OnGenericData reads and references it and while OnDetach clears it.
+  /// Lock  lock_ guards newCameraDataCallback_ while OnGenericData reads and references it and while OnDetach clears
+  /// it.
   ///       It is never held while the wizard is called, released or waited for.
   class CameraDataInternalCallback : public IGenericDataReceivedCallback {
    public:

@@ -8,7 +8,8 @@
 ///     13    nothing                                                             none
 ///     14    "SetNetworkCommandType" u32, then a record                          none
 ///
-/// Writing appends "CMD" and the payload to the list; reading reads the payload only, and leaves what is absent as it was.
+/// Writing appends "CMD" and the payload to the list; reading reads the payload only, and leaves what is absent as it
+/// was.
 #pragma once
 
 #include <cstdint>
