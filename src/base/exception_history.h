@@ -8,6 +8,7 @@
 #include <deque>
 #include <string>
 
+#include "base/critical_section.h"
 #include "base/exceptions.h"
 
 namespace Kestrel {
@@ -33,6 +34,12 @@ class ExceptionHistory {
 
   /// Adds to the process-wide history if there is one. Thread-safe; throws what copying throws.
   static void Add(const KestrelException& exception);
+
+ private:
+  void Append(const KestrelException& exception);
+
+  mutable CriticalSection lock_;
+  std::deque<ExceptionHistoryEntry> entries_;
 };
 
 }  // namespace Kestrel

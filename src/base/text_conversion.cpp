@@ -1,0 +1,152 @@
+#include "base/text_conversion.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "base/exceptions.h"
+#include "platform/code_pages.h"
+#include "platform/debugger.h"
+#include "platform/error_codes.h"
+
+namespace Kestrel {
+namespace {
+
+constexpr std::size_t kMaxBytesPerUnit = 3;
+constexpr int kMaxWideLength = std::numeric_limits<int>::max() / static_cast<int>(kMaxBytesPerUnit);
+static_assert(kMaxWideLength == 715827882);
+
+/// Texts of up to this many units pass through the stack: their target then gets exactly the room it needs, and none of
+/// it is filled twice.
+constexpr std::size_t kShortLength = 256;
+
+struct Widening {
+  using Source = char;
+  using Target = char16_t;
+  static constexpr std::size_t kTargetPerSource = 1;
+  static constexpr int kMaxLength = std::numeric_limits<int>::max();
+  static constexpr const char* kContext = "MultiByteToWideChar";
+  static constexpr auto kConvert = platform::MultiByteToWideChar;
+};
+
+struct Narrowing {
+  using Source = char16_t;
+  using Target = char;
+  static constexpr std::size_t kTargetPerSource = kMaxBytesPerUnit;
+  static constexpr int kMaxLength = kMaxWideLength;
+  static constexpr const char* kContext = "WideCharToMultiByte";
+  static constexpr auto kConvert = platform::WideCharToMultiByte;
+};
+
+/// Set while this thread builds the exception of a failed conversion. Its texts pass through the converters too: where
+/// those fail again, the texts are taken as ASCII, for otherwise there would be no end.
+constinit thread_local bool reportingFailure = false;
+
+class FailureReport {
+ public:
+  FailureReport() { reportingFailure = true; }
+  ~FailureReport() { reportingFailure = false; }
+};
+
+template <class Direction>
+void CopyAscii(std::basic_string<typename Direction::Target>& target, const typename Direction::Source* source,
+               int length) {
+  using Target = typename Direction::Target;
+  const auto units =
+      length < 0 ? std::char_traits<typename Direction::Source>::length(source) : static_cast<std::size_t>(length);
+  target.resize(units);
+  std::transform(source, source + units, target.begin(), [](auto unit) {
+    return static_cast<unsigned>(unit) < 0x80 ? static_cast<Target>(unit) : static_cast<Target>('?');
+  });
+}
+
+template <class Direction>
+void FailOrCopyAscii(std::basic_string<typename Direction::Target>& target, const typename Direction::Source* source,
+                     int length) {
+  if (reportingFailure) return CopyAscii<Direction>(target, source, length);
+  const FailureReport report;
+  ThrowLastSystemError(Direction::kContext);
+}
+
+/// Converts length > 0 units without asking for the size first. False where the system refuses.
+template <class Direction>
+bool ConvertInPlace(std::basic_string<typename Direction::Target>& target, std::uint32_t codePage, std::uint32_t flags,
+                    const typename Direction::Source* source, int length) {
+  const std::size_t room = static_cast<std::size_t>(length) * Direction::kTargetPerSource;
+  if (static_cast<std::size_t>(length) <= kShortLength) {
+    std::array<typename Direction::Target, kShortLength * Direction::kTargetPerSource> text;
+    const int units = Direction::kConvert(codePage, flags, source, length, text.data(), static_cast<int>(room));
+    if (units > 0) target.assign(text.data(), static_cast<std::size_t>(units));
+    return units > 0;
+  }
+  target.resize(room);
+  const int units = Direction::kConvert(codePage, flags, source, length, target.data(), static_cast<int>(room));
+  if (units > 0) target.resize(static_cast<std::size_t>(units));
+  return units > 0;
+}
+
+template <class Direction>
+void Convert(std::basic_string<typename Direction::Target>& target, std::uint32_t codePage, std::uint32_t flags,
+             const typename Direction::Source* source, int length) {
+  if (!source || length == 0 || *source == 0) return target.clear();
+  if (length > Direction::kMaxLength) ThrowSystemError(platform::ERROR_INVALID_PARAMETER, Direction::kContext);
+  if (length > 0 && ConvertInPlace<Direction>(target, codePage, flags, source, length)) return;
+
+  const int required = Direction::kConvert(codePage, flags, source, length, nullptr, 0);
+  if (required < 1) return FailOrCopyAscii<Direction>(target, source, length);
+  // The terminator of a NUL-terminated source falls onto the one that the target has anyway.
+  target.resize(static_cast<std::size_t>(length < 0 ? required - 1 : required));
+  if (Direction::kConvert(codePage, flags, source, length, target.data(), required) < 1) {
+    FailOrCopyAscii<Direction>(target, source, length);
+  }
+}
+
+/// A view has no terminator to read up to, which a length that has become negative would ask for.
+template <class Direction>
+int LengthOf(std::basic_string_view<typename Direction::Source> text) {
+  const std::uint32_t length = ClipSizeT(text.size());
+  if (length > std::uint32_t{Direction::kMaxLength}) {
+    ThrowSystemError(platform::ERROR_INVALID_PARAMETER, Direction::kContext);
+  }
+  return static_cast<int>(length);
+}
+
+template <class Direction>
+std::basic_string<typename Direction::Target> Converted(std::uint32_t codePage, std::uint32_t flags,
+                                                        std::basic_string_view<typename Direction::Source> text) {
+  std::basic_string<typename Direction::Target> target;
+  Convert<Direction>(target, codePage, flags, text.data(), LengthOf<Direction>(text));
+  return target;
+}
+
+}  // namespace
+
+void MultiToWide(std::u16string& target, std::uint32_t codePage, std::uint32_t flags, const char* source, int length) {
+  Convert<Widening>(target, codePage, flags, source, length);
+}
+
+void WideToMulti(std::string& target, std::uint32_t codePage, std::uint32_t flags, const char16_t* source, int length) {
+  Convert<Narrowing>(target, codePage, flags, source, length);
+}
+
+std::u16string Utf8ToWide(std::string_view utf8) {
+  return Converted<Widening>(kUtf8CodePage, 0, utf8);
+}
+std::string WideToUtf8(std::u16string_view wide) {
+  return Converted<Narrowing>(kUtf8CodePage, 0, wide);
+}
+std::u16string AnsiToWide(std::string_view narrow) {
+  return Converted<Widening>(kAnsiCodePage, kWidenFlags, narrow);
+}
+std::string WideToAnsi(std::u16string_view wide) {
+  return Converted<Narrowing>(kAnsiCodePage, kNarrowFlags, wide);
+}
+
+std::uint32_t ClipSizeT(std::uint64_t size) {
+  constexpr std::uint32_t kMaxSize = std::numeric_limits<std::uint32_t>::max();
+  if (size <= kMaxSize) return static_cast<std::uint32_t>(size);
+  platform::OutputDebugStringW(u"ClipSizeT failed - Size > MaxSize");
+  return kMaxSize;
+}
+
+}  // namespace Kestrel
