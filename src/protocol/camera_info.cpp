@@ -1,0 +1,135 @@
+#include "protocol/camera_info.h"
+
+#include <string>
+#include <utility>
+
+#include "com/bstr.h"
+#include "protocol/camera_type.h"
+
+namespace Tarn::CameraFinding {
+namespace {
+
+constexpr std::uint8_t kDhcpEnabled = 1;
+
+/// No exception crosses the interface: where there is no memory the wizard gets a null text, which counts as empty.
+BSTR TextForWizard(const std::string& utf8) {
+  try {
+    return Kestrel::MakeBstrFromUtf8(utf8);
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+}  // namespace
+
+std::int32_t IPCFinderCameraInfo::GetCameraType() {
+  return TypeFromVendorBit(record_.vendorTypeMask);
+}
+
+BSTR IPCFinderCameraInfo::GetModel() {
+  return TextForWizard(record_.model);
+}
+
+BSTR IPCFinderCameraInfo::GetIpAddress() {
+  return TextForWizard(record_.ip);
+}
+
+BSTR IPCFinderCameraInfo::GetSubnetMask() {
+  return TextForWizard(record_.subnetMask);
+}
+
+BSTR IPCFinderCameraInfo::GetGateway() {
+  return TextForWizard(record_.gateway);
+}
+
+BSTR IPCFinderCameraInfo::GetFirmwareVersion() {
+  return TextForWizard(record_.firmwareVersion);
+}
+
+BSTR IPCFinderCameraInfo::GetModelName() {
+  return TextForWizard(record_.model);
+}
+
+BSTR IPCFinderCameraInfo::GetMacAddress() {
+  return TextForWizard(record_.mac);
+}
+
+BSTR IPCFinderCameraInfo::GetUserName() {
+  return TextForWizard(record_.loginUser);
+}
+
+BSTR IPCFinderCameraInfo::GetPassword() {
+  return TextForWizard(record_.loginPassword);
+}
+
+std::uint8_t IPCFinderCameraInfo::IsDhcpEnabled() {
+  return record_.dhcpMode == kDhcpEnabled;
+}
+
+BSTR IPCFinderCameraInfo::GetPluginName() {
+  return TextForWizard(record_.pluginNames.empty() ? "UNKNOWN" : record_.pluginNames.front());
+}
+
+std::uint8_t IPCFinderCameraInfo::HasDeviceFlag17() {
+  return (record_.deviceFlags & CameraRecord::kDeviceFlag17) != 0;
+}
+
+std::uint8_t IPCFinderCameraInfo::IsReserved() {
+  return 0;
+}
+
+// Both setters convert every text before they touch the record: it changes as a whole or not at all.
+void IPCFinderCameraInfo::SetCredentials(const OLECHAR* user, const OLECHAR* password) {
+  try {
+    std::string userUtf8 = Kestrel::Utf8FromNulTerminated(user);
+    std::string passwordUtf8 = Kestrel::Utf8FromNulTerminated(password);
+    record_.loginUser = std::move(userUtf8);
+    record_.loginPassword = std::move(passwordUtf8);
+  } catch (...) {  // no exception crosses the interface
+  }
+}
+
+void IPCFinderCameraInfo::SetNetworkSettings(const OLECHAR* ipAddress, const OLECHAR* subnetMask, std::uint8_t dhcpMode,
+                                             const OLECHAR* gateway) {
+  try {
+    std::string ipUtf8 = Kestrel::Utf8FromNulTerminated(ipAddress);
+    std::string subnetMaskUtf8 = Kestrel::Utf8FromNulTerminated(subnetMask);
+    std::string gatewayUtf8 = Kestrel::Utf8FromNulTerminated(gateway);
+    record_.ip = std::move(ipUtf8);
+    record_.subnetMask = std::move(subnetMaskUtf8);
+    record_.dhcpMode = dhcpMode;
+    record_.gateway = std::move(gatewayUtf8);
+  } catch (...) {  // no exception crosses the interface
+  }
+}
+
+std::uint32_t IPCFinderCameraInfo::GetDeviceFlags() {
+  return record_.deviceFlags;
+}
+
+std::uint64_t IPCFinderCameraInfo::GetVendorTypeMask() {
+  return record_.vendorTypeMask;
+}
+
+std::uint8_t IPCFinderCameraInfo::GetIcb() {
+  return record_.icb;
+}
+
+std::uint8_t IPCFinderCameraInfo::GetGcb() {
+  return record_.gcb;
+}
+
+std::uint8_t IPCFinderCameraInfo::GetCtt() {
+  return record_.ctt;
+}
+
+BSTR IPCFinderCameraInfo::GetVendorDisplayName() {
+  return TextForWizard(record_.vendorDisplayName);
+}
+
+Kestrel::ComPtr<ICameraInfo> MakeCameraInfo(CameraRecord record) {
+  auto camera = Kestrel::MakeComObject<IPCFinderCameraInfo, ICameraInfo>(std::move(record));
+  return Kestrel::ComPtr<ICameraInfo>::Attach(camera.Detach());
+}
+
+}  // namespace Tarn::CameraFinding
