@@ -1,0 +1,253 @@
+#include "protocol/finder_block.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <limits>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/exceptions.h"
+#include "base/text_conversion.h"
+#include "com/bstr.h"
+#include "platform/debugger.h"
+#include "protocol/camera_info.h"
+#include "protocol/camera_record.h"
+#include "protocol/camera_type.h"
+#include "protocol/record_wire.h"
+#include "valuelist/value_list.h"
+
+namespace Tarn::CameraFinding {
+namespace {
+
+using Receiver = CameraDataCallback::CameraDataInternalCallback;
+
+static_assert(std::endian::native == std::endian::little, "values are copied as they stand on the wire");
+
+constexpr char kInvalidStructSize[] = "Invalid struct size in read vector\r\n";
+/// The wizard was closed while a block was on its way: that is why it throws, as a rule.
+constexpr char16_t kWizardClosed[] = u"Wizzard wurde schon geschlossen\r\n";
+
+struct Chunk {
+  std::uint32_t tag;
+  std::uint64_t length;
+};
+
+/// The next chunk's tag and length; false at the block's end.
+bool NextChunk(Kestrel::Buffer& block, Chunk& chunk) {
+  if (block.GetUnreadLength() == 0) return false;
+  chunk.tag = block.ReadUInt32();
+  if (chunk.tag == ctEnd) return false;
+  chunk.length = block.ReadUInt64();
+  return true;
+}
+
+std::string ReadNarrowText(Kestrel::Buffer& block) {
+  std::u16string wide;
+  Kestrel::ReadWideString(block, wide);
+  return Kestrel::WideToAnsi(wide);
+}
+
+/// Appends the elements of a values payload: count, element size, elements. Values of another size are not ours: they
+/// are reported, and the block goes on.
+void AppendValues(std::span<const std::uint8_t> payload, std::vector<std::uint64_t>& values) {
+  constexpr std::size_t kElementSize = sizeof(std::uint64_t);
+  struct {
+    std::uint64_t count;
+    std::uint64_t elementSize;
+  } header;
+  if (payload.size() < sizeof header) throw Kestrel::BufferException(Kestrel::kNotEnoughBytes);
+  std::memcpy(&header, payload.data(), sizeof header);
+  if (header.elementSize != kElementSize) {
+    platform::OutputDebugStringA(kInvalidStructSize);
+    return;
+  }
+  const auto elements = payload.subspan(sizeof header);
+  if (header.count > elements.size() / kElementSize) throw Kestrel::BufferException(Kestrel::kNotEnoughBytes);
+  if (header.count == 0) return;
+  const std::size_t before = values.size();
+  values.resize(before + static_cast<std::size_t>(header.count));
+  std::memcpy(values.data() + before, elements.data(), static_cast<std::size_t>(header.count) * kElementSize);
+}
+
+struct MessageRow;
+
+void ParsePicture(Receiver& receiver, Kestrel::Buffer& block, const MessageRow&) {
+  std::u16string text;
+  std::span<const std::uint8_t> picture;
+  bool pictureSeen = false;
+  for (Chunk chunk; NextChunk(block, chunk);) {
+    if (chunk.tag == ctText) {
+      Kestrel::ReadWideString(block, text);
+      continue;
+    }
+    const std::uint8_t* const payload = block.Take(chunk.length);
+    if (chunk.tag != ctPicture) continue;
+    picture = {payload, static_cast<std::size_t>(chunk.length)};
+    pictureSeen = true;
+  }
+  if (text.empty() || !pictureSeen) return;
+  if (INewCameraDataCallback* const wizard = receiver.GetNewCameraDataCallback())
+    wizard->PictureReceived(picture.data(), picture.size(), Kestrel::MakeBstr(text));
+}
+
+void ParseValues(Receiver& receiver, Kestrel::Buffer& block, const MessageRow&) {
+  std::u16string text;
+  std::vector<std::uint64_t> values;
+  for (Chunk chunk; NextChunk(block, chunk);) {
+    if (chunk.tag == ctText) {
+      Kestrel::ReadWideString(block, text);
+      continue;
+    }
+    const std::uint8_t* const payload = block.Take(chunk.length);
+    if (chunk.tag == ctValues) AppendValues({payload, static_cast<std::size_t>(chunk.length)}, values);
+  }
+  if (text.empty() || values.empty()) return;
+  INewCameraDataCallback* const wizard = receiver.GetNewCameraDataCallback();
+  if (!wizard) return;
+  const BSTR cameraText = Kestrel::MakeBstr(text);
+  try {
+    wizard->ValuesReceived(cameraText, values.data(), values.size());
+  } catch (...) {  // the one call whose failure is reported
+    platform::OutputDebugStringW(kWizardClosed);
+  }
+}
+
+/// What a chunk does to the camera that a block describes; consumes the chunk's payload.
+struct CameraChunk {
+  std::uint32_t tag;
+  void (*apply)(Kestrel::Buffer& block, std::uint64_t length, CameraRecord& camera);
+};
+
+template <auto member>
+void ApplyText(Kestrel::Buffer& block, std::uint64_t, CameraRecord& camera) {
+  camera.*member = ReadNarrowText(block);
+}
+
+void ApplyPluginName(Kestrel::Buffer& block, std::uint64_t, CameraRecord& camera) {
+  camera.pluginNames.push_back(ReadNarrowText(block));
+}
+
+void ApplyCtt(Kestrel::Buffer& block, std::uint64_t, CameraRecord& camera) {
+  camera.ctt = block.ReadUInt8();
+}
+
+void ApplyCttAndSkip(Kestrel::Buffer& block, std::uint64_t length, CameraRecord& camera) {
+  camera.ctt = block.ReadUInt8();
+  block.Take(length);
+}
+
+void ApplyRecords(Kestrel::Buffer& block, std::uint64_t, CameraRecord& camera) {
+  camera = ReadFirstRecord(block);
+}
+
+/// The first row of a tag counts.
+constexpr std::array<CameraChunk, 3> CameraByRecord(ChunkTag recordTag) {
+  return {{{ctText, ApplyText<&CameraRecord::mac>}, {ctCtt, ApplyCtt}, {recordTag, ApplyRecords}}};
+}
+constexpr auto kCameraByRecordKind3 = CameraByRecord(ctRecordsKind3);
+constexpr auto kCameraByRecordKind1 = CameraByRecord(ctRecordsKind1);
+constexpr auto kCameraByRecordKind0 = CameraByRecord(ctRecordsKind0);
+constexpr auto kCameraByRecordKind2 = CameraByRecord(ctRecordsKind2);
+constexpr auto kCameraByAddress =
+    std::to_array<CameraChunk>({{ctText, ApplyText<&CameraRecord::mac>}, {ctCtt, ApplyCtt}});
+constexpr auto kAssembledCamera = std::to_array<CameraChunk>({
+    {ctText, ApplyText<&CameraRecord::mac>},
+    {ctIpAddress, ApplyText<&CameraRecord::ip>},
+    {ctVendorDisplayName, ApplyText<&CameraRecord::vendorDisplayName>},
+    {ctPluginName, ApplyPluginName},
+    {ctCtt, ApplyCttAndSkip},
+});
+
+void StartGone(CameraRecord& camera) {
+  camera.vendorTypeMask = std::numeric_limits<std::uint64_t>::max();
+}
+
+void StartAssembled(CameraRecord& camera) {
+  camera.mac = "UNKNOWN";
+  camera.deviceFlags = CameraRecord::kDeviceFlag17;
+  camera.icb = false;
+}
+
+void FinishAssembled(CameraRecord& camera) {
+  camera.loginPassword.clear();
+  camera.loginUser.clear();
+  camera.dhcpMode = 0;
+  camera.ni2 = {"0.0.0.0"};
+  camera.rbl = true;
+  camera.subnetMask.clear();
+  camera.firmwareVersion.clear();
+  camera.model = camera.vendorDisplayName;
+  camera.serialNumber = camera.pluginNames.empty() ? "" : camera.pluginNames.front();
+}
+
+void LeaveAsItIs(CameraRecord&) {}
+
+struct MessageRow {
+  FinderMessageType type;
+  void (*parse)(Receiver& receiver, Kestrel::Buffer& block, const MessageRow& row);
+  CameraEventKind kind = 0;
+  std::span<const CameraChunk> chunks = {};
+  void (*start)(CameraRecord& camera) = LeaveAsItIs;
+  void (*finish)(CameraRecord& camera) = LeaveAsItIs;
+};
+
+CameraTypeCode TypeOf(const CameraRecord& camera) {
+  if (camera.vendorTypeMask != 0) return TypeFromVendorBit(camera.vendorTypeMask);
+  return TypeFromPluginName(camera.pluginNames.empty() ? "" : camera.pluginNames.front());
+}
+
+void DeliverCamera(Receiver& receiver, CameraRecord record, CameraEventKind kind) {
+  INewCameraDataCallback* const wizard = receiver.GetNewCameraDataCallback();
+  if (!wizard || record.mac.empty()) return;
+  const CameraTypeCode type = TypeOf(record);
+  const Kestrel::ComPtr<ICameraInfo> camera = MakeCameraInfo(std::move(record));
+  wizard->CameraInfoReceived(kind, camera.Get(), type);
+}
+
+void ParseCamera(Receiver& receiver, Kestrel::Buffer& block, const MessageRow& row) {
+  CameraRecord camera;
+  row.start(camera);
+  for (Chunk chunk; NextChunk(block, chunk);) {
+    const auto handler = std::ranges::find(row.chunks, chunk.tag, &CameraChunk::tag);
+    if (handler == row.chunks.end())
+      block.Take(chunk.length);
+    else
+      handler->apply(block, chunk.length, camera);
+  }
+  row.finish(camera);
+  DeliverCamera(receiver, std::move(camera), row.kind);
+}
+
+/// Row number = type - 1.
+constexpr auto kMessages = std::to_array<MessageRow>({
+    {fmtPicture, ParsePicture},
+    {fmtValues, ParseValues},
+    {fmtCameraKind3, ParseCamera, 3, kCameraByRecordKind3},
+    {fmtCameraKind1, ParseCamera, 1, kCameraByRecordKind1},
+    {fmtCameraKind0, ParseCamera, 0, kCameraByRecordKind0},
+    {fmtCameraKind2, ParseCamera, 2, kCameraByRecordKind2},
+    {fmtAssembledCamera, ParseCamera, 3, kAssembledCamera, StartAssembled, FinishAssembled},
+    {fmtCameraKind4, ParseCamera, 4, kCameraByAddress, StartGone},
+});
+static_assert([] {
+  for (std::size_t i = 0; i < kMessages.size(); ++i)
+    if (kMessages[i].type != i + 1) return false;
+  return true;
+}());
+
+}  // namespace
+
+void ParseFinderBlock(Receiver& receiver, Kestrel::Buffer& block, std::uint32_t messageType) noexcept {
+  if (messageType < kMessages.front().type || messageType > kMessages.back().type) return;
+  const MessageRow& row = kMessages[messageType - 1];
+  try {
+    row.parse(receiver, block, row);
+  } catch (...) {  // a damaged block, or the wizard: neither concerns the platform's thread
+  }
+}
+
+}  // namespace Tarn::CameraFinding
