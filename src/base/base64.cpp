@@ -1,0 +1,142 @@
+#include "base/base64.h"
+
+#include <array>
+
+namespace Kestrel {
+namespace {
+
+constexpr std::size_t kLineBytes = 57;
+constexpr std::size_t kLineCharacters = 76;
+constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+/// Meanings of a character that is not in the alphabet; all above the 6-bit values.
+enum : std::uint8_t { kSkipped = 0x40, kTextEnd = 0x80, kInvalid = 0xC0 };
+
+constexpr std::array<std::uint8_t, 256> kValues = [] {
+  std::array<std::uint8_t, 256> values{};
+  values.fill(kInvalid);
+  for (std::size_t i = 0; i < kAlphabet.size(); ++i) values[static_cast<std::uint8_t>(kAlphabet[i])] = std::uint8_t(i);
+  values['\r'] = values['\n'] = kSkipped;
+  values['='] = kTextEnd;
+  return values;
+}();
+
+std::uint8_t ValueOf(char character) {
+  return kValues[static_cast<std::uint8_t>(character)];
+}
+std::uint8_t ValueOf(char16_t unit) {
+  return unit < kValues.size() ? kValues[unit] : std::uint8_t{kInvalid};
+}
+
+template <class Char>
+Char* EncodeGroup(std::uint32_t group, Char* text) {
+  for (int shift = 18; shift >= 0; shift -= 6) *text++ = static_cast<Char>(kAlphabet[group >> shift & 63]);
+  return text;
+}
+
+/// At most one line's bytes; no line end.
+template <class Char>
+Char* EncodeGroups(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
+  for (; byteCount >= 3; bytes += 3, byteCount -= 3) {
+    text = EncodeGroup(std::uint32_t{bytes[0]} << 16 | std::uint32_t{bytes[1]} << 8 | bytes[2], text);
+  }
+  if (byteCount == 0) return text;
+  const std::uint32_t second = byteCount == 2 ? bytes[1] : 0u;
+  text = EncodeGroup(std::uint32_t{bytes[0]} << 16 | second << 8, text);
+  for (std::size_t missing = 3 - byteCount; missing > 0; --missing) text[-static_cast<std::ptrdiff_t>(missing)] = '=';
+  return text;
+}
+
+template <class Char>
+Char* EndLine(Char* text) {
+  *text++ = '\r';
+  *text++ = '\n';
+  return text;
+}
+
+template <class Char>
+Char* Encode(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
+  for (; byteCount >= kLineBytes; bytes += kLineBytes, byteCount -= kLineBytes) {
+    text = EndLine(EncodeGroups(bytes, kLineBytes, text));
+  }
+  text = EncodeGroups(bytes, byteCount, text);
+  // Padding fills the last line where two groups' worth of bytes less than a line are left.
+  return byteCount > kLineBytes - 3 ? EndLine(text) : text;
+}
+
+/// Decodes whole groups up to the first character that is not of the alphabet; moves both positions behind them.
+template <class Char>
+void DecodeGroups(const Char*& text, const Char* end, std::uint8_t*& bytes) {
+  for (; end - text >= 4; text += 4, bytes += 3) {
+    const std::uint32_t a = ValueOf(text[0]), b = ValueOf(text[1]), c = ValueOf(text[2]), d = ValueOf(text[3]);
+    if ((a | b | c | d) > 63) return;
+    bytes[0] = static_cast<std::uint8_t>(a << 2 | b >> 4);
+    bytes[1] = static_cast<std::uint8_t>(b << 4 | c >> 2);
+    bytes[2] = static_cast<std::uint8_t>(c << 6 | d);
+  }
+}
+
+template <class Char>
+Base64Decoded Decode(std::basic_string_view<Char> whole, std::uint8_t* const bytes) {
+  const Char* text = whole.data();
+  const Char* const end = text + whole.size();
+  std::uint8_t* out = bytes;
+  std::uint32_t group = 0;  ///< values of a group that line ends or the text's end interrupt
+  int pending = 0;          ///< how many
+  bool success = true;
+  while (text < end) {
+    if (pending == 0) DecodeGroups(text, end, out);
+    if (text == end) break;
+    const std::uint8_t value = ValueOf(*text++);
+    if (value == kSkipped) continue;
+    if (value > 63) {
+      success = value == kTextEnd;
+      break;
+    }
+    group = group << 6 | value;
+    if (++pending < 4) continue;
+    *out++ = static_cast<std::uint8_t>(group >> 16);
+    *out++ = static_cast<std::uint8_t>(group >> 8);
+    *out++ = static_cast<std::uint8_t>(group);
+    pending = 0;
+  }
+  if (pending > 1) *out++ = static_cast<std::uint8_t>(group << 6 * (4 - pending) >> 16);
+  if (pending > 2) *out++ = static_cast<std::uint8_t>(group << 6 >> 8);
+  return {static_cast<std::size_t>(out - bytes), success};
+}
+
+}  // namespace
+
+std::size_t Base64EncodedLength(std::size_t byteCount) {
+  const std::size_t characters = (byteCount / 3 + (byteCount % 3 != 0)) * 4;
+  return characters + characters / kLineCharacters * 2;
+}
+
+char* Base64EncodeTo(const void* bytes, std::size_t byteCount, char* text) {
+  return Encode(static_cast<const std::uint8_t*>(bytes), byteCount, text);
+}
+char16_t* Base64EncodeTo(const void* bytes, std::size_t byteCount, char16_t* text) {
+  return Encode(static_cast<const std::uint8_t*>(bytes), byteCount, text);
+}
+
+Base64Decoded Base64DecodeTo(std::string_view text, std::uint8_t* bytes) {
+  return Decode(text, bytes);
+}
+Base64Decoded Base64DecodeTo(std::u16string_view text, std::uint8_t* bytes) {
+  return Decode(text, bytes);
+}
+
+std::string Base64Encode(const void* bytes, std::size_t byteCount) {
+  std::string text(Base64EncodedLength(byteCount), '\0');
+  Base64EncodeTo(bytes, byteCount, text.data());
+  return text;
+}
+
+bool Base64Decode(std::string_view text, std::vector<std::uint8_t>& bytes) {
+  bytes.resize(Base64DecodedBound(text.size()));
+  const Base64Decoded decoded = Base64DecodeTo(text, bytes.data());
+  bytes.resize(decoded.byteCount);
+  return decoded.success;
+}
+
+}  // namespace Kestrel
