@@ -1,0 +1,138 @@
+#include "valuelist/buffer.h"
+
+#include <bit>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+#include "base/exceptions.h"
+#include "valuelist/buffer_pool.h"
+#include "valuelist/poison.h"
+
+namespace Kestrel {
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "numbers are read as they lie in the buffer");
+
+constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t kMaxAllocation = std::numeric_limits<std::ptrdiff_t>::max();
+constexpr auto kStorageAlignment = std::align_val_t{FlatMemory::kAlignment};
+
+/// Half again as much as is needed, in whole pages; kUnlimited where that is more than 64 bits can say.
+std::uint64_t CapacityFor(std::uint64_t length, std::uint64_t added) {
+  if (added > kUnlimited - length) return kUnlimited;
+  const std::uint64_t needed = length + added;
+  if (needed > kUnlimited / 3) return kUnlimited;
+  const std::uint64_t pages = (needed * 3 / 2 + FlatMemory::kPageSize - 1) / FlatMemory::kPageSize;
+  return pages * FlatMemory::kPageSize;
+}
+
+/// Null where the system has not that much.
+std::uint8_t* AllocateStorage(std::uint64_t capacity) {
+  if (capacity > kMaxAllocation) return nullptr;
+  return static_cast<std::uint8_t*>(
+      ::operator new(static_cast<std::size_t>(capacity), kStorageAlignment, std::nothrow));
+}
+
+template <class Number>
+Number TakeNumber(Buffer& buffer) {
+  static_assert(std::is_unsigned_v<Number>);
+  Number number;
+  std::memcpy(&number, buffer.Take(sizeof number), sizeof number);
+  return number;
+}
+
+}  // namespace
+
+FlatMemory::FlatMemory() {
+  GetBufferStatistics().liveBlocks.fetch_add(1, std::memory_order_relaxed);
+}
+
+FlatMemory::~FlatMemory() {
+  GetBufferStatistics().bytesAllocated.fetch_add(static_cast<std::int64_t>(capacity_), std::memory_order_relaxed);
+  GetBufferStatistics().liveBlocks.fetch_sub(1, std::memory_order_relaxed);
+  FreeStorage();
+}
+
+std::uint8_t* FlatMemory::Extend(std::uint64_t n) {
+  if (n > capacity_ - length_) Grow(n);
+  std::uint8_t* const added = storage_ + length_;
+  UnpoisonBytes(added, n);
+  length_ += n;
+  return added;
+}
+
+const std::uint8_t* FlatMemory::Consume(std::uint64_t n) {
+  if (n > length_ - readPosition_) throw BufferException(kNotEnoughBytes);
+  const std::uint8_t* const taken = storage_ + readPosition_;
+  readPosition_ += n;
+  return taken;
+}
+
+void FlatMemory::Truncate(std::uint64_t length) {
+  PoisonBytes(storage_ + length, length_ - length);
+  length_ = length;
+}
+
+void FlatMemory::Rewind() {
+  readPosition_ = 0;
+  Truncate(0);
+}
+
+void FlatMemory::Grow(std::uint64_t added) {
+  const std::uint64_t capacity = CapacityFor(length_, added);
+  std::uint8_t* const storage = AllocateStorage(capacity);
+  if (!storage) {
+    FreeStorage();
+    ThrowOutOfMemory(capacity);
+  }
+  if (length_ > 0) std::memcpy(storage, storage_, static_cast<std::size_t>(length_));
+  PoisonBytes(storage + length_, capacity - length_);
+  GetBufferStatistics().bytesAllocated.fetch_add(static_cast<std::int64_t>(capacity - capacity_),
+                                                 std::memory_order_relaxed);
+  UnpoisonBytes(storage_, capacity_);
+  ::operator delete(std::exchange(storage_, storage), kStorageAlignment);
+  capacity_ = capacity;
+}
+
+void FlatMemory::FreeStorage() {
+  UnpoisonBytes(storage_, capacity_);
+  ::operator delete(std::exchange(storage_, nullptr), kStorageAlignment);
+  readPosition_ = length_ = capacity_ = 0;
+}
+
+void Buffer::Append(const void* source, std::uint64_t n) {
+  if (n == 0) return;
+  std::memcpy(memory_.Extend(n), source, static_cast<std::size_t>(n));
+}
+
+std::uint8_t Buffer::ReadUInt8() {
+  return TakeNumber<std::uint8_t>(*this);
+}
+std::uint32_t Buffer::ReadUInt32() {
+  return TakeNumber<std::uint32_t>(*this);
+}
+std::uint64_t Buffer::ReadUInt64() {
+  return TakeNumber<std::uint64_t>(*this);
+}
+
+void Buffer::Reset() {
+  memory_.Rewind();
+  useCount_.store(0, std::memory_order_relaxed);
+}
+
+void Buffer::DeleteThis() {
+  if (!poolable_) {
+    delete this;
+    return;
+  }
+  // The reference brings the buffer back to life. Where the pool does not keep it, letting go of the reference comes
+  // back here with the flag cleared.
+  ReferencePointer<Buffer> revived(this);
+  const ReferencePointer<BufferPool> pool = BufferPool::GetPool();
+  pool->GetList(BufferPool::ListFor(GetCapacity())).Return(std::move(revived));
+}
+
+}  // namespace Kestrel

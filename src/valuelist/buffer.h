@@ -37,11 +37,14 @@ class FlatMemory : NonCopyable {
   std::uint8_t* Extend(std::uint64_t n);
   /// Moves the read position over n bytes and returns their address.
   const std::uint8_t* Consume(std::uint64_t n);
+  /// Forgets the bytes from a length on. Requires read position <= length <= the length so far.
+  void Truncate(std::uint64_t length);
   /// Positions and length to 0; the storage stays.
   void Rewind();
 
  private:
   void Grow(std::uint64_t added);
+  void FreeStorage();
 
   std::uint64_t readPosition_ = 0;
   std::uint64_t length_ = 0;
@@ -57,6 +60,8 @@ class Buffer final : public ReferenceCounted {
   void Append(const void* source, std::uint64_t n);
   /// Adds n uninitialised bytes at the end and returns their address, valid until the buffer grows.
   std::uint8_t* Reserve(std::uint64_t n) { return memory_.Extend(n); }
+  /// Forgets the bytes from a length on. Requires read position <= length <= the length so far.
+  void Truncate(std::uint64_t length) { memory_.Truncate(length); }
   /// Takes n bytes at the read position, or throws kNotEnoughBytes.
   const std::uint8_t* Take(std::uint64_t n) { return memory_.Consume(n); }
   /// Take of a little-endian number.
@@ -84,7 +89,7 @@ class Buffer final : public ReferenceCounted {
 
   FlatMemory memory_;
   std::atomic<std::uint32_t> useCount_{0};
-  bool poolable_ = true;
+  bool poolable_ = true;  ///< whether the last Release tries the pool
 };
 
 }  // namespace Kestrel

@@ -10,7 +10,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <vector>
 
 #include "base/critical_section.h"
 #include "base/reference_counting.h"
@@ -44,22 +44,27 @@ BufferStatistics& GetBufferStatistics();
 
 class BufferPoolList : NonCopyable {
  public:
-  explicit BufferPoolList(const BufferPoolLimits& limits) : limits_(limits) {}
+  explicit BufferPoolList(const BufferPoolLimits& limits) : limits_(limits), ring_(limits.mostBuffers) {}
   ~BufferPoolList();
 
   /// The buffer at the front, or a new one.
   ReferencePointer<Buffer> GetBuffer();
-  /// Takes the buffer back; false, and poolable cleared, where the list does not keep it.
-  bool Return(const ReferencePointer<Buffer>& buffer);
+  /// Takes the last reference on a buffer: keeps it, or deletes the buffer where the list has no room for it.
+  void Return(ReferencePointer<Buffer> buffer);
 
   std::uint64_t GetBytesHeld() const { return bytesHeld_.load(std::memory_order_relaxed); }
   std::size_t GetCount() const { return count_.load(std::memory_order_relaxed); }
 
  private:
+  ReferencePointer<Buffer> TakeFront();
+  bool PutBack(ReferencePointer<Buffer>& buffer);
+
   const BufferPoolLimits& limits_;
   CriticalSection lock_;
-  std::deque<ReferencePointer<Buffer>> buffers_;
-  std::atomic<std::size_t> count_{0};  ///< buffers_.size(), readable without the lock
+  /// The queue: count_ buffers from front_ on, around the end. Its size is fixed, so that recycling never allocates.
+  std::vector<ReferencePointer<Buffer>> ring_;
+  std::size_t front_ = 0;
+  std::atomic<std::size_t> count_{0};  ///< changes under the lock only; 0 is seen without it
   std::atomic<std::uint64_t> bytesHeld_{0};
 };
 
