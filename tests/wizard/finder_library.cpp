@@ -1,0 +1,110 @@
+#include "wizard/finder_library.h"
+
+#include <cstdio>
+#include <stdexcept>
+
+#include "base/text_conversion.h"
+
+namespace wizard {
+
+FinderLibrary::FinderLibrary() : module_(platform::LoadLibraryExW(TARN_LIBRARY_FILE, 0)) {
+  if (!module_) throw std::runtime_error("the library cannot be loaded");
+  getFindingInterface =
+      reinterpret_cast<decltype(getFindingInterface)>(platform::GetProcAddress(module_, "GetFindingInterface"));
+}
+
+FinderLibrary::~FinderLibrary() {
+  platform::FreeLibrary(module_);
+}
+
+ComPtr<ICameraFinder> FinderLibrary::MakeFinder() const {
+  ICameraFinder* finder = nullptr;
+  getFindingInterface(kServer, kChannel, &finder);
+  return ComPtr<ICameraFinder>::Attach(finder);
+}
+
+std::string Utf8(const char16_t* text) {
+  return text ? Kestrel::WideToUtf8(text) : "(null)";
+}
+
+std::string TakeUtf8(BSTR text) {
+  std::string utf8 = Utf8(text);
+  SysFreeString(text);
+  return utf8;
+}
+
+json CameraAsJson(ICameraInfo& camera) {
+  char mask[19];
+  std::snprintf(mask, sizeof mask, "0x%llX", static_cast<unsigned long long>(camera.GetVendorTypeMask()));
+  EXPECT_EQ(TakeUtf8(camera.GetModel()), TakeUtf8(camera.GetModelName()));
+  EXPECT_EQ(camera.IsReserved(), 0);
+  return {{"type", camera.GetCameraType()},
+          {"mac", TakeUtf8(camera.GetMacAddress())},
+          {"ip", TakeUtf8(camera.GetIpAddress())},
+          {"subnetMask", TakeUtf8(camera.GetSubnetMask())},
+          {"gateway", TakeUtf8(camera.GetGateway())},
+          {"model", TakeUtf8(camera.GetModel())},
+          {"firmware", TakeUtf8(camera.GetFirmwareVersion())},
+          {"user", TakeUtf8(camera.GetUserName())},
+          {"password", TakeUtf8(camera.GetPassword())},
+          {"dhcp", camera.IsDhcpEnabled() == 1},
+          {"plugin", TakeUtf8(camera.GetPluginName())},
+          {"flag17", camera.HasDeviceFlag17() == 1},
+          {"deviceFlags", camera.GetDeviceFlags()},
+          {"vendorTypeMask", mask},
+          {"icb", camera.GetIcb() == 1},
+          {"gcb", camera.GetGcb() == 1},
+          {"ctt", camera.GetCtt()},
+          {"vendor", TakeUtf8(camera.GetVendorDisplayName())}};
+}
+
+BSTR JsonCamera::Text(const char* member) {
+  asked += std::string(member) + " ";
+  if (throws) throw std::runtime_error("the wizard's camera");
+  if (answersNull) return nullptr;
+  return SysAllocString(Kestrel::Utf8ToWide(camera_[member].get<std::string>()).c_str());
+}
+
+void RecordingCallback::Add(json event) {
+  const std::lock_guard guard(lock_);
+  delivered_.push_back(std::move(event));
+}
+
+json RecordingCallback::Delivered() {
+  const std::lock_guard guard(lock_);
+  return delivered_;
+}
+
+HRESULT RecordingCallback::PictureReceived(const std::uint8_t* picture, std::uint64_t byteCount, BSTR cameraText) {
+  lastPicture.assign(picture, picture + byteCount);
+  Add({{"picture", TakeUtf8(cameraText)}, {"bytes", byteCount}});
+  if (onPicture) onPicture();
+  return S_OK;
+}
+
+HRESULT RecordingCallback::ValuesReceived(BSTR cameraText, const std::uint64_t* values, std::uint64_t valueCount) {
+  json numbers = json::array();
+  for (std::uint64_t i = 0; i < valueCount; ++i) numbers.push_back(std::to_string(values[i]));
+  Add({{"values", TakeUtf8(cameraText)}, {"numbers", numbers}});
+  if (onValues) onValues();
+  return S_OK;
+}
+
+HRESULT RecordingCallback::CameraInfoReceived(std::uint32_t eventKind, ICameraInfo* camera, std::int32_t cameraType) {
+  Add({{"camera", CameraAsJson(*camera)}, {"kind", eventKind}, {"type", cameraType}});
+  if (onCamera) onCamera();
+  return S_OK;
+}
+
+Bytes ReadSample(const std::string& name) {
+  std::ifstream file(TARN_TEST_DATA "/" + name, std::ios::binary);
+  if (!file) throw std::runtime_error("no sample " + name);
+  return Bytes(std::istreambuf_iterator<char>(file), {});
+}
+
+const json& ExpectedOfSamples() {
+  static const json expected = json::parse(std::ifstream(TARN_TEST_DATA "/expected.json"));
+  return expected;
+}
+
+}  // namespace wizard
