@@ -43,6 +43,12 @@ class TKestrelDateTime {
 };
 static_assert(sizeof(TKestrelDateTime) == 8);
 
+inline constexpr std::uint64_t kTicksPerMillisecond = 10000;
+/// 100-nanosecond intervals since 1601.
+inline std::uint64_t Ticks(const platform::FileTime& time) {
+  return std::uint64_t{time.high} << 32 | time.low;
+}
+
 /// Checked forms of the system's conversions; each throws SystemException with its own qualified name as context.
 platform::FileTime SystemTimeToFileTime(const platform::SystemTime& systemTime);
 platform::SystemTime FileTimeToSystemTime(const platform::FileTime& fileTime);
