@@ -1,0 +1,208 @@
+#include "valuelist/value_list.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <utility>
+
+#include "base/base64.h"
+#include "base/exceptions.h"
+#include "base/text_conversion.h"
+#include "valuelist/buffer_pool.h"
+
+namespace Kestrel {
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "numbers go onto the wire as they lie in memory");
+
+/// A name and a value of one payload byte each.
+constexpr std::uint64_t kSmallestEntry = 4;
+
+void AppendUInt32(Buffer& buffer, std::uint32_t number) {
+  buffer.Append(&number, sizeof number);
+}
+
+/// The tag and, for a variable payload, its length: the low 32 bits, whatever follows.
+void AppendRecordHeader(Buffer& buffer, std::uint8_t tag, bool variable, std::uint64_t length) {
+  const auto length32 = static_cast<std::uint32_t>(length);
+  std::uint8_t* const header = buffer.Reserve(variable ? sizeof tag + sizeof length32 : sizeof tag);
+  *header = tag;
+  if (variable) std::memcpy(header + sizeof tag, &length32, sizeof length32);
+}
+
+/// A name goes no way through a variant.
+void AppendName(Buffer& buffer, std::string_view name) {
+  const std::uint64_t length = name.size() + 1;
+  AppendRecordHeader(buffer, vtString, true, length);
+  std::uint8_t* const payload = buffer.Reserve(length);
+  name.copy(reinterpret_cast<char*>(payload), name.size());
+  payload[name.size()] = 0;
+}
+
+void AppendRecord(Buffer& buffer, const Variant& value) {
+  const std::uint64_t fixed = value.GetFixedSize();
+  const bool variable = fixed == kVariableSize;
+  const std::uint64_t length = variable ? value.GetSize() : fixed;
+  AppendRecordHeader(buffer, value.GetType(), variable, length);
+  value.WriteRaw(buffer.Reserve(length));
+}
+
+Variant ReadRecord(Buffer& buffer, std::uint8_t tag) {
+  Variant value = Variant::Create(tag);
+  std::uint64_t length = value.GetFixedSize();
+  if (length == kVariableSize) length = buffer.ReadUInt32();
+  value.ReadRaw(buffer.Take(length), length);
+  return value;
+}
+
+/// The text of a record of any type; the usual one goes no way through a variant either.
+std::string ReadName(Buffer& buffer) {
+  const std::uint8_t tag = buffer.ReadUInt8();
+  if (tag != vtString) return ReadRecord(buffer, tag).ToString();
+  const std::uint32_t length = buffer.ReadUInt32();
+  if (length == 0) throw BufferException(kNotEnoughBytes);
+  return std::string(reinterpret_cast<const char*>(buffer.Take(length)), length - 1);
+}
+
+/// Gives a blob, which points into the buffer that it was read from, a block of its own.
+void TakeOwnBytes(Variant& value) {
+  const BlobPtr& view = *value.GetIf<BlobPtr>();
+  BlobPtr own = BlobPtr::AllocateShared(view.GetSize());
+  std::copy_n(view.GetAddress(), view.GetSize(), own.GetAddress());
+  value = Variant(std::move(own));
+}
+
+/// The bytes of a text; null where the text is empty in the system's code page.
+ReferencePointer<Buffer> Decoded(std::u16string_view text) {
+  const auto decode = [](auto characters) {
+    const std::uint64_t bound = Base64DecodedBound(characters.size());
+    ReferencePointer<Buffer> bytes = GetBuffer(BufferPool::ListFor(bound));
+    bytes->Truncate(Base64DecodeTo(characters, bytes->Reserve(bound)).byteCount);
+    return bytes;
+  };
+  // ASCII is the same in every code page, so the usual text needs no narrow copy.
+  if (!text.empty() && text.front() != 0 && std::ranges::all_of(text, [](char16_t unit) { return unit < 0x80; }))
+    return decode(text);
+  const std::string narrow = WideToAnsi(text);
+  return narrow.empty() ? nullptr : decode(std::string_view(narrow));
+}
+
+}  // namespace
+
+void ValueList::Add(std::string_view name, std::uint32_t value) {
+  AddVariant(name, Variant(value));
+}
+void ValueList::Add(std::string_view name, std::string_view value) {
+  AddVariant(name, Variant(value));
+}
+void ValueList::Add(std::string_view name, std::uint8_t value) {
+  AddVariant(name, Variant(value));
+}
+void ValueList::Add(std::string_view name, std::uint64_t value) {
+  AddVariant(name, Variant(value));
+}
+void ValueList::AddVariant(std::string_view name, Variant value) {
+  entries_.push_back(ValueListEntry{std::string(name), std::move(value)});
+}
+
+void ValueList::AddBinaryData(std::string_view name, const ReferencePointer<Buffer>& buffer) {
+  BinaryData copy;
+  if (buffer && buffer->GetLength() > 0) copy.Assign(buffer->GetData(), buffer->GetLength());
+  AddVariant(name, Variant(std::move(copy)));
+}
+
+const Variant* ValueList::Find(std::string_view name) const {
+  const auto entry = std::ranges::find(entries_, name, &ValueListEntry::name);
+  return entry == entries_.end() ? nullptr : &entry->value;
+}
+
+void ValueList::Get(std::string_view name, std::string& value) const {
+  if (const Variant* const found = Find(name)) value = found->ToString();
+}
+void ValueList::Get(std::string_view name, std::uint8_t& value) const {
+  if (const Variant* const found = Find(name)) value = found->To<unsigned char>();
+}
+void ValueList::Get(std::string_view name, bool& value) const {
+  if (const Variant* const found = Find(name)) value = found->To<bool>();
+}
+bool ValueList::Get(std::string_view name, std::uint32_t& value) const {
+  const Variant* const found = Find(name);
+  if (found) value = found->To<std::uint32_t>();
+  return found != nullptr;
+}
+void ValueList::Get(std::string_view name, std::uint64_t& value) const {
+  if (const Variant* const found = Find(name)) value = found->To<std::uint64_t>();
+}
+
+void ValueList::GetBinaryData(std::string_view name, ReferencePointer<Buffer>& value) const {
+  const Variant* const found = Find(name);
+  if (!found) return;
+  const BinaryData* const data = found->GetIf<BinaryData>();
+  value = data ? data->GetBuffer() : nullptr;
+}
+
+std::optional<std::span<const std::uint8_t>> ValueList::FindBinaryData(std::string_view name) const {
+  const Variant* const found = Find(name);
+  const BinaryData* const data = found ? found->GetIf<BinaryData>() : nullptr;
+  if (!data) return std::nullopt;
+  return data->GetBytes();
+}
+
+void ValueList::Write(Buffer& buffer) const {
+  AppendUInt32(buffer, ValueListIdentifier);
+  AppendName(buffer, name_);
+  AppendUInt32(buffer, ClipSizeT(entries_.size()));
+  for (const ValueListEntry& entry : entries_) {
+    AppendName(buffer, entry.name);
+    AppendRecord(buffer, entry.value);
+  }
+}
+
+void ValueList::Read(Buffer& buffer) {
+  Read(buffer, BlobBytes::kInBuffer);
+}
+
+void ValueList::Read(Buffer& buffer, BlobBytes blobBytes) {
+  if (buffer.ReadUInt32() != ValueListIdentifier) throw ValueListException("Wrong value list identifier");
+  name_ = ReadName(buffer);
+  const std::uint32_t count = buffer.ReadUInt32();
+  // Exactly what the count asks for, but never more than the bytes can hold.
+  if (entries_.empty()) entries_.reserve(std::min<std::uint64_t>(count, buffer.GetUnreadLength() / kSmallestEntry));
+  for (std::uint32_t i = 0; i < count; ++i) {
+    std::string name = ReadName(buffer);
+    const std::uint8_t tag = buffer.ReadUInt8();
+    Variant value = ReadRecord(buffer, tag);
+    if (tag == vtBlobPtr && blobBytes == BlobBytes::kOwn) TakeOwnBytes(value);
+    entries_.push_back(ValueListEntry{std::move(name), std::move(value)});
+  }
+}
+
+std::u16string ValueList::ToText() const {
+  const ReferencePointer<Buffer> binary = GetBuffer(MediumBufferList);
+  Write(*binary);
+  const auto length = static_cast<std::size_t>(binary->GetLength());
+  std::u16string text(Base64EncodedLength(length), u'\0');
+  Base64EncodeTo(binary->GetData(), length, text.data());
+  return text;
+}
+
+void ValueList::FromText(std::u16string_view text) {
+  const ReferencePointer<Buffer> binary = Decoded(text);
+  Clear();
+  if (binary) Read(*binary, BlobBytes::kOwn);
+}
+
+void ReadWideString(Buffer& buffer, std::u16string& text) {
+  const std::uint8_t tag = buffer.ReadUInt8();
+  if (tag != vtWString) {
+    text = ReadRecord(buffer, tag).To<std::u16string>();
+    return;
+  }
+  const std::uint32_t length = buffer.ReadUInt32();
+  if (length < sizeof(char16_t)) throw BufferException(kNotEnoughBytes);
+  const std::uint8_t* const units = buffer.Take(length);
+  text.resize(length / sizeof(char16_t) - 1);
+  std::memcpy(text.data(), units, text.size() * sizeof(char16_t));
+}
+
+}  // namespace Kestrel

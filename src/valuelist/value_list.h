@@ -81,7 +81,8 @@ class ValueList {
 
   /// Appends the binary form to the buffer.
   void Write(Buffer& buffer) const;
-  /// Decodes one binary form at the buffer's read position: replaces the name, appends the entries.
+  /// Decodes one binary form at the buffer's read position: replaces the name, appends the entries. A blob points into
+  /// the buffer.
   void Read(Buffer& buffer);
 
   std::u16string ToText() const;
@@ -90,6 +91,10 @@ class ValueList {
   void FromText(std::u16string_view text);
 
  private:
+  /// Where the bytes of a blob stay that is read: the buffer behind a text form ends with FromText.
+  enum class BlobBytes { kInBuffer, kOwn };
+  void Read(Buffer& buffer, BlobBytes blobBytes);
+
   std::string name_;
   std::vector<ValueListEntry> entries_;
 };
