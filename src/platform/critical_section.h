@@ -22,7 +22,7 @@ class CriticalSection {
   void unlock();
 
  private:
-  alignas(8) std::byte storage_[40];
+  alignas(8) std::byte storage_[48];
 };
 
 }  // namespace platform

@@ -15,6 +15,7 @@ inline constexpr std::uint32_t ERROR_MOD_NOT_FOUND = 126;
 inline constexpr std::uint32_t ERROR_PROC_NOT_FOUND = 127;
 inline constexpr std::uint32_t ERROR_MORE_DATA = 234;
 inline constexpr std::uint32_t ERROR_NO_MORE_ITEMS = 259;
+inline constexpr std::uint32_t ERROR_MR_MID_NOT_FOUND = 317;
 inline constexpr std::uint32_t ERROR_INVALID_FLAGS = 1004;
 inline constexpr std::uint32_t ERROR_NO_UNICODE_TRANSLATION = 1113;
 inline constexpr std::uint32_t ERROR_NONE_MAPPED = 1332;

@@ -1,0 +1,225 @@
+#include "platform/clock.h"
+
+#include <langinfo.h>
+#include <locale.h>
+#include <pthread.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+#include <string_view>
+
+#include "platform/error_codes.h"
+#include "platform/errors.h"
+#include "platform/linux/calendar.h"
+#include "platform/linux/text.h"
+#include "platform/linux/time_zone.h"
+
+namespace platform {
+namespace {
+
+constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+constexpr std::int64_t kIntervalsPerMillisecond = 10'000;  // of 100 nanoseconds
+constexpr std::int64_t kIntervalsPerSecond = 1000 * kIntervalsPerMillisecond;
+constexpr std::int64_t kIntervalsPerDay = 86400 * kIntervalsPerSecond;
+constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
+constexpr std::uint16_t kFirstYear = 1601, kLastYear = 30827;
+
+std::timespec Now(clockid_t clock) {
+  std::timespec now{};
+  clock_gettime(clock, &now);
+  return now;
+}
+
+bool IsDate(const SystemTime& time) {
+  return time.year >= kFirstYear && time.year <= kLastYear && time.month >= 1 && time.month <= 12 && time.day >= 1 &&
+         time.day <= DaysOfMonth(time.year, time.month);
+}
+
+bool IsTimeOfDay(const SystemTime& time) {
+  return time.hour < 24 && time.minute < 60 && time.second < 60 && time.milliseconds < 1000;
+}
+
+std::int64_t DaysOf(const SystemTime& date) {
+  return DaysFromCivil({date.year, date.month, date.day});
+}
+
+bool InvalidParameter() {
+  SetLastError(ERROR_INVALID_PARAMETER);
+  return false;
+}
+
+/// The rules are found with many calls of the C library, so those of a year are kept, together with the setting of the
+/// zone that they come from. A longer setting than the room holds is not kept.
+class TimeZoneCache {
+ public:
+  TimeZoneYear Get(std::time_t now) {
+    const char* const setting = std::getenv("TZ");
+    const std::string_view zone = setting ? setting : "";
+    pthread_mutex_lock(&mutex_);
+    if (now < year_.begin || now >= year_.end || zone != zone_) {
+      tzset();
+      year_ = TimeZoneYearOf(now);
+      if (zone.size() < sizeof zone_)
+        zone_[zone.copy(zone_, zone.size())] = '\0';
+      else
+        year_.begin = year_.end = 0;
+    }
+    const TimeZoneYear year = year_;
+    pthread_mutex_unlock(&mutex_);
+    return year;
+  }
+
+ private:
+  pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
+  TimeZoneYear year_{};
+  char zone_[64] = {};
+};
+
+constinit TimeZoneCache timeZoneCache;
+
+/// Date and time forms for strftime.
+struct LocaleForms {
+  const char* shortDate;
+  const char* longDate;
+  const char* time;
+  const char* timeWithoutSeconds;
+};
+
+/// The plain C locale has no user behind it; it stands for what Windows has without a setting, English as in the
+/// United States.
+constexpr LocaleForms kPlainForms = {"%-m/%-d/%Y", "%A, %B %-d, %Y", "%-I:%M:%S %p", "%-I:%M %p"};
+constexpr LocaleForms kForms12Hours = {"%x", "%A, %-d %B %Y", "%X", "%I:%M %p"};
+constexpr LocaleForms kForms24Hours = {"%x", "%A, %-d %B %Y", "%X", "%H:%M"};
+constexpr char kAbbreviatedDayOfWeek[] = "%a";
+
+/// The user's locale for dates and times. Never freed: lines may be written until the very end.
+struct UserLocale {
+  locale_t handle;
+  const LocaleForms& forms;
+};
+
+const LocaleForms& FormsOf(locale_t handle) {
+  const std::string_view name = nl_langinfo_l(_NL_LOCALE_NAME(LC_TIME), handle);
+  if (name == "C" || name == "POSIX" || name.starts_with("C.")) return kPlainForms;
+  const std::string_view time = nl_langinfo_l(T_FMT, handle);
+  const bool has12Hours = time.find("%r") != time.npos || time.find("%p") != time.npos;
+  return has12Hours ? kForms12Hours : kForms24Hours;
+}
+
+locale_t OpenUserLocale() {
+  const locale_t handle = newlocale(LC_TIME_MASK, "", locale_t{});
+  return handle ? handle : newlocale(LC_TIME_MASK, "C", locale_t{});
+}
+
+const UserLocale& User() {
+  static const locale_t handle = OpenUserLocale();
+  static const UserLocale user{handle, FormsOf(handle)};
+  return user;
+}
+
+int Format(const char* form, const std::tm& parts, char16_t* text, int units) {
+  char utf8[512];
+  const std::u16string formatted = WideText({utf8, strftime_l(utf8, sizeof utf8, form, &parts, User().handle)});
+  const int needed = static_cast<int>(formatted.size()) + 1;
+  if (units == 0 || CopyWithNul(formatted, text, static_cast<std::size_t>(units))) return needed;
+  SetLastError(ERROR_INSUFFICIENT_BUFFER);
+  return 0;
+}
+
+}  // namespace
+
+bool QueryPerformanceFrequency(std::int64_t* ticksPerSecond) {
+  *ticksPerSecond = kNanosecondsPerSecond;
+  return true;
+}
+
+bool QueryPerformanceCounter(std::int64_t* ticks) {
+  const std::timespec now = Now(CLOCK_MONOTONIC);
+  *ticks = now.tv_sec * kNanosecondsPerSecond + now.tv_nsec;
+  return true;
+}
+
+void GetSystemTimeAsFileTime(FileTime* time) {
+  const std::timespec now = Now(CLOCK_REALTIME);
+  const std::int64_t intervals = (now.tv_sec + kSecondsFrom1601To1970) * kIntervalsPerSecond + now.tv_nsec / 100;
+  *time = {static_cast<std::uint32_t>(intervals), static_cast<std::uint32_t>(intervals >> 32)};
+}
+
+void GetLocalTime(SystemTime* time) {
+  const std::timespec now = Now(CLOCK_REALTIME);
+  std::tm local{};
+  localtime_r(&now.tv_sec, &local);
+  *time = {.year = static_cast<std::uint16_t>(local.tm_year + 1900),
+           .month = static_cast<std::uint16_t>(local.tm_mon + 1),
+           .dayOfWeek = static_cast<std::uint16_t>(local.tm_wday),
+           .day = static_cast<std::uint16_t>(local.tm_mday),
+           .hour = static_cast<std::uint16_t>(local.tm_hour),
+           .minute = static_cast<std::uint16_t>(local.tm_min),
+           .second = static_cast<std::uint16_t>(local.tm_sec),
+           .milliseconds = static_cast<std::uint16_t>(now.tv_nsec / 1'000'000)};
+}
+
+bool SystemTimeToFileTime(const SystemTime& systemTime, FileTime* fileTime) {
+  if (!IsDate(systemTime) || !IsTimeOfDay(systemTime)) return InvalidParameter();
+  const std::int64_t seconds = (systemTime.hour * 60 + systemTime.minute) * 60 + systemTime.second;
+  const std::int64_t intervals = DaysOf(systemTime) * kIntervalsPerDay + seconds * kIntervalsPerSecond +
+                                 systemTime.milliseconds * kIntervalsPerMillisecond;
+  *fileTime = {static_cast<std::uint32_t>(intervals), static_cast<std::uint32_t>(intervals >> 32)};
+  return true;
+}
+
+bool FileTimeToSystemTime(const FileTime& fileTime, SystemTime* systemTime) {
+  if (fileTime.high >= 0x80000000U) return InvalidParameter();
+  const std::int64_t intervals = static_cast<std::int64_t>(fileTime.high) << 32 | fileTime.low;
+  const std::int64_t days = intervals / kIntervalsPerDay;
+  const std::int64_t milliseconds = intervals % kIntervalsPerDay / kIntervalsPerMillisecond;
+  const CivilDate date = CivilFromDays(days);
+  *systemTime = {.year = static_cast<std::uint16_t>(date.year),
+                 .month = static_cast<std::uint16_t>(date.month),
+                 .dayOfWeek = static_cast<std::uint16_t>(DayOfWeek(days)),
+                 .day = static_cast<std::uint16_t>(date.day),
+                 .hour = static_cast<std::uint16_t>(milliseconds / 3'600'000),
+                 .minute = static_cast<std::uint16_t>(milliseconds / 60'000 % 60),
+                 .second = static_cast<std::uint16_t>(milliseconds / 1000 % 60),
+                 .milliseconds = static_cast<std::uint16_t>(milliseconds % 1000)};
+  return true;
+}
+
+std::uint32_t GetTimeZoneInformation(TimeZoneInformation* information) {
+  constexpr std::uint32_t kUnknown = 0, kStandard = 1, kDaylight = 2;
+  const std::time_t now = Now(CLOCK_REALTIME).tv_sec;
+  const TimeZoneYear year = timeZoneCache.Get(now);
+  *information = year.rules;
+  if (year.toDaylight == 0) return kUnknown;
+  const bool northern = year.toDaylight < year.toStandard;
+  const bool between =
+      northern ? now >= year.toDaylight && now < year.toStandard : now >= year.toStandard && now < year.toDaylight;
+  return between == northern ? kDaylight : kStandard;
+}
+
+int GetDateFormatW(std::uint32_t flags, const SystemTime& time, const char16_t* picture, char16_t* text, int units) {
+  const bool knownPicture = picture && std::u16string_view(picture) == u"ddd";
+  if (!IsDate(time) || (picture && !knownPicture)) return InvalidParameter();
+  const LocaleForms& forms = User().forms;
+  const char* const dateForm = flags == DATE_LONGDATE ? forms.longDate : forms.shortDate;
+  std::tm parts{};
+  parts.tm_year = time.year - 1900;
+  parts.tm_mon = time.month - 1;
+  parts.tm_mday = time.day;
+  parts.tm_wday = static_cast<int>(DayOfWeek(DaysOf(time)));
+  return Format(picture ? kAbbreviatedDayOfWeek : dateForm, parts, text, units);
+}
+
+int GetTimeFormatW(std::uint32_t flags, const SystemTime& time, char16_t* text, int units) {
+  if (!IsTimeOfDay(time)) return InvalidParameter();
+  const LocaleForms& forms = User().forms;
+  std::tm parts{};
+  parts.tm_hour = time.hour;
+  parts.tm_min = time.minute;
+  parts.tm_sec = time.second;
+  return Format(flags == TIME_NOSECONDS ? forms.timeWithoutSeconds : forms.time, parts, text, units);
+}
+
+}  // namespace platform

@@ -1,0 +1,85 @@
+#include "platform/debugger.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "platform/code_pages.h"
+
+namespace platform {
+namespace {
+
+/// Where TARN_DEBUGGER points. The file is opened for each line: a descriptor that is kept would be lost with every
+/// unload of the library, and nothing may be left to close when the last lines are written.
+class Sink {
+ public:
+  Sink() {
+    const char* const target = std::getenv("TARN_DEBUGGER");
+    if (!target || !*target) return;
+    isFile_ = std::strcmp(target, "stderr") != 0;
+    descriptor_ = isFile_ ? open(target, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644) : STDERR_FILENO;
+  }
+  ~Sink() {
+    if (isFile_ && descriptor_ >= 0) close(descriptor_);
+  }
+  Sink(const Sink&) = delete;
+  Sink& operator=(const Sink&) = delete;
+
+  bool IsOpen() const { return descriptor_ >= 0; }
+  /// One system call, so that lines of several threads and processes do not mix.
+  void Write(const char* text, std::size_t bytes) const {
+    if (bytes > 0 && write(descriptor_, text, bytes) < 0) return;  // nobody is left to be told
+  }
+
+ private:
+  bool isFile_ = false;
+  int descriptor_ = -1;
+};
+
+/// Room on the stack for an ordinary line; a longer one is put on the heap.
+template <class Unit>
+class Room {
+ public:
+  explicit Room(std::size_t units) {
+    if (units > kOrdinary) heap_.reset(new (std::nothrow) Unit[units]);
+    start_ = units > kOrdinary ? heap_.get() : stack_;
+  }
+  /// Null where there is no memory.
+  Unit* Start() { return start_; }
+
+ private:
+  static constexpr std::size_t kOrdinary = 1024;
+  Unit stack_[kOrdinary];
+  std::unique_ptr<Unit[]> heap_;
+  Unit* start_;
+};
+
+constexpr int kNulTerminated = -1;
+
+}  // namespace
+
+void OutputDebugStringW(const char16_t* text) {
+  const Sink sink;
+  if (!text || !sink.IsOpen()) return;
+  const std::size_t most = std::char_traits<char16_t>::length(text) * 3 + 1;
+  Room<char> utf8(most);
+  if (!utf8.Start()) return;
+  const int bytes = WideCharToMultiByte(CP_UTF8, 0, text, kNulTerminated, utf8.Start(), static_cast<int>(most));
+  if (bytes > 0) sink.Write(utf8.Start(), static_cast<std::size_t>(bytes) - 1);
+}
+
+void OutputDebugStringA(const char* text) {
+  if (!text) return;
+  const std::size_t most = std::strlen(text) + 1;
+  Room<char16_t> wide(most);
+  if (!wide.Start()) return;
+  if (MultiByteToWideChar(CP_ACP, 0, text, kNulTerminated, wide.Start(), static_cast<int>(most)) > 0)
+    OutputDebugStringW(wide.Start());
+}
+
+}  // namespace platform

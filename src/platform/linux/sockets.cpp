@@ -1,0 +1,27 @@
+#include "platform/sockets.h"
+
+#include <atomic>
+
+namespace platform {
+namespace {
+
+constexpr int WSANOTINITIALISED = 10093;
+
+/// Sockets need no start here; what callers can observe is the counting.
+constinit std::atomic<int> starts{0};
+
+}  // namespace
+
+int WSAStartup() {
+  starts.fetch_add(1, std::memory_order_relaxed);
+  return 0;
+}
+
+int WSACleanup() {
+  int count = starts.load(std::memory_order_relaxed);
+  while (count > 0)
+    if (starts.compare_exchange_weak(count, count - 1, std::memory_order_relaxed)) return 0;
+  return WSANOTINITIALISED;
+}
+
+}  // namespace platform

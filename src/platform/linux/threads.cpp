@@ -1,0 +1,156 @@
+#include "platform/threads.h"
+
+#include <linux/futex.h>
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <new>
+
+namespace platform {
+namespace {
+
+/// A signal from one thread to one other: a word that the setter sets and the waiter takes back. The system is called
+/// only where the waiter sleeps.
+class Signal {
+ public:
+  void Set() {
+    if (state_.exchange(kSet, std::memory_order_acq_rel) == kAsleep)
+      syscall(SYS_futex, &state_, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+  }
+
+  void Wait() {
+    std::uint32_t seen = kClear;
+    while (!TakeIfSet()) {
+      if (state_.compare_exchange_strong(seen, kAsleep, std::memory_order_relaxed) || seen == kAsleep)
+        syscall(SYS_futex, &state_, FUTEX_WAIT_PRIVATE, kAsleep, nullptr, nullptr, 0);
+      seen = kClear;
+    }
+  }
+
+ private:
+  static constexpr std::uint32_t kClear = 0, kSet = 1, kAsleep = 2;
+
+  bool TakeIfSet() {
+    if (state_.load(std::memory_order_acquire) != kSet) return false;
+    state_.store(kClear, std::memory_order_relaxed);
+    return true;
+  }
+
+  std::atomic<std::uint32_t> state_{kClear};
+};
+static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(Signal) == sizeof(std::uint32_t));
+
+/// A kept thread. Its deliverer fills in the task, signals start and waits for finished; so each field has one writer
+/// at a time. No task means that the thread is to leave.
+struct Worker {
+  Signal start;
+  Signal finished;
+  void (*task)(void*) = nullptr;
+  void* context = nullptr;
+  Worker* next = nullptr;
+  pthread_t thread{};
+};
+
+void* WorkerMain(void* argument) {
+  auto* const worker = static_cast<Worker*>(argument);
+  for (;;) {
+    worker->start.Wait();
+    if (!worker->task) return nullptr;
+    worker->task(worker->context);
+    worker->finished.Set();
+  }
+}
+
+/// The idle workers, the one that was busy last on top: its stack and its processor are warm.
+class IdleWorkers {
+ public:
+  /// Null where none is idle.
+  Worker* Take() {
+    pthread_mutex_lock(&mutex_);
+    Worker* const worker = top_;
+    if (worker) top_ = worker->next;
+    pthread_mutex_unlock(&mutex_);
+    return worker;
+  }
+
+  void Put(Worker* worker) {
+    pthread_mutex_lock(&mutex_);
+    worker->next = top_;
+    top_ = worker;
+    pthread_mutex_unlock(&mutex_);
+  }
+
+  /// A forked child has none of the threads. Held over the fork so that the child does not find the list half changed.
+  void Lock() { pthread_mutex_lock(&mutex_); }
+  void Unlock() { pthread_mutex_unlock(&mutex_); }
+  void ForgetAllAndUnlock() {
+    top_ = nullptr;
+    pthread_mutex_unlock(&mutex_);
+  }
+
+ private:
+  pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
+  Worker* top_ = nullptr;
+};
+
+constinit IdleWorkers idleWorkers;
+
+void WatchForks() {
+  static const int watched = pthread_atfork([] { idleWorkers.Lock(); }, [] { idleWorkers.Unlock(); },
+                                            [] { idleWorkers.ForgetAllAndUnlock(); });
+  static_cast<void>(watched);
+}
+
+/// The thread answers no signals: those are for the process's own threads.
+bool StartThread(Worker* worker) {
+  sigset_t all, before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);
+  const int error = pthread_create(&worker->thread, nullptr, WorkerMain, worker);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return error == 0;
+}
+
+/// Null where there is no memory or no thread.
+Worker* NewWorker() {
+  WatchForks();
+  auto* const worker = new (std::nothrow) Worker;
+  if (worker && StartThread(worker)) return worker;
+  delete worker;
+  return nullptr;
+}
+
+thread_local constinit std::uint32_t currentThreadId = 0;
+
+}  // namespace
+
+std::uint32_t GetCurrentThreadId() {
+  if (currentThreadId == 0) currentThreadId = static_cast<std::uint32_t>(syscall(SYS_gettid));
+  return currentThreadId;
+}
+
+bool RunOnWorkerAndWait(void (*task)(void*), void* context) {
+  Worker* worker = idleWorkers.Take();
+  if (!worker) worker = NewWorker();
+  if (!worker) return false;
+  worker->task = task;
+  worker->context = context;
+  worker->start.Set();
+  worker->finished.Wait();
+  idleWorkers.Put(worker);
+  return true;
+}
+
+void StopWorkers() {
+  while (Worker* const worker = idleWorkers.Take()) {
+    worker->task = nullptr;
+    worker->start.Set();
+    pthread_join(worker->thread, nullptr);
+    delete worker;
+  }
+}
+
+}  // namespace platform

@@ -1,0 +1,52 @@
+/// Days of the proleptic Gregorian calendar.
+#pragma once
+
+#include <cstdint>
+
+namespace platform {
+
+struct CivilDate {
+  std::int64_t year;
+  unsigned month;  ///< 1 to 12
+  unsigned day;    ///< 1 to 31
+};
+
+constexpr bool IsLeapYear(std::int64_t year) {
+  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
+
+constexpr unsigned DaysOfMonth(std::int64_t year, unsigned month) {
+  constexpr unsigned kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return kDays[month - 1] + (month == 2 && IsLeapYear(year) ? 1 : 0);
+}
+
+/// Days from 1601-01-01, which begins a cycle of 400 years. Years are counted from March, so that the day that leap
+/// years have more is the last one.
+constexpr std::int64_t DaysFromCivil(const CivilDate& date) {
+  const std::int64_t year = date.year - (date.month < 3 ? 1 : 0);
+  const unsigned monthFromMarch = (date.month + 9) % 12;
+  const std::int64_t dayOfYear = (153 * monthFromMarch + 2) / 5 + date.day - 1;
+  constexpr std::int64_t kMarchOfYear0 = 584694;  // days from 0000-03-01 to 1601-01-01
+  return year * 365 + year / 4 - year / 100 + year / 400 + dayOfYear - kMarchOfYear0;
+}
+
+constexpr CivilDate CivilFromDays(std::int64_t daysFrom1601) {
+  constexpr std::int64_t kMarchOfYear0 = 584694, kDaysOf400Years = 146097;
+  const std::int64_t days = daysFrom1601 + kMarchOfYear0;
+  const std::int64_t cycle = days / kDaysOf400Years, day = days % kDaysOf400Years;
+  const std::int64_t yearOfCycle = (day - day / 1460 + day / 36524 - day / 146096) / 365;
+  const std::int64_t dayOfYear = day - (365 * yearOfCycle + yearOfCycle / 4 - yearOfCycle / 100);
+  const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
+  const auto month = static_cast<unsigned>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
+  return {cycle * 400 + yearOfCycle + (month < 3 ? 1 : 0), month,
+          static_cast<unsigned>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1)};
+}
+
+static_assert(DaysFromCivil({1601, 1, 1}) == 0 && DaysFromCivil({1970, 1, 1}) == 134774);
+
+/// 0 is Sunday; 1601-01-01 was a Monday.
+constexpr unsigned DayOfWeek(std::int64_t daysFrom1601) {
+  return static_cast<unsigned>((daysFrom1601 + 1) % 7);
+}
+
+}  // namespace platform
