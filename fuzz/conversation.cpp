@@ -1,0 +1,139 @@
+/// A whole conversation: the input chooses replies, blocks, calls, failures, detach and release.
+#include <exception>
+#include <vector>
+
+#include "com/com_ptr.h"
+#include "counting_wizard.h"
+#include "tarn/camera_finding.h"
+#include "tarn/dbi.h"
+
+using namespace Tarn::CameraFinding;
+
+namespace {
+
+/// The platform library of this conversation.
+struct {
+  fuzz::Bytes reply;
+  IGenericDataReceivedCallback* receiver = nullptr;
+  int streams = 0, replies = 0;
+  bool failing = false, withRecord = false;
+} server;
+
+bool Succeeds() {
+  return !server.failing;
+}
+
+}  // namespace
+
+std::uint8_t TarnServer_CreateLiveStream(void*, Tarn::TTarnLiveStream** stream) {
+  if (!Succeeds()) return 0;
+  ++server.streams;
+  *stream = reinterpret_cast<Tarn::TTarnLiveStream*>(&server);
+  return 1;
+}
+std::uint8_t TarnLiveStream_Open(Tarn::TTarnLiveStream*, const StreamOpenParameters*, std::uint64_t, void**, void**,
+                                 std::uint64_t) {
+  return Succeeds();
+}
+std::uint8_t TarnLiveStream_Start(Tarn::TTarnLiveStream*) {
+  return Succeeds();
+}
+std::uint8_t TarnLiveStream_SetGenericDataCallback(Tarn::TTarnLiveStream*, std::uint32_t mode,
+                                                   IGenericDataReceivedCallback* callback) {
+  if (mode == kUnregisterDataCallback) {
+    if (server.receiver == callback) server.receiver = nullptr;
+    callback->Release();
+    return 1;
+  }
+  if (!Succeeds() && server.withRecord) return 0;
+  callback->AddRef();
+  server.receiver = callback;
+  return 1;
+}
+std::uint8_t TarnLiveStream_SendSynchDSPCommand(Tarn::TTarnLiveStream*, const void*, std::uint32_t, void** reply,
+                                                std::uint32_t* replySize) {
+  ++server.replies;
+  // A block of its own and of exactly that size: a read beyond the reply is seen.
+  auto* const copy = static_cast<std::uint8_t*>(std::malloc(server.reply.size() + !server.reply.size()));
+  std::copy(server.reply.begin(), server.reply.end(), copy);
+  *reply = copy;
+  *replySize = static_cast<std::uint32_t>(server.reply.size());
+  return Succeeds();
+}
+std::uint8_t TarnDBI_ReleaseReference(void* reply) {
+  std::free(reply);
+  --server.replies;
+  return Succeeds();
+}
+void TarnLiveStream_Destroy(Tarn::TTarnLiveStream*) {
+  --server.streams;
+}
+std::uint8_t TarnDBIGetLastError(DBIErrorRecord* record) {
+  if (!server.failing || !server.withRecord) return 0;
+  *record = {1, 2, "Fault", nullptr, u"chosen by the input", ""};
+  return 1;
+}
+
+namespace {
+
+void Step(fuzz::Choices& choices, Kestrel::ComPtr<ICameraFinder>& finder, fuzz::CountingWizard& wizard) {
+  const std::uint8_t choice = choices.Byte();
+  server.failing = choice & 0x40;
+  server.withRecord = choice & 0x80;
+  if (!finder) {
+    ICameraFinder* created = nullptr;
+    GetFindingInterface(&server, nullptr, &created);
+    finder = Kestrel::ComPtr<ICameraFinder>::Attach(created);
+  }
+  switch (choice % 12) {
+    case 0:
+      return finder->SetNewCameraDataCallback(&wizard);
+    case 1:
+      return finder->SetNewCameraDataCallback(nullptr);
+    case 2:
+      return finder->ListFoundCameras(choices.Byte() & 1 ? &wizard : nullptr);
+    case 3:
+      return finder->RequestInfoByIp(u"10.0.0.5");
+    case 4:
+      return finder->SendMacAddress(u"00:40:8C:00:00:01");
+    case 5:
+      return finder->SendBareCommand();
+    case 6:
+      return finder.Reset();
+    case 7:
+      if (server.receiver) server.receiver->OnDetach();
+      return;
+    case 8:
+      wizard.throws = choices.Byte() & 1;
+      return;
+    case 9:
+      server.reply = choices.Take(choices.Byte() * std::size_t{16});
+      return;
+    default: {
+      const std::uint32_t type = choices.Byte() % 10;
+      const fuzz::Bytes block = choices.Take(choices.Byte() * std::size_t{8});
+      if (server.receiver) server.receiver->OnGenericData(2, type, block.data(), block.size());
+    }
+  }
+}
+
+}  // namespace
+
+FUZZ_TARGET(input) {
+  fuzz::CountingWizard wizard;
+  fuzz::Choices choices(input);
+  const fakes::FailingAllocation failing(choices.Byte());
+  server.reply = {};
+  {
+    Kestrel::ComPtr<ICameraFinder> finder;
+    for (int steps = 0; steps < 64 && !choices.IsEmpty(); ++steps) {
+      try {
+        Step(choices, finder, wizard);
+      } catch (const std::exception&) {
+      }
+    }
+    server.failing = false;
+  }
+  fuzz::Check(wizard.references == 0, "nobody holds the wizard");
+  fuzz::Check(server.streams == 0 && server.replies == 0 && !server.receiver, "stream and replies are let go");
+}

@@ -1,0 +1,84 @@
+#!/usr/bin/env python3
+"""Makes the seed corpus below corpus/ from the recorded messages of tests/data. Use: make_seeds.py
+
+Inputs that fuzzing has found stand beside the seeds; they are kept, with names that begin with what they showed.
+"""
+import base64
+import glob
+import json
+import os
+import random
+import struct
+import sys
+
+here = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(here, "..", "tests", "oracle"))
+import compare  # noqa: E402
+import decoder  # noqa: E402
+
+data = os.path.join(here, "..", "tests", "data")
+
+
+def write(target, name, content):
+    folder = os.path.join(here, "corpus", target)
+    os.makedirs(folder, exist_ok=True)
+    with open(os.path.join(folder, name), "wb") as file:
+        file.write(content)
+
+
+def read(name):
+    with open(os.path.join(data, name), "rb") as file:
+        return file.read()
+
+
+def main():
+    generator = compare.Generator(1)
+    with open(os.path.join(data, "expected.json"), encoding="utf-8") as file:
+        expected = json.load(file)
+    small = [os.path.basename(p) for p in sorted(glob.glob(os.path.join(data, "*.bin"))) if os.path.getsize(p) < 5000]
+
+    for name in small:
+        message = read(name)
+        if name.startswith("block-"):
+            write("finder_block", f"seed-{name}", bytes([expected[name]["messageType"]]) + message)
+        elif name.startswith("reply-"):
+            write("variant_stream", f"seed-{name}", message)
+            write("value_list_text", f"seed-{name}", message[5:])
+            write("value_list_read", f"seed-{name}", decoder.decode_base64(message[5:].replace(b"\0", b"")))
+            size = -(-len(message) // 16)
+            if size < 256:
+                #  reply; list; install; a block; release
+                write("conversation", f"seed-{name}", bytes([0, 9, size]) + message.ljust(size * 16, b"\0") + bytes([2, 1, 0]))
+        else:
+            write("value_list_text", f"seed-{name}", message[4:])
+    block = read("block-3-camera.bin")
+    size = -(-len(block) // 8)
+    write("conversation", "seed-block-3", bytes([0, 0, 10, 3, size]) + block.ljust(size * 8, b"\0") + bytes([7, 10, 3, 0, 6, 0, 1]))
+    write("conversation", "seed-failures", bytes([0, 0xC2, 1, 0x42, 1, 0xC0, 0x40, 0xC6]))
+
+    for i in range(12):
+        write("record_list", f"seed-{i}", generator.elements(1))
+        write("value_list_read", f"seed-{i}", generator.list([(generator.name(b"n"), generator.value()) for _ in range(i)]))
+        write("finder_block", f"seed-type{i % 9}-{i}", bytes([i % 9]) + generator.block(i % 9))
+    random.seed(1)
+    for tag in range(21):
+        write("wide_string", f"seed-{tag}", generator.value(tag))
+        write("variant_stream", f"seed-{tag}", generator.value(tag))
+    texts = [b"1", b"true", b"-42", b"4294967295", b"99999999999999999999", b"1e308", b"nan", b"3.25e-7", b"K\xc3\xbcche",
+             b"binarydata 3 QUJD", b"blobptr 3 4096", b"2024/05/01 10:20:30,123", b"2024-05-01 10:20:30.123 UTC+02:00",
+             b"{6f9619ff-8b86-d011-b42d-00cf4fc964ff}", b"6F9619FF-8B86-D011-B42D-00CF4FC964FF"]
+    for i, text in enumerate(texts):
+        for tag in (0, 3, 6, 8, 9, 10, 12, 13, 14, 15, 16, 18):
+            if (i + tag) % 3 == 0:
+                write("variant_text", f"seed-{tag}-{i}", bytes([tag]) + text)
+        write("date_time", f"seed-{i}", text.decode("utf-8").encode("utf-16-le"))
+        write("guid", f"seed-{i}", text)
+    for i, size in enumerate([0, 1, 2, 3, 56, 57, 58, 200]):
+        text = base64.b64encode(bytes(range(size)))
+        write("base64", f"seed-{i}", b"\r\n".join(text[at:at + 76] for at in range(0, len(text), 76)))
+    for i, text in enumerate(["Load result: {0} of {1}", "{0,5}|{0,-5}|{0,600}", "a}}b{{c}}", "ab{{c", "x{0", "a}b", "{10}{1,}"]):
+        write("text_format", f"seed-{i}", bytes([i]) + text.encode("utf-16-le"))
+
+
+if __name__ == "__main__":
+    main()
