@@ -1,0 +1,47 @@
+/// What one camera's getters told at one moment.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "tarn/camera_finding.h"
+
+namespace tarnfind {
+
+/// User name and password of a camera whose credentials nobody has supplied.
+inline constexpr std::string_view kUnsetCredential = "&!*KVMR*9%";
+
+/// Texts are valid UTF-8 but otherwise as the camera gave them; make them Printable before they reach a terminal.
+struct CameraSnapshot {
+  std::int32_t type = 0;
+  std::string mac;
+  std::string ip;
+  std::string subnetMask;
+  std::string gateway;
+  std::string model;
+  std::string firmware;
+  std::string user;
+  std::string password;
+  bool dhcp = false;
+  std::string plugin;
+  bool flag17 = false;
+  std::uint32_t deviceFlags = 0;
+  std::uint64_t vendorTypeMask = 0;
+  bool icb = false;
+  bool gcb = false;
+  std::uint8_t ctt = 0;
+  std::string vendor;
+
+  bool operator==(const CameraSnapshot&) const = default;
+};
+
+/// Calls every getter once, except the two that tell nothing of their own: GetModelName and IsReserved.
+CameraSnapshot SnapshotOf(Tarn::CameraFinding::ICameraInfo& camera);
+
+/// What may be shown of a password: asterisks for one that is set, unless `reveal`; "(unset)" for none.
+std::string ShownPassword(const std::string& password, bool reveal);
+/// The user name, or "(unset)".
+std::string ShownUser(const std::string& user);
+
+}  // namespace tarnfind

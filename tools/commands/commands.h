@@ -1,0 +1,16 @@
+/// The commands of the tool. Each throws what failure.h lists, and lets exceptions of the library through.
+#pragma once
+
+#include "tools/options.h"
+#include "tools/text_output.h"
+
+namespace tarnfind {
+
+void RunSearch(const Options& options, TextOutput& output);
+void RunList(const Options& options, TextOutput& output);
+void RunInfo(const Options& options, TextOutput& output);
+void RunSendMac(const Options& options, TextOutput& output);
+void RunBare(const Options& options, TextOutput& output);
+void RunSetNetwork(const Options& options, TextOutput& output);
+
+}  // namespace tarnfind

@@ -1,0 +1,26 @@
+/// The checksum of ZIP and PNG (polynomial 0xEDB88320, reflected): tells two pictures apart.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace tarnfind {
+
+inline constexpr std::array<std::uint32_t, 256> kCrc32Table = [] {
+  std::array<std::uint32_t, 256> table{};
+  for (std::uint32_t i = 0; i < 256; ++i) {
+    std::uint32_t row = i;
+    for (int bit = 0; bit < 8; ++bit) row = row & 1 ? row >> 1 ^ 0xEDB88320 : row >> 1;
+    table[i] = row;
+  }
+  return table;
+}();
+
+inline std::uint32_t Crc32(std::span<const std::uint8_t> bytes) {
+  std::uint32_t crc = 0xFFFFFFFF;
+  for (const std::uint8_t byte : bytes) crc = crc >> 8 ^ kCrc32Table[(crc ^ byte) & 0xFF];
+  return ~crc;
+}
+
+}  // namespace tarnfind

@@ -1,0 +1,105 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "tools/camera_table.h"
+#include "tools/display_width.h"
+#include "tools/search_view.h"
+
+namespace tarnfind {
+
+namespace {
+
+constexpr std::chrono::milliseconds kRedrawInterval{100};
+/// Header, "and more", progress, and the line where the cursor rests.
+constexpr int kLinesBesideRows = 4;
+
+constexpr char kClearToLineEnd[] = "\x1b[K";
+constexpr char kClearBelow[] = "\x1b[J";
+constexpr char kClearScreen[] = "\x1b[H\x1b[2J";
+constexpr char kPlainColour[] = "\x1b[0m";
+constexpr char kHeaderColour[] = "\x1b[1m";
+
+/// Draws a frame over the one before: up by its height, each line with what is left of the old one cleared.
+class LiveTable final : public SearchView {
+ public:
+  LiveTable(TextOutput& output, LiveTableSettings settings) : output_(output), settings_(std::move(settings)) {}
+
+  void ShowCamera(const CameraEvent&, const FoundCamera&) override {}
+  void ShowPicture(const PictureEvent&) override {}
+  void ShowValues(const ValuesEvent&) override {}
+
+  void Refresh(const SearchProgress& progress) override {
+    if (drawn_ && progress.elapsed - lastDrawn_ < kRedrawInterval) return;
+    lastDrawn_ = progress.elapsed;
+    BeginFrame();
+    AddRows(progress.cameras);
+    AddLine(Clip(fmt::format("{} of {}   {}", Seconds(progress.elapsed), Seconds(progress.planned), Totals(progress))));
+    EndFrame();
+  }
+
+  void Finish(const SearchProgress& progress) override {
+    BeginFrame();
+    AddRows(progress.cameras);
+    AddLine(Summary(progress));  // may take two lines, for nothing is drawn over it any more
+    EndFrame();
+  }
+
+ private:
+  void BeginFrame() {
+    const platform::TerminalSize size = settings_.terminalSize();
+    frame_.clear();
+    if (drawn_ && size != size_)
+      frame_ += kClearScreen;  // the terminal has wrapped the old lines anew; where they are is unknown
+    else if (lines_ > 0)
+      frame_ += fmt::format("\x1b[{}A", lines_);
+    lines_ = 0;
+    size_ = size;
+  }
+
+  void EndFrame() {
+    frame_ += kClearBelow;
+    output_.Write(frame_);
+    drawn_ = true;
+  }
+
+  void AddRows(const FoundCameras& cameras) {
+    const CameraTable table(size_.columns);
+    AddLine(table.Header(' '), kHeaderColour);
+    const auto rows = cameras.Latest(static_cast<std::size_t>(std::max(size_.rows - kLinesBesideRows, 1)));
+    for (const FoundCamera* const found : rows) {
+      const ChangeRow& change = RowOf(found->lastNews);
+      AddLine(table.Row(change.mark, found->camera, found->type), change.colour);
+    }
+    if (rows.size() < cameras.Size()) AddLine(Clip(fmt::format("… and {} more", cameras.Size() - rows.size())));
+  }
+
+  void AddLine(const std::string& text, std::string_view colour = {}) {
+    const bool coloured = settings_.colours && !colour.empty();
+    frame_ += coloured ? fmt::format("{}{}{}", colour, text, kPlainColour) : text;
+    frame_ += kClearToLineEnd;
+    frame_ += '\n';
+    ++lines_;
+  }
+
+  std::string Clip(const std::string& text) const {
+    return ClipToWidth(text, static_cast<std::size_t>(std::max(size_.columns - 1, 1)));
+  }
+
+  TextOutput& output_;
+  LiveTableSettings settings_;
+  platform::TerminalSize size_;
+  std::string frame_;
+  int lines_ = 0;
+  bool drawn_ = false;
+  std::chrono::milliseconds lastDrawn_{0};
+};
+
+}  // namespace
+
+std::unique_ptr<SearchView> MakeLiveTable(TextOutput& output, LiveTableSettings settings) {
+  return std::make_unique<LiveTable>(output, std::move(settings));
+}
+
+}  // namespace tarnfind

@@ -1,0 +1,86 @@
+#include "tools/picture_store.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <fstream>
+#include <system_error>
+
+#include "tools/failure.h"
+#include "tools/text.h"
+
+namespace tarnfind {
+
+namespace {
+
+/// Leaves room for the number and the extension where a name may have 255 bytes.
+constexpr std::size_t kMostNameBytes = 120;
+constexpr std::string_view kReservedCharacters = "/\\<>:\"|?*";
+constexpr std::string_view kTrimmedCharacters = ". ";
+
+/// The bytes that a picture of a format begins with.
+struct PictureFormat {
+  std::string_view beginning;
+  std::string_view extension;
+};
+constexpr PictureFormat kPictureFormats[] = {
+    {"\x89PNG\r\n\x1A\n", "png"},
+    {"\xFF\xD8\xFF", "jpg"},
+    {"BM", "bmp"},
+};
+
+std::filesystem::path PathOf(const std::string& utf8) {
+  return {std::u8string(utf8.begin(), utf8.end())};
+}
+
+}  // namespace
+
+PictureStore::PictureStore(const std::string& folder) : folder_(PathOf(folder)) {
+  std::error_code failed;
+  std::filesystem::create_directories(folder_, failed);
+  if (!failed && !std::filesystem::is_directory(folder_, failed))
+    failed = std::make_error_code(std::errc::not_a_directory);
+  if (failed) throw Failure(fmt::format("cannot make the folder \"{}\": {}", folder, failed.message()));
+}
+
+PictureStore::Kept PictureStore::Keep(std::span<const std::uint8_t> picture, std::string_view cameraText) {
+  const std::lock_guard lock(mutex_);
+  Kept kept;
+  std::filesystem::path path;
+  std::error_code unknown;
+  do {
+    kept.file = fmt::format("{}-{:04}.{}", SafeFileName(cameraText), ++lastNumber_, PictureExtension(picture));
+    path = folder_ / PathOf(kept.file);
+  } while (std::filesystem::exists(path, unknown));
+
+  std::ofstream file(path, std::ios::binary);
+  file.write(reinterpret_cast<const char*>(picture.data()), static_cast<std::streamsize>(picture.size()));
+  file.close();
+  if (!file) kept.error = fmt::format("cannot write the picture \"{}\"", kept.file);
+  return kept;
+}
+
+std::string SafeFileName(std::string_view cameraText) {
+  std::string name;
+  for (std::size_t position = 0; position < cameraText.size();) {
+    const char32_t codePoint = NextCodePoint(cameraText, position);
+    const bool reserved =
+        codePoint < 0x80 && kReservedCharacters.find(static_cast<char>(codePoint)) != std::string_view::npos;
+    std::string character;
+    AppendUtf8(character, reserved || IsControl(codePoint) || codePoint == kReplacementCharacter ? U'_' : codePoint);
+    if (name.size() + character.size() > kMostNameBytes) break;
+    name += character;
+  }
+  name.erase(0, name.find_first_not_of(kTrimmedCharacters));
+  name.erase(name.find_last_not_of(kTrimmedCharacters) + 1);
+  return name.empty() ? "camera" : name;
+}
+
+std::string_view PictureExtension(std::span<const std::uint8_t> picture) {
+  const std::string_view bytes(reinterpret_cast<const char*>(picture.data()), picture.size());
+  const auto* const format = std::find_if(std::begin(kPictureFormats), std::end(kPictureFormats),
+                                          [&](const PictureFormat& row) { return bytes.starts_with(row.beginning); });
+  return format == std::end(kPictureFormats) ? "bin" : format->extension;
+}
+
+}  // namespace tarnfind

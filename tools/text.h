@@ -1,0 +1,38 @@
+/// Text on its way between UTF-16 and UTF-8, and made fit for a terminal.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "tarn/com_types.h"
+
+namespace tarnfind {
+
+inline constexpr char32_t kReplacementCharacter = 0xFFFD;
+
+/// The code point at `position`, which moves behind it; a byte that begins no valid sequence gives
+/// kReplacementCharacter. Requires position < text.size().
+char32_t NextCodePoint(std::string_view utf8, std::size_t& position);
+/// Requires a Unicode scalar value.
+void AppendUtf8(std::string& utf8, char32_t codePoint);
+bool IsValidUtf8(std::string_view text);
+
+/// A unit or byte without meaning becomes U+FFFD.
+std::string Utf8FromUtf16(std::u16string_view text);
+std::u16string Utf16FromUtf8(std::string_view text);
+/// Takes the BSTR over: its text, NULs included, and the BSTR is freed on every path. Null counts as empty.
+std::string TakeBstr(BSTR text);
+
+/// Whether a terminal could take the character as a command, or let it change the order of what stands around it.
+bool IsControl(char32_t codePoint);
+/// Valid UTF-8 for one line of a terminal: what is invalid or a control character becomes U+FFFD. Whoever named a
+/// camera does not get to move the cursor.
+std::string Printable(std::string_view text);
+/// An error's text for one line: as Printable, with runs of white space and line ends as one blank.
+std::string OneLine(std::string_view text);
+/// "1 camera", "2 cameras"
+std::string Counted(std::uint64_t count, std::string_view what);
+
+}  // namespace tarnfind
