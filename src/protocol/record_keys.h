@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -50,11 +51,13 @@ inline constexpr auto kRecordKeys = std::to_array<RecordKey>({
 });
 static_assert(kRecordKeys.size() == 21);
 
-/// Calls visit(key, member of the record) for every row, in wire order.
+/// Calls visit(row, member of the record) for every row, in wire order; row is a std::integral_constant.
 template <class Record, class Visit>
 void ForEachMember(Record& record, Visit visit) {
   [&]<std::size_t... row>(std::index_sequence<row...>) {
-    (visit(kRecordKeys[row].key, record.*std::get<kRecordKeys[row].member.index()>(kRecordKeys[row].member)), ...);
+    (visit(std::integral_constant<std::size_t, row>(),
+           record.*std::get<kRecordKeys[row].member.index()>(kRecordKeys[row].member)),
+     ...);
   }
   (std::make_index_sequence<kRecordKeys.size()>());
 }

@@ -7,7 +7,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "base/text_conversion.h"
+#include "base/exceptions.h"
+#include "protocol/record_codec.h"
 #include "protocol/record_keys.h"
 #include "valuelist/buffer_pool.h"
 
@@ -21,7 +22,14 @@ constexpr std::size_t kSmallestElement = 10;
 /// A block of fewer bytes is none.
 constexpr std::size_t kSmallestListBlock = 5;
 
-/// The elements of a list block, one value list after the other.
+void ReadElement(const Kestrel::ValueList& list, CameraRecord& record) {
+  ReadRecord(list, record);
+}
+void ReadElement(const Kestrel::ValueList& list, std::string& text) {
+  list.Get(kListElementKey, text);
+}
+
+/// The elements of a list block, one after the other. The block's bytes must stay as long as it is read.
 class ListBlock {
  public:
   /// The block under the key; nothing where there is none, it is no binary data, too short or without the marker.
@@ -29,52 +37,79 @@ class ListBlock {
     const auto bytes = list.FindBinaryData(key);
     if (!bytes || bytes->size() < kSmallestListBlock || std::memcmp(bytes->data(), &ListMarker, sizeof ListMarker) != 0)
       return std::nullopt;
-    return ListBlock(*bytes);
+    return ListBlock(bytes->subspan(sizeof ListMarker));
   }
 
   std::uint32_t GetCount() const { return count_; }
   /// How many elements to make room for: never more than the bytes can hold.
-  std::size_t GetCapacity() const {
-    return std::min<std::size_t>(count_, static_cast<std::size_t>(buffer_->GetUnreadLength()) / kSmallestElement);
+  std::size_t GetCapacity() const { return std::min<std::size_t>(count_, unread_.size() / kSmallestElement); }
+
+  /// Reads the next element into a fresh one. False where it is not in its usual form: it holds anything then, and
+  /// ReadUnusual reads the same element again.
+  template <class Element>
+  bool ReadUsual(Element& element) {
+    const std::size_t size = DecodeElement(unread_, element);
+    unread_ = unread_.subspan(size);
+    return size != 0;
   }
-  /// The next element, valid until the next call.
-  const Kestrel::ValueList& Next() {
-    element_.Clear();
-    element_.Read(*buffer_);
-    return element_;
+  template <class Element>
+  Element ReadUnusual() {
+    Element element;
+    ReadElement(NextList(), element);
+    return element;
   }
 
  private:
-  explicit ListBlock(std::span<const std::uint8_t> bytes) : buffer_(Kestrel::CreateBuffer(bytes.data(), bytes.size())) {
-    buffer_->Take(sizeof ListMarker);
-    count_ = buffer_->ReadUInt32();
+  explicit ListBlock(std::span<const std::uint8_t> counted) {
+    if (counted.size() < sizeof count_) throw Kestrel::BufferException(Kestrel::kNotEnoughBytes);
+    std::memcpy(&count_, counted.data(), sizeof count_);
+    unread_ = counted.subspan(sizeof count_);
   }
 
-  Kestrel::ReferencePointer<Kestrel::Buffer> buffer_;
+  /// The next element as a value list, valid until the next call.
+  const Kestrel::ValueList& NextList() {
+    if (!buffer_) {
+      buffer_ = Kestrel::CreateBuffer(unread_.data(), unread_.size());
+      unread_ = buffer_->GetBytes();
+    }
+    buffer_->Take(buffer_->GetUnreadLength() - unread_.size());  // the elements that were read in their usual form
+    list_.Clear();
+    list_.Read(*buffer_);
+    unread_ = unread_.last(static_cast<std::size_t>(buffer_->GetUnreadLength()));
+    return list_;
+  }
+
   std::uint32_t count_ = 0;
-  Kestrel::ValueList element_;
+  std::span<const std::uint8_t> unread_;
+  Kestrel::ReferencePointer<Kestrel::Buffer> buffer_;  ///< a copy of what was unread when a list was needed
+  Kestrel::ValueList list_;
 };
 
-/// Writes marker, count and one element per item; fill makes an item's value list.
-template <class Items, class Fill>
-void WriteList(Kestrel::ValueList& list, std::string_view key, const Items& items, Fill fill) {
-  const auto block = Kestrel::GetBuffer(Kestrel::BufferPool::ListFor(items.size() * sizeof items[0]));
-  const std::uint32_t count = Kestrel::ClipSizeT(items.size());
-  block->Append(&ListMarker, sizeof ListMarker);
-  block->Append(&count, sizeof count);
-  for (const auto& item : items) {
-    Kestrel::ValueList element;
-    fill(element, item);
-    element.Write(*block);
-  }
+template <class Element>
+void WriteList(Kestrel::ValueList& list, std::string_view key, const std::vector<Element>& elements) {
+  const auto block = Kestrel::GetBuffer(Kestrel::BufferPool::ListFor(elements.size() * sizeof(Element)));
+  EncodeList(elements, block->Reserve(EncodedListSize(elements)));
   // The block is nobody else's, so the value may share it: nobody can tell it from the copy that AddBinaryData makes.
   list.AddVariant(key, Kestrel::Variant(Kestrel::BinaryData(block)));
+}
+
+template <class Element>
+void ReadList(const Kestrel::ValueList& list, std::string_view key, std::vector<Element>& elements) {
+  auto block = ListBlock::Find(list, key);
+  if (!block) return;
+  elements.reserve(elements.size() + block->GetCapacity());
+  for (std::uint32_t i = 0; i < block->GetCount(); ++i) {
+    if (block->ReadUsual(elements.emplace_back())) continue;
+    elements.pop_back();
+    elements.push_back(block->ReadUnusual<Element>());
+  }
 }
 
 }  // namespace
 
 void WriteRecord(Kestrel::ValueList& list, const CameraRecord& record) {
-  ForEachMember(record, [&](std::string_view key, const auto& value) {
+  ForEachMember(record, [&](auto row, const auto& value) {
+    constexpr std::string_view key = kRecordKeys[row].key;
     if constexpr (std::is_same_v<decltype(value), const std::vector<std::string>&>)
       WriteStringList(list, key, value);
     else
@@ -83,7 +118,8 @@ void WriteRecord(Kestrel::ValueList& list, const CameraRecord& record) {
 }
 
 void ReadRecord(const Kestrel::ValueList& list, CameraRecord& record) {
-  ForEachMember(record, [&](std::string_view key, auto& value) {
+  ForEachMember(record, [&](auto row, auto& value) {
+    constexpr std::string_view key = kRecordKeys[row].key;
     if constexpr (std::is_same_v<decltype(value), std::vector<std::string>&>)
       ReadStringList(list, key, value);
     else
@@ -92,35 +128,19 @@ void ReadRecord(const Kestrel::ValueList& list, CameraRecord& record) {
 }
 
 void WriteStringList(Kestrel::ValueList& list, std::string_view key, const std::vector<std::string>& texts) {
-  WriteList(list, key, texts, [](Kestrel::ValueList& element, const std::string& text) {
-    element.Add(kListElementKey, std::string_view(text));
-  });
+  WriteList(list, key, texts);
 }
 
 void ReadStringList(const Kestrel::ValueList& list, std::string_view key, std::vector<std::string>& texts) {
-  auto block = ListBlock::Find(list, key);
-  if (!block) return;
-  texts.reserve(texts.size() + block->GetCapacity());
-  for (std::uint32_t i = 0; i < block->GetCount(); ++i) {
-    std::string text;
-    block->Next().Get(kListElementKey, text);
-    texts.push_back(std::move(text));
-  }
+  ReadList(list, key, texts);
 }
 
 void WriteRecordList(Kestrel::ValueList& list, std::string_view key, const std::vector<CameraRecord>& records) {
-  WriteList(list, key, records, WriteRecord);
+  WriteList(list, key, records);
 }
 
 void ReadRecordList(const Kestrel::ValueList& list, std::string_view key, std::vector<CameraRecord>& records) {
-  auto block = ListBlock::Find(list, key);
-  if (!block) return;
-  records.reserve(records.size() + block->GetCapacity());
-  for (std::uint32_t i = 0; i < block->GetCount(); ++i) {
-    CameraRecord record;
-    ReadRecord(block->Next(), record);
-    records.push_back(std::move(record));
-  }
+  ReadList(list, key, records);
 }
 
 CameraRecord ReadFirstRecord(Kestrel::Buffer& block) {
@@ -131,7 +151,7 @@ CameraRecord ReadFirstRecord(Kestrel::Buffer& block) {
   if (!records) return first;
   for (std::uint32_t i = 0; i < records->GetCount(); ++i) {
     CameraRecord record;
-    ReadRecord(records->Next(), record);
+    if (!records->ReadUsual(record)) record = records->ReadUnusual<CameraRecord>();
     if (i == 0) first = std::move(record);
   }
   return first;

@@ -1,0 +1,251 @@
+#include "protocol/record_codec.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <type_traits>
+
+#include "base/text_conversion.h"
+#include "protocol/record_keys.h"
+#include "protocol/record_wire.h"
+#include "valuelist/value_list.h"
+
+namespace Tarn::CameraFinding {
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "numbers go onto the wire as they stand in memory");
+
+using Texts = std::vector<std::string>;
+
+template <class Value>
+constexpr bool kIsText = std::is_same_v<Value, std::string>;
+template <class Value>
+constexpr bool kIsTexts = std::is_same_v<Value, Texts>;
+
+/// The tag that a value of this type is written with.
+template <class Value>
+constexpr std::uint8_t kTagOf = kIsText<Value>                         ? Kestrel::vtString
+                                : kIsTexts<Value>                      ? Kestrel::vtBinaryData
+                                : std::is_same_v<Value, bool>          ? Kestrel::vtBool
+                                : std::is_same_v<Value, std::uint8_t>  ? Kestrel::vtUChar
+                                : std::is_same_v<Value, std::uint32_t> ? Kestrel::vtUInt
+                                                                       : Kestrel::vtInt64;
+constexpr std::size_t kLengthSize = sizeof(std::uint32_t);
+
+/// Bytes that never change: what stands before a value, or at the head of an element.
+struct Fixed {
+  std::array<std::uint8_t, 24> bytes{};
+  std::size_t size = 0;
+
+  constexpr Fixed& Byte(std::size_t byte) {
+    bytes[size++] = static_cast<std::uint8_t>(byte);
+    return *this;
+  }
+  constexpr Fixed& Number(std::uint32_t number) {
+    for (std::size_t i = 0; i < sizeof number; ++i) Byte(number >> 8 * i & 0xFF);
+    return *this;
+  }
+  constexpr Fixed& Text(std::string_view text) {
+    Byte(Kestrel::vtString).Number(static_cast<std::uint32_t>(text.size() + 1));
+    for (const char c : text) Byte(static_cast<unsigned char>(c));
+    return Byte(0);
+  }
+};
+
+/// A value list without a name, up to its first entry.
+constexpr Fixed Head(std::uint32_t entries) {
+  return Fixed().Number(Kestrel::ValueListIdentifier).Text("").Number(entries);
+}
+/// An entry up to its value.
+constexpr Fixed Entry(std::string_view key, std::uint8_t tag) {
+  return Fixed().Text(key).Byte(tag);
+}
+
+constexpr Fixed kRecordHead = Head(kRecordKeys.size());
+constexpr Fixed kTextHead = Head(1);
+constexpr Fixed kTextEntry = Entry(kListElementKey, Kestrel::vtString);
+constexpr Fixed kListHead = Fixed().Number(ListMarker);
+
+template <std::size_t row, class Value>
+constexpr Fixed kRecordEntry = Entry(kRecordKeys[row].key, kTagOf<Value>);
+
+constexpr std::size_t kListHeadSize = kListHead.size + kLengthSize;
+/// A list's element of no text.
+constexpr std::size_t kSmallestText = kTextHead.size + kTextEntry.size + kLengthSize + 1;
+
+class Writer {
+ public:
+  explicit Writer(std::uint8_t* target) : at_(target) {}
+
+  template <const Fixed& fixed>
+  void Put() {
+    Put(fixed.bytes.data(), fixed.size);
+  }
+  void Put(const void* bytes, std::size_t size) {
+    std::memcpy(at_, bytes, size);
+    at_ += size;
+  }
+  void PutNumber(std::size_t number) {
+    const auto low = static_cast<std::uint32_t>(number);
+    Put(&low, sizeof low);
+  }
+
+  void PutValue(const std::string& text) {
+    PutNumber(text.size() + 1);
+    Put(text.c_str(), text.size() + 1);
+  }
+  void PutValue(const Texts& texts) {
+    PutNumber(EncodedListSize(texts));
+    PutList(texts);
+  }
+  template <class Number>
+  requires std::is_arithmetic_v<Number>
+  void PutValue(Number number) { Put(&number, sizeof number); }
+
+  void PutElement(const std::string& text) {
+    Put<kTextHead>();
+    Put<kTextEntry>();
+    PutValue(text);
+  }
+  void PutElement(const CameraRecord& record) {
+    Put<kRecordHead>();
+    ForEachMember(record, [this](auto row, const auto& value) {
+      Put<kRecordEntry<row, std::remove_cvref_t<decltype(value)>>>();
+      PutValue(value);
+    });
+  }
+  template <class Element>
+  void PutList(const std::vector<Element>& elements) {
+    Put<kListHead>();
+    PutNumber(Kestrel::ClipSizeT(elements.size()));
+    for (const Element& element : elements) PutElement(element);
+  }
+
+ private:
+  std::uint8_t* at_;
+};
+
+std::size_t ValueSize(const std::string& text) {
+  return kLengthSize + text.size() + 1;
+}
+std::size_t ValueSize(const Texts& texts) {
+  return kLengthSize + EncodedListSize(texts);
+}
+template <class Number>
+requires std::is_arithmetic_v<Number> std::size_t ValueSize(Number) {
+  return sizeof(Number);
+}
+
+std::size_t ElementSize(const std::string& text) {
+  return kTextHead.size + kTextEntry.size + ValueSize(text);
+}
+std::size_t ElementSize(const CameraRecord& record) {
+  std::size_t size = kRecordHead.size;
+  ForEachMember(record, [&size](auto row, const auto& value) {
+    size += kRecordEntry<row, std::remove_cvref_t<decltype(value)>>.size + ValueSize(value);
+  });
+  return size;
+}
+
+template <class Element>
+std::size_t ListSize(const std::vector<Element>& elements) {
+  std::size_t size = kListHeadSize;
+  for (const Element& element : elements) size += ElementSize(element);
+  return size;
+}
+
+/// Reads forward over bytes; every step says whether what it wants stands there.
+class Reader {
+ public:
+  explicit Reader(std::span<const std::uint8_t> bytes) : at_(bytes.data()), end_(at_ + bytes.size()) {}
+
+  std::size_t GetRemaining() const { return static_cast<std::size_t>(end_ - at_); }
+
+  template <const Fixed& fixed>
+  bool Skip() {
+    if (GetRemaining() < fixed.size || std::memcmp(at_, fixed.bytes.data(), fixed.size) != 0) return false;
+    at_ += fixed.size;
+    return true;
+  }
+  template <class Number>
+  requires std::is_arithmetic_v<Number>
+  bool Read(Number& number) {
+    if (GetRemaining() < sizeof number) return false;
+    // A flag of another byte than 0 and 1 is for the variant to judge.
+    if constexpr (std::is_same_v<Number, bool>)
+      if (*at_ > 1) return false;
+    std::memcpy(&number, at_, sizeof number);
+    at_ += sizeof number;
+    return true;
+  }
+  bool Read(std::string& text) {
+    std::span<const std::uint8_t> bytes;
+    if (!ReadSized(bytes) || bytes.empty()) return false;
+    text.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size() - 1);
+    return true;
+  }
+  bool Read(Texts& texts) {
+    std::span<const std::uint8_t> block;
+    if (!ReadSized(block)) return false;
+    Reader elements(block);
+    std::uint32_t count = 0;
+    if (!elements.Skip<kListHead>() || !elements.Read(count)) return false;
+    texts.reserve(std::min<std::size_t>(count, elements.GetRemaining() / kSmallestText));
+    for (std::uint32_t i = 0; i < count; ++i)
+      if (!elements.ReadElement(texts.emplace_back())) return false;
+    return true;
+  }
+
+  bool ReadElement(std::string& text) { return Skip<kTextHead>() && Skip<kTextEntry>() && Read(text); }
+  bool ReadElement(CameraRecord& record) {
+    bool usual = Skip<kRecordHead>();
+    ForEachMember(record, [&](auto row, auto& value) {
+      usual = usual && Skip<kRecordEntry<row, std::remove_cvref_t<decltype(value)>>>() && Read(value);
+    });
+    return usual;
+  }
+
+ private:
+  bool ReadSized(std::span<const std::uint8_t>& bytes) {
+    std::uint32_t length = 0;
+    if (!Read(length) || GetRemaining() < length) return false;
+    bytes = {at_, length};
+    at_ += length;
+    return true;
+  }
+
+  const std::uint8_t* at_;
+  const std::uint8_t* end_;
+};
+
+template <class Element>
+std::size_t Decode(std::span<const std::uint8_t> bytes, Element& element) {
+  Reader reader(bytes);
+  return reader.ReadElement(element) ? bytes.size() - reader.GetRemaining() : 0;
+}
+
+}  // namespace
+
+std::size_t DecodeElement(std::span<const std::uint8_t> bytes, CameraRecord& record) {
+  return Decode(bytes, record);
+}
+std::size_t DecodeElement(std::span<const std::uint8_t> bytes, std::string& text) {
+  return Decode(bytes, text);
+}
+
+std::size_t EncodedListSize(const std::vector<CameraRecord>& records) {
+  return ListSize(records);
+}
+std::size_t EncodedListSize(const std::vector<std::string>& texts) {
+  return ListSize(texts);
+}
+
+void EncodeList(const std::vector<CameraRecord>& records, std::uint8_t* target) {
+  Writer(target).PutList(records);
+}
+void EncodeList(const std::vector<std::string>& texts, std::uint8_t* target) {
+  Writer(target).PutList(texts);
+}
+
+}  // namespace Tarn::CameraFinding
