@@ -30,11 +30,11 @@ BufferPoolList::~BufferPoolList() {
 ReferencePointer<Buffer> BufferPoolList::GetBuffer() {
   ReferencePointer<Buffer> buffer = TakeFront();
   if (!buffer) buffer = ReferencePointer<Buffer>(new Buffer);
-  bytesHeld_.fetch_sub(buffer->GetCapacity(), std::memory_order_relaxed);
   buffer->useCount_.fetch_add(1, std::memory_order_relaxed);
   return buffer;
 }
 
+/// The bytes held are compared without the lock: returns at the same time may go beyond the limit by a few buffers.
 void BufferPoolList::Return(ReferencePointer<Buffer> buffer) {
   const std::uint64_t capacity = buffer->GetCapacity();
   const bool fits = capacity <= limits_.largestCapacity && GetBytesHeld() <= limits_.sizeLimitInBytes - capacity;
@@ -52,18 +52,17 @@ ReferencePointer<Buffer> BufferPoolList::TakeFront() {
   ReferencePointer<Buffer> buffer = std::move(ring_[front_]);
   front_ = (front_ + 1) % ring_.size();
   count_.store(count - 1, std::memory_order_relaxed);
+  bytesHeld_.store(GetBytesHeld() - buffer->GetCapacity(), std::memory_order_relaxed);
   return buffer;
 }
 
-/// False, and the buffer stays with the caller, where the list is full. The bytes are added under the lock: nobody can
-/// take the buffer out, and subtract them, before they are counted.
+/// False, and the buffer stays with the caller, where the list is full.
 bool BufferPoolList::PutBack(ReferencePointer<Buffer>& buffer) {
   buffer->memory_.Rewind();
-  const std::uint64_t capacity = buffer->GetCapacity();
   const std::lock_guard guard(lock_);
   const std::size_t count = GetCount();
   if (count == ring_.size()) return false;
-  bytesHeld_.fetch_add(capacity, std::memory_order_relaxed);
+  bytesHeld_.store(GetBytesHeld() + buffer->GetCapacity(), std::memory_order_relaxed);
   ring_[(front_ + count) % ring_.size()] = std::move(buffer);
   count_.store(count + 1, std::memory_order_relaxed);
   return true;

@@ -64,7 +64,8 @@ class BufferPoolList : NonCopyable {
   /// The queue: count_ buffers from front_ on, around the end. Its size is fixed, so that recycling never allocates.
   std::vector<ReferencePointer<Buffer>> ring_;
   std::size_t front_ = 0;
-  std::atomic<std::size_t> count_{0};  ///< changes under the lock only; 0 is seen without it
+  /// Both change under the lock only, and are read without it.
+  std::atomic<std::size_t> count_{0};
   std::atomic<std::uint64_t> bytesHeld_{0};
 };
 
