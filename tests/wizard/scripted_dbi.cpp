@@ -19,7 +19,7 @@ thread_local bool hasRecord = false;
 
 bool scripted::Dbi::Note(Function function) {
   const std::lock_guard guard(lock_);
-  calls_.push_back(function);
+  if (notesCalls_) calls_.push_back(function);
   const auto failure = failures_.find(function);
   hasRecord = failure != failures_.end() && failure->second == Failure::kWithRecord;
   return failure == failures_.end();
@@ -29,23 +29,23 @@ namespace scripted {
 
 /// What each function does when it is not told to fail; where a failure leaves no record, it does so as well.
 struct Functions {
-  static void Register(Dbi& dbi, IGenericDataReceivedCallback* callback) {
+  static void Register(Dbi& dbi, void* stream, IGenericDataReceivedCallback* callback) {
     callback->AddRef();
     const std::lock_guard guard(dbi.lock_);
-    dbi.receivers_.push_back(callback);
+    dbi.receivers_.push_back({stream, callback});
   }
   static void Unregister(Dbi& dbi, IGenericDataReceivedCallback* callback) {
     bool found = false;
     {
       const std::lock_guard guard(dbi.lock_);
-      found = std::erase(dbi.receivers_, callback) == 1;
+      found = std::erase_if(dbi.receivers_, [&](const auto& entry) { return entry.receiver == callback; }) == 1;
     }
     if (found) callback->Release();
   }
   static void Answer(Dbi& dbi, const void* request, std::uint32_t size, void** reply, std::uint32_t* replySize) {
     const std::lock_guard guard(dbi.lock_);
     const auto* const bytes = static_cast<const std::uint8_t*>(request);
-    dbi.requests_.emplace_back(bytes, bytes + size);
+    dbi.lastRequest_.assign(bytes, bytes + size);
     // A block of exactly the reply's size, so that a read beyond it is seen.
     auto* const copy = new std::uint8_t[dbi.reply_.size()];
     std::memcpy(copy, dbi.reply_.data(), dbi.reply_.size());
@@ -98,11 +98,11 @@ SCRIPTED_EXPORT std::uint8_t TarnLiveStream_Start(Tarn::TTarnLiveStream*) {
   return TheDbi().Note(Function::kStart);
 }
 
-SCRIPTED_EXPORT std::uint8_t TarnLiveStream_SetGenericDataCallback(Tarn::TTarnLiveStream*, std::uint32_t mode,
+SCRIPTED_EXPORT std::uint8_t TarnLiveStream_SetGenericDataCallback(Tarn::TTarnLiveStream* stream, std::uint32_t mode,
                                                                    IGenericDataReceivedCallback* callback) {
   if (mode == kRegisterDataCallback) {
     if (!TheDbi().Note(Function::kRegister)) return 0;
-    Functions::Register(TheDbi(), callback);
+    Functions::Register(TheDbi(), stream, callback);
   } else {
     const bool succeeds = TheDbi().Note(Function::kUnregister);
     Functions::Unregister(TheDbi(), callback);

@@ -29,9 +29,15 @@ class Dbi {
     const std::lock_guard guard(lock_);
     calls_.clear();
     failures_.clear();
-    requests_.clear();
+    lastRequest_.clear();
     reply_.clear();
     channelArgument_ = nullptr;
+    notesCalls_ = true;
+  }
+  /// For long runs: calls are not noted from now on.
+  void StopNotingCalls() {
+    const std::lock_guard guard(lock_);
+    notesCalls_ = false;
   }
   /// Every call of the function fails from now on.
   void Fail(Function function, Failure failure) {
@@ -56,7 +62,7 @@ class Dbi {
   }
   Bytes LastRequest() {
     const std::lock_guard guard(lock_);
-    return requests_.empty() ? Bytes() : requests_.back();
+    return lastRequest_;
   }
   void* ChannelArgument() { return channelArgument_; }
   int OpenReplies() {
@@ -68,13 +74,14 @@ class Dbi {
     return openStreams_;
   }
 
-  /// Delivers a block to the registered receiver, on the calling thread. False where none is registered.
-  bool Push(std::uint32_t messageType, const Bytes& block, std::int32_t blockKind = 2) {
+  /// Delivers a block to the receiver that was registered last, on the calling thread. A stream is what its finder was
+  /// given as server handle; null stands for any. False where no receiver is registered.
+  bool Push(std::uint32_t messageType, const Bytes& block, std::int32_t blockKind = 2, void* stream = nullptr) {
     return WithReceiver(
-        [&](auto& receiver) { receiver.OnGenericData(blockKind, messageType, block.data(), block.size()); });
+        stream, [&](auto& receiver) { receiver.OnGenericData(blockKind, messageType, block.data(), block.size()); });
   }
-  bool Detach() {
-    return WithReceiver([](auto& receiver) { receiver.OnDetach(); });
+  bool Detach(void* stream = nullptr) {
+    return WithReceiver(stream, [](auto& receiver) { receiver.OnDetach(); });
   }
 
   /// For the eight functions. True where the call shall succeed.
@@ -82,12 +89,13 @@ class Dbi {
 
  private:
   template <class Action>
-  bool WithReceiver(Action action) {
+  bool WithReceiver(void* stream, Action action) {
     IGenericDataReceivedCallback* receiver = nullptr;
     {
       const std::lock_guard guard(lock_);
-      if (receivers_.empty()) return false;
-      receiver = receivers_.back();
+      for (const Registration& registration : receivers_)
+        if (!stream || registration.stream == stream) receiver = registration.receiver;
+      if (!receiver) return false;
       receiver->AddRef();
     }
     action(*receiver);
@@ -100,9 +108,14 @@ class Dbi {
   std::mutex lock_;
   std::vector<Function> calls_;
   std::map<Function, Failure> failures_;
-  std::vector<Bytes> requests_;
+  Bytes lastRequest_;
+  bool notesCalls_ = true;
   Bytes reply_;
-  std::vector<IGenericDataReceivedCallback*> receivers_;  ///< in order of registration; one reference each
+  struct Registration {
+    void* stream;
+    IGenericDataReceivedCallback* receiver;
+  };
+  std::vector<Registration> receivers_;  ///< in order of registration; one reference each
   void* channelArgument_ = nullptr;
   int openReplies_ = 0;
   int openStreams_ = 0;

@@ -1,0 +1,83 @@
+/// A long run in one process: memory, threads and open replies stay where they were after warming up.
+/// TARN_SOAK_FACTOR multiplies its length; 50 makes 1,000,000 blocks and 100,000 commands.
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "wizard/finder_library.h"
+
+namespace wizard {
+namespace {
+
+/// Resident memory and threads of this process where the system tells, else zeroes.
+struct ProcessUse {
+  std::int64_t residentBytes = 0;
+  std::ptrdiff_t threads = 0;
+};
+
+ProcessUse GetProcessUse() {
+  ProcessUse use;
+  std::ifstream statm("/proc/self/statm");
+  std::int64_t total = 0, residentPages = 0;
+  if (statm >> total >> residentPages) use.residentBytes = residentPages * 4096;
+  std::error_code none;
+  const std::filesystem::directory_iterator tasks("/proc/self/task", none), end;
+  if (!none) use.threads = std::distance(tasks, end);
+  return use;
+}
+
+class SilentWizard : public OwnedByTest<INewCameraDataCallback> {
+ public:
+  HRESULT PictureReceived(const std::uint8_t*, std::uint64_t, BSTR text) override { return Count(text); }
+  HRESULT ValuesReceived(BSTR text, const std::uint64_t*, std::uint64_t) override { return Count(text); }
+  HRESULT CameraInfoReceived(std::uint32_t, ICameraInfo* camera, std::int32_t) override {
+    return Count(camera->GetVendorDisplayName());
+  }
+  std::int64_t count = 0;
+
+ private:
+  HRESULT Count(BSTR text) {
+    SysFreeString(text);
+    ++count;
+    return S_OK;
+  }
+};
+
+using Soak = WizardTest;
+
+TEST_F(Soak, MemoryAndThreadsStayWhereTheyWere) {
+  const char* const factor = std::getenv("TARN_SOAK_FACTOR");
+  const int rounds = 20 * (factor ? std::atoi(factor) : 1);
+  constexpr int kBlocks = 1000, kCommands = 100;
+  const FinderLibrary library;
+  const auto finder = library.MakeFinder();
+  SilentWizard wizard;
+  finder->SetNewCameraDataCallback(&wizard);
+  dbi.StopNotingCalls();
+  dbi.SetReply(ReadSample("reply-list-3.bin"));
+  const Bytes blocks[] = {ReadSample("block-1-picture.bin"), ReadSample("block-2-values.bin"),
+                          ReadSample("block-3-camera.bin"), ReadSample("block-3-cut.bin")};
+  const std::uint32_t types[] = {1, 2, 3, 3};
+  ProcessUse warm;
+  for (int round = 0; round < rounds; ++round) {
+    for (int i = 0; i < kBlocks; ++i) dbi.Push(types[i % 4], blocks[i % 4]);
+    for (int i = 0; i < kCommands; ++i) {
+      if (i % 2) {
+        finder->ListFoundCameras(nullptr);
+      } else {
+        finder->SendMacAddress(u"00:40:8C:00:00:01");
+      }
+    }
+    if (round == rounds / 4) warm = GetProcessUse();
+  }
+  const ProcessUse end = GetProcessUse();
+  EXPECT_EQ(wizard.count, std::int64_t{rounds} * kBlocks * 3 / 4);
+  EXPECT_EQ(end.threads, warm.threads);
+  EXPECT_LE(end.residentBytes, warm.residentBytes + (4 << 20));
+  RecordProperty("resident_bytes_warm", std::to_string(warm.residentBytes));
+  RecordProperty("resident_bytes_end", std::to_string(end.residentBytes));
+}
+
+}  // namespace
+}  // namespace wizard
