@@ -1,0 +1,186 @@
+#include "valuelist/variant_payloads.h"
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <limits>
+#include <mutex>
+#include <new>
+#include <unordered_map>
+#include <utility>
+
+#include "base/critical_section.h"
+#include "base/exceptions.h"
+#include "valuelist/buffer_pool.h"
+
+namespace Kestrel {
+namespace {
+
+using SharedCount = std::uint32_t;
+
+/// Buffers of values come from the small list, whatever their size.
+ReferencePointer<Buffer> BufferWith(std::span<const std::uint8_t> bytes) {
+  ReferencePointer<Buffer> buffer = GetBuffer(SmallBufferList);
+  buffer->Append(bytes.data(), bytes.size());
+  return buffer;
+}
+
+std::uint8_t* BlockOf(std::uint8_t* address) {
+  return address - sizeof(SharedCount);
+}
+
+std::atomic_ref<SharedCount> CountOf(std::uint8_t* address) {
+  return std::atomic_ref<SharedCount>(*std::launder(reinterpret_cast<SharedCount*>(BlockOf(address))));
+}
+
+/// The objects that values hold, by address. A value takes its reference before it is entered here and drops it after
+/// it was taken out, so whatever is found under the lock is alive.
+class HeldObjects {
+ public:
+  static HeldObjects& Get() {
+    static HeldObjects objects;
+    return objects;
+  }
+
+  void Add(ReferenceCounted* object) {
+    const std::lock_guard guard(lock_);
+    Holders& holders = holders_[AddressOf(object)];
+    holders.object = object;
+    ++holders.count;
+  }
+  void Remove(ReferenceCounted* object) {
+    const std::lock_guard guard(lock_);
+    const auto found = holders_.find(AddressOf(object));
+    if (--found->second.count == 0) holders_.erase(found);
+  }
+  /// Null where no value holds an object of that address.
+  ReferencePointer<ReferenceCounted> Find(std::uint64_t address) {
+    const std::lock_guard guard(lock_);
+    const auto found = holders_.find(address);
+    return ReferencePointer<ReferenceCounted>(found == holders_.end() ? nullptr : found->second.object);
+  }
+
+  static std::uint64_t AddressOf(const ReferenceCounted* object) { return std::bit_cast<std::uintptr_t>(object); }
+
+ private:
+  struct Holders {
+    ReferenceCounted* object = nullptr;
+    std::size_t count = 0;
+  };
+
+  CriticalSection lock_;
+  std::unordered_map<std::uint64_t, Holders> holders_;
+};
+
+}  // namespace
+
+BinaryData::BinaryData(const BinaryData& other) : exact_(other.buffer_ ? std::vector<std::uint8_t>() : other.exact_) {
+  if (other.buffer_ && other.buffer_->GetLength() > 0) buffer_ = BufferWith(other.buffer_->GetBytes());
+}
+
+BinaryData& BinaryData::operator=(BinaryData other) noexcept {
+  std::swap(buffer_, other.buffer_);
+  exact_.swap(other.exact_);
+  return *this;
+}
+
+std::span<const std::uint8_t> BinaryData::GetBytes() const {
+  return buffer_ ? buffer_->GetBytes() : std::span<const std::uint8_t>(exact_);
+}
+
+const ReferencePointer<Buffer>& BinaryData::GetBuffer() const {
+  if (!buffer_ && !exact_.empty()) buffer_ = BufferWith(exact_);
+  return buffer_;
+}
+
+std::uint8_t* BinaryData::Assign(const void* bytes, std::uint64_t n) {
+  const auto* const first = static_cast<const std::uint8_t*>(bytes);
+  return Hold(std::vector<std::uint8_t>(first, first + n));
+}
+
+std::uint8_t* BinaryData::AssignZeros(std::uint64_t n) {
+  return Hold(std::vector<std::uint8_t>(static_cast<std::size_t>(n)));
+}
+
+/// The bytes may have been made from the ones held so far, which go only here.
+std::uint8_t* BinaryData::Hold(std::vector<std::uint8_t> bytes) {
+  exact_ = std::move(bytes);
+  buffer_.Reset();
+  return exact_.data();
+}
+
+BlobPtr::BlobPtr(const void* address, std::uint64_t size)
+    : address_(const_cast<std::uint8_t*>(static_cast<const std::uint8_t*>(address))), size_(size) {}
+
+BlobPtr BlobPtr::AllocateShared(std::uint64_t size) {
+  if (size > std::numeric_limits<std::size_t>::max() - sizeof(SharedCount)) throw std::bad_alloc();
+  void* const block = ::operator new(sizeof(SharedCount) + static_cast<std::size_t>(size));
+  ::new (block) SharedCount{1};
+  return BlobPtr(static_cast<std::uint8_t*>(block) + sizeof(SharedCount), size, Kind::Shared);
+}
+
+BlobPtr BlobPtr::Unreadable(std::uint64_t address, std::uint64_t size) {
+  return BlobPtr(std::bit_cast<std::uint8_t*>(static_cast<std::uintptr_t>(address)), size, Kind::Unreadable);
+}
+
+BlobPtr::BlobPtr(const BlobPtr& other) noexcept : address_(other.address_), size_(other.size_), kind_(other.kind_) {
+  if (IsShared()) CountOf(address_).fetch_add(1, std::memory_order_relaxed);
+}
+
+BlobPtr::BlobPtr(BlobPtr&& other) noexcept {
+  Swap(other);
+}
+
+BlobPtr& BlobPtr::operator=(BlobPtr other) noexcept {
+  Swap(other);
+  return *this;
+}
+
+BlobPtr::~BlobPtr() {
+  if (IsShared() && CountOf(address_).fetch_sub(1, std::memory_order_acq_rel) == 1)
+    ::operator delete(BlockOf(address_));
+}
+
+std::span<const std::uint8_t> BlobPtr::GetBytes() const {
+  if (kind_ == Kind::Unreadable) throw BufferException(kInvalidPointerRequest);
+  return {address_, static_cast<std::size_t>(size_)};
+}
+
+void BlobPtr::OwnBytes() {
+  if (kind_ != Kind::Borrowed || !address_) return;
+  BlobPtr own = AllocateShared(size_);
+  std::ranges::copy(GetBytes(), own.address_);
+  Swap(own);
+}
+
+void BlobPtr::Swap(BlobPtr& other) noexcept {
+  std::swap(address_, other.address_);
+  std::swap(size_, other.size_);
+  std::swap(kind_, other.kind_);
+}
+
+VariantReferencePointer::VariantReferencePointer(ReferenceCounted* object) : object_(object) {
+  if (object) HeldObjects::Get().Add(object);
+}
+
+VariantReferencePointer& VariantReferencePointer::operator=(VariantReferencePointer other) noexcept {
+  std::swap(object_, other.object_);
+  return *this;
+}
+
+VariantReferencePointer::~VariantReferencePointer() {
+  if (object_) HeldObjects::Get().Remove(object_.Get());
+}
+
+std::uint64_t VariantReferencePointer::GetAddress() const {
+  return HeldObjects::AddressOf(Get());
+}
+
+VariantReferencePointer VariantReferencePointer::FromAddress(std::uint64_t address) {
+  if (address == 0) return VariantReferencePointer();
+  const ReferencePointer<ReferenceCounted> object = HeldObjects::Get().Find(address);
+  if (!object) throw BufferException(kInvalidPointerRequest);
+  return VariantReferencePointer(object.Get());
+}
+
+}  // namespace Kestrel

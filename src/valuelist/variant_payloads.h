@@ -3,13 +3,15 @@
 
 #include <cstdint>
 #include <span>
+#include <utility>
+#include <vector>
 
 #include "base/reference_counting.h"
 #include "valuelist/buffer.h"
 
 namespace Kestrel {
 
-/// Bytes of a value, or none. Copies are deep.
+/// Bytes of a value, or none. Copies are deep; a copy of no bytes has no buffer.
 ///
 /// Bytes that were read from the wire are held exactly, in one block of their size: a pooled buffer takes a page of
 /// 4096 bytes even for one byte, and a hostile list can hold a great many of those. The buffer is made when somebody
@@ -18,25 +20,31 @@ class BinaryData {
  public:
   BinaryData() = default;
   /// Shares the buffer.
-  explicit BinaryData(ReferencePointer<Buffer> buffer);
+  explicit BinaryData(ReferencePointer<Buffer> buffer) : buffer_(std::move(buffer)) {}
   BinaryData(const BinaryData& other);
-  BinaryData(BinaryData&& other) noexcept;
+  BinaryData(BinaryData&& other) noexcept = default;
   BinaryData& operator=(BinaryData other) noexcept;
-  ~BinaryData();
 
+  /// Valid until the value, or its buffer, is changed.
   std::span<const std::uint8_t> GetBytes() const;
-  /// The value's own buffer; null where the value has no data.
+  /// The value's own buffer; null where the value has no data. May have to be made: not for two threads at once.
   const ReferencePointer<Buffer>& GetBuffer() const;
   /// Replaces the bytes by a copy, and returns where it lies.
   std::uint8_t* Assign(const void* bytes, std::uint64_t n);
+  /// Replaces the bytes by n zeros, and returns where they lie.
+  std::uint8_t* AssignZeros(std::uint64_t n);
 
  private:
+  std::uint8_t* Hold(std::vector<std::uint8_t> bytes);
+
+  /// Where it is set, it has the bytes. The exact block stays beside it for those who look at its bytes still.
   mutable ReferencePointer<Buffer> buffer_;
-  mutable std::uint8_t* exact_ = nullptr;
-  mutable std::uint64_t exactSize_ = 0;
+  std::vector<std::uint8_t> exact_;
 };
 
 /// A view of bytes: not owned, or in a shared block that begins 4 bytes before the address with an atomic 32-bit count.
+///
+/// A third kind comes from text: its address is a number that somebody wrote, kept to be shown and never followed.
 class BlobPtr {
  public:
   BlobPtr() = default;
@@ -44,6 +52,8 @@ class BlobPtr {
   BlobPtr(const void* address, std::uint64_t size);
   /// A new shared block of size uninitialised bytes, count 1.
   static BlobPtr AllocateShared(std::uint64_t size);
+  /// Size and address are reported as they are given; there are no bytes.
+  static BlobPtr Unreadable(std::uint64_t address, std::uint64_t size);
   BlobPtr(const BlobPtr& other) noexcept;
   BlobPtr(BlobPtr&& other) noexcept;
   BlobPtr& operator=(BlobPtr other) noexcept;
@@ -51,14 +61,22 @@ class BlobPtr {
 
   std::uint8_t* GetAddress() const { return address_; }
   std::uint64_t GetSize() const { return size_; }
-  bool IsShared() const { return shared_; }
-  /// Points at other bytes; the shared flag stays.
-  void Refer(const void* address, std::uint64_t size);
+  bool IsShared() const { return kind_ == Kind::Shared; }
+  /// Throws BufferException kInvalidPointerRequest where the address is not one to follow.
+  std::span<const std::uint8_t> GetBytes() const;
+  /// Points at other bytes, which are not owned. A shared block is let go: its count does not lie before those bytes.
+  void Refer(const void* address, std::uint64_t size) { *this = BlobPtr(address, size); }
+  /// Copies bytes that are not owned into a shared block, so that they may go away.
+  void OwnBytes();
 
  private:
+  enum class Kind : std::uint8_t { Borrowed, Shared, Unreadable };
+  BlobPtr(std::uint8_t* address, std::uint64_t size, Kind kind) : address_(address), size_(size), kind_(kind) {}
+  void Swap(BlobPtr& other) noexcept;
+
   std::uint8_t* address_ = nullptr;
   std::uint64_t size_ = 0;
-  bool shared_ = false;
+  Kind kind_ = Kind::Borrowed;
 };
 
 /// A reference on an object of this process, whose address is the payload.
@@ -70,17 +88,19 @@ class VariantReferencePointer {
  public:
   VariantReferencePointer() = default;
   explicit VariantReferencePointer(ReferenceCounted* object);
-  VariantReferencePointer(const VariantReferencePointer& other);
-  VariantReferencePointer(VariantReferencePointer&& other) noexcept;
+  VariantReferencePointer(const VariantReferencePointer& other) : VariantReferencePointer(other.Get()) {}
+  VariantReferencePointer(VariantReferencePointer&& other) noexcept = default;
   VariantReferencePointer& operator=(VariantReferencePointer other) noexcept;
   ~VariantReferencePointer();
 
-  ReferenceCounted* Get() const { return object_; }
+  ReferenceCounted* Get() const { return object_.Get(); }
+  /// The address as it is written.
+  std::uint64_t GetAddress() const;
   /// A reference on the object at an address that came in a payload.
   static VariantReferencePointer FromAddress(std::uint64_t address);
 
  private:
-  ReferenceCounted* object_ = nullptr;
+  ReferencePointer<ReferenceCounted> object_;
 };
 
 }  // namespace Kestrel
