@@ -1,7 +1,8 @@
 /// Kestrel::Variant: one value of one of 21 types.
 ///
 /// The value lies inline and the variant points at the traits of its type; everything is dispatched through that table
-/// (variant_traits.h). Copying is deep for binary data; a blob that was read from a buffer points into that buffer.
+/// (variant_traits.h). Copying is deep for binary data; a blob that was read from a buffer points into that buffer,
+/// until OwnBytes copies what it points at.
 ///
 /// Threads  No lock inside. The counts of shared blobs and of referenced objects are atomic, so copies of one value may
 ///          live on different threads.
@@ -10,22 +11,17 @@
 ///          payloads that cannot be a value. A failed FromString leaves the type unchanged.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <typeinfo>
 
-#include "base/date_time.h"
-#include "base/guid.h"
-#include "platform/clock.h"
-#include "valuelist/stream.h"
-#include "valuelist/variant_payloads.h"
-#include "valuelist/variant_types.h"
+#include "valuelist/variant_traits.h"
 
 namespace Kestrel {
-
-struct VariantTypeTraits;
 
 class Variant {
  public:
@@ -36,7 +32,8 @@ class Variant {
   explicit Variant(std::int16_t value);
   explicit Variant(std::uint16_t value);
   explicit Variant(std::uint32_t value);
-  explicit Variant(std::int32_t value);  ///< vtInt; a vtLong is made by Create(vtLong)
+  explicit Variant(std::int32_t value);  ///< vtInt
+  explicit Variant(VariantLong value);
   explicit Variant(std::int64_t value);
   explicit Variant(std::uint64_t value);  ///< reports vtInt64
   explicit Variant(float value);
@@ -55,43 +52,71 @@ class Variant {
   /// The default value of a tag; throws VariantInvalidTypeException for 21 and more.
   static Variant Create(std::uint8_t tag);
 
-  Variant(const Variant& other);
-  Variant(Variant&& other) noexcept;
-  Variant& operator=(const Variant& other);
-  Variant& operator=(Variant&& other) noexcept;
-  ~Variant();
+  Variant(const Variant& other) : traits_(other.traits_) {
+    if (traits_->bytesAreValue) {
+      std::memcpy(storage_, other.storage_, kStorageSize);
+    } else {
+      traits_->CopyConstruct(other.storage_, storage_);
+    }
+  }
+  /// The other keeps its type; its value is unspecified.
+  Variant(Variant&& other) noexcept : traits_(other.traits_) { MoveFrom(other); }
+  Variant& operator=(const Variant& other) { return *this = Variant(other); }
+  Variant& operator=(Variant&& other) noexcept {
+    if (this == &other) return *this;
+    Destroy();
+    traits_ = other.traits_;
+    MoveFrom(other);
+    return *this;
+  }
+  ~Variant() { Destroy(); }
 
-  std::uint8_t GetType() const;  ///< the tag that is written
-  const std::type_info& GetTypeInfo() const;
-  std::uint64_t GetSize() const;       ///< payload bytes
-  std::uint64_t GetFixedSize() const;  ///< payload bytes, or kVariableSize
-  void WriteRaw(std::uint8_t* payload) const;
+  std::uint8_t GetType() const { return traits_->GetType(); }  ///< the tag that is written
+  const std::type_info& GetTypeInfo() const { return traits_->GetTypeInfo(); }
+  std::uint64_t GetSize() const { return traits_->GetSize(storage_); }    ///< payload bytes
+  std::uint64_t GetFixedSize() const { return traits_->GetFixedSize(); }  ///< payload bytes, or kVariableSize
+  void WriteRaw(std::uint8_t* payload) const { traits_->WriteRaw(storage_, payload); }
   /// Builds the value from n payload bytes.
-  void ReadRaw(const std::uint8_t* payload, std::uint64_t n);
-  void ReadFromStream(IKestrelStream& stream);
-  void WriteToStream(IKestrelStream& stream) const;
+  void ReadRaw(const std::uint8_t* payload, std::uint64_t n) { traits_->ReadRaw(storage_, payload, n); }
+  void ReadFromStream(IKestrelStream& stream) { traits_->ReadFromStream(storage_, stream); }
+  void WriteToStream(IKestrelStream& stream) const { traits_->WriteToStream(storage_, stream); }
+  /// Makes the value independent of the buffer that it was read from: a blob gets a block of its own.
+  void OwnBytes();
 
-  std::string ToString() const;
-  void FromString(std::string_view text);
+  std::string ToString() const { return traits_->ToString(storage_); }
+  /// Replaces the value; the type stays.
+  void FromString(std::string_view text) { traits_->FromString(storage_, text); }
 
   /// The value converted to Target: unsigned char, bool, std::uint32_t, std::uint64_t, std::string or std::u16string.
   template <class Target>
   Target To() const;
 
-  /// The held value where it is a T exactly, else null. T is the held type of variant_types' tag.
+  /// The held value where it is a T exactly, else null. T is the held type of one of the tags.
   template <class T>
   const T* GetIf() const {
-    return GetTypeInfo() == typeid(T) ? static_cast<const T*>(static_cast<const void*>(storage_)) : nullptr;
+    return traits_ == &kVariantTraits[kTagOf<T>] ? static_cast<const T*>(static_cast<const void*>(storage_)) : nullptr;
   }
 
  private:
   struct BoolTag {};
   Variant(BoolTag, bool value);
   explicit Variant(const VariantTypeTraits& traits);
+  template <class T>
+  void Hold(T value);
 
-  /// A string is the largest held value.
-  static constexpr std::size_t kStorageSize = sizeof(std::string);
-  alignas(std::max_align_t) std::byte storage_[kStorageSize];
+  void MoveFrom(Variant& other) noexcept {
+    if (traits_->bytesAreValue) {
+      std::memcpy(storage_, other.storage_, kStorageSize);
+    } else {
+      traits_->moveConstruct(other.storage_, storage_);
+    }
+  }
+  void Destroy() noexcept {
+    if (!traits_->bytesAreValue) traits_->Destroy(storage_);
+  }
+
+  static constexpr std::size_t kStorageSize = kLargestHeldSize;
+  alignas(kHeldAlignment) std::byte storage_[kStorageSize];
   const VariantTypeTraits* traits_;
 };
 

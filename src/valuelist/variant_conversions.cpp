@@ -1,0 +1,85 @@
+#include "valuelist/variant_conversions.h"
+
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "valuelist/variant_text.h"
+#include "valuelist/variant_traits.h"
+
+namespace Kestrel {
+namespace {
+
+constexpr double kTwoToThe63 = 9223372036854775808.0;
+
+/// Truncates toward zero; what does not fit, or is no number, gives the lowest number of the type.
+template <class Signed>
+Signed Truncated(double number) {
+  using Limits = std::numeric_limits<Signed>;
+  constexpr double kEnd = -static_cast<double>(Limits::min());
+  return number >= -kEnd && number < kEnd ? static_cast<Signed>(number) : Limits::min();
+}
+
+template <class Target>
+Target FromFloating(double number) {
+  if constexpr (std::is_same_v<Target, bool>) return number != 0;
+  if constexpr (std::is_same_v<Target, unsigned char>) return static_cast<Target>(Truncated<std::int32_t>(number));
+  // The upper half of the 64-bit numbers is converted as the lower half, and put back.
+  if constexpr (std::is_same_v<Target, std::uint64_t>) {
+    if (number >= kTwoToThe63 && number < 2 * kTwoToThe63) {
+      return static_cast<Target>(Truncated<std::int64_t>(number - kTwoToThe63)) + (Target{1} << 63);
+    }
+  }
+  return static_cast<Target>(Truncated<std::int64_t>(number));
+}
+
+template <class Target>
+Target Parsed(std::string_view text) {
+  Target value{};
+  ParseText(text, value);
+  return value;
+}
+
+template <class Target, std::size_t kTag>
+Target Convert(const void* held) {
+  using Source = VariantHeldType<kTag>;
+  constexpr bool kNumber = std::is_arithmetic_v<Source> || std::is_same_v<Source, VariantLong>;
+  const Source& value = *static_cast<const Source*>(held);
+  if constexpr (std::is_same_v<Source, Target>) {
+    return value;
+  } else if constexpr (std::is_same_v<Source, std::string>) {
+    return Parsed<Target>(value);
+  } else if constexpr (!kNumber || !std::is_arithmetic_v<Target>) {
+    return Parsed<Target>(kVariantTraits[kTag].ToString(held));
+  } else if constexpr (std::is_floating_point_v<Source>) {
+    return FromFloating<Target>(value);
+  } else {
+    return static_cast<Target>(value);
+  }
+}
+
+template <class Target, std::size_t... kTags>
+constexpr auto MakeTable(std::index_sequence<kTags...>) {
+  return std::array{&Convert<Target, kTags>...};
+}
+/// Row number = tag of the source.
+template <class Target>
+constexpr auto kConversions = MakeTable<Target>(std::make_index_sequence<kVariantTypeCount>());
+
+}  // namespace
+
+template <class Target>
+Target ConvertHeld(std::size_t tag, const void* held) {
+  return kConversions<Target>[tag](held);
+}
+
+template unsigned char ConvertHeld(std::size_t, const void*);
+template bool ConvertHeld(std::size_t, const void*);
+template std::uint32_t ConvertHeld(std::size_t, const void*);
+template std::uint64_t ConvertHeld(std::size_t, const void*);
+template std::u16string ConvertHeld(std::size_t, const void*);
+
+}  // namespace Kestrel

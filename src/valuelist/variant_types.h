@@ -33,6 +33,9 @@ enum VariantType : std::uint8_t {
 };
 inline constexpr std::size_t kVariantTypeCount = 21;
 
+/// The held type of vtLong. It is a number like vtInt's, but a type of its own, as the two types are told apart by it.
+enum class VariantLong : std::int32_t {};
+
 /// A length of 32 bits stands before the payload.
 inline constexpr std::uint64_t kVariableSize = ~std::uint64_t{0};
 

@@ -1,0 +1,129 @@
+#include "valuelist/variant_text.h"
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include "base/base64.h"
+#include "base/date_time_parser.h"
+#include "base/date_time_text.h"
+#include "base/exceptions.h"
+#include "base/text_conversion.h"
+
+namespace Kestrel {
+namespace {
+
+using VariantExceptions::VariantStringConversionException;
+using VariantExceptions::VariantStringToValueConversionException;
+
+constexpr std::string_view kBinaryDataWord = "binarydata";
+constexpr std::string_view kBlobPtrWord = "blobptr";
+
+std::string LengthText(std::uint64_t length) {
+  return std::to_string(static_cast<std::uint32_t>(length));
+}
+
+/// 16 upper-case hexadecimal digits.
+std::string AddressText(const void* address) {
+  auto number = reinterpret_cast<std::uintptr_t>(address);
+  std::string text(16, '0');
+  for (auto digit = text.rbegin(); number != 0; ++digit, number /= 16) *digit = "0123456789ABCDEF"[number % 16];
+  return text;
+}
+
+template <class T>
+T ValueOr(std::optional<T> extracted, std::string_view text, const char* typeName) {
+  if (!extracted)
+    throw StringConversionException("Failed to convert [" + std::string(text) + "] into [" + typeName + "]");
+  return *extracted;
+}
+
+[[noreturn]] void ThrowNotA(std::string_view prefix, std::string_view text) {
+  throw VariantStringToValueConversionException(std::string(prefix) + std::string(text));
+}
+
+}  // namespace
+
+std::string TextOf(const std::u16string& value) {
+  const std::u16string_view text = value;
+  return WideToUtf8(text.substr(0, text.find(u'\0')));
+}
+
+std::string TextOf(const BinaryData& value) {
+  const auto bytes = value.GetBytes();
+  return std::string(kBinaryDataWord) + ' ' + LengthText(bytes.size()) + ' ' + Base64Encode(bytes.data(), bytes.size());
+}
+
+std::string TextOf(const BlobPtr& value) {
+  return std::string(kBlobPtrWord) + ' ' + LengthText(value.GetSize()) + AddressText(value.GetAddress());
+}
+
+std::string TextOf(const platform::FileTime& value) {
+  return SystemTimeToStr(FileTimeToSystemTime(value), dtsmSlashes);
+}
+
+std::string TextOf(TKestrelDateTime value) {
+  return BiasToStr(value);
+}
+
+std::string TextOf(const VariantReferencePointer& value) {
+  return value.Get() ? value.Get()->ToString() : "<nullref/>";
+}
+
+std::string TextOf(const Guid& value) {
+  return GuidToString(value);
+}
+
+void ParseText(std::string_view text, bool& value) {
+  std::string_view rest = text;
+  value = ValueOr(ExtractBool(rest), text, "bool");
+}
+
+void ParseText(std::string_view text, float& value) {
+  std::string_view rest = text;
+  value = ValueOr(ExtractFloat(rest), text, "float");
+}
+
+void ParseText(std::string_view text, std::u16string& value) {
+  value = Utf8ToWide(text);
+}
+
+void ParseText(std::string_view text, BinaryData& value) {
+  constexpr std::string_view kFailure = "Tried to convert string to BinaryData: std::string = ";
+  std::string_view rest = text;
+  if (ExtractWord(rest) != kBinaryDataWord) ThrowNotA(kFailure, text);
+  const std::optional<std::uint32_t> length = ExtractUInt32(rest);
+  std::vector<std::uint8_t> bytes;
+  if (length) Base64Decode(ExtractWord(rest), bytes);
+  if (length.value_or(0) > std::max<std::uint64_t>(bytes.size(), kMostUnfilledBytes)) ThrowNotA(kFailure, text);
+  bytes.resize(length.value_or(0));
+  value.Assign(bytes.data(), bytes.size());
+}
+
+void ParseText(std::string_view text, BlobPtr& value) {
+  std::string_view rest = text;
+  if (ExtractWord(rest) != kBlobPtrWord) ThrowNotA("Tried to convert string to BlobPtr: string = ", text);
+  const std::optional<std::uint32_t> size = ExtractUInt32(rest);
+  const std::optional<std::uint32_t> address = size ? ExtractUInt32(rest) : std::nullopt;
+  value = BlobPtr::Unreadable(address.value_or(0), size.value_or(0));
+}
+
+void ParseText(std::string_view text, platform::FileTime& value) try {
+  value = SystemTimeToFileTime(ParseSystemTime(Utf8ToWide(text)));
+} catch (...) {
+  throw VariantStringConversionException();
+}
+
+void ParseText(std::string_view text, TKestrelDateTime& value) {
+  value = ParseDateTime(Utf8ToWide(text));
+}
+
+void ParseText(std::string_view text, VariantReferencePointer&) {
+  ThrowNotA("Tried to read VariantReferencePointer from string", text);
+}
+
+void ParseText(std::string_view text, Guid& value) {
+  value = GuidFromString(text);
+}
+
+}  // namespace Kestrel
