@@ -1,0 +1,47 @@
+/// Reading an object of a scenario file by a table of its keys.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+#include "simulator/json_document.h"
+
+namespace simulator {
+
+template <class Target>
+struct Field {
+  std::string_view key;
+  void (*read)(const JsonCursor& value, Target& target);
+  bool required = false;
+};
+
+/// Reads the members in the order of the table, so that a row can rely on those above it wherever they stand in the
+/// file. A member without a row goes to readOther first, whose answer is whether it knew the key.
+template <class Target, std::size_t kCount, class ReadOther>
+void ReadObject(const JsonCursor& object, const std::array<Field<Target>, kCount>& fields, Target& target,
+                ReadOther readOther) {
+  const std::size_t count = object.MemberCount();
+  const auto& keys = object.Node().keys;
+  for (std::size_t i = 0; i < count; ++i) {
+    const bool hasRow = std::any_of(fields.begin(), fields.end(), [&](const auto& row) { return row.key == keys[i]; });
+    const JsonCursor value = object.Child(i);
+    if (!hasRow && !readOther(keys[i], value, target)) value.Fail("is no key of this object");
+  }
+  for (const Field<Target>& field : fields) {
+    const auto key = std::find(keys.begin(), keys.end(), field.key);
+    if (key != keys.end()) {
+      field.read(object.Child(static_cast<std::size_t>(key - keys.begin())), target);
+    } else if (field.required) {
+      object.FailAt(field.key, "is missing");
+    }
+  }
+}
+
+template <class Target, std::size_t kCount>
+void ReadObject(const JsonCursor& object, const std::array<Field<Target>, kCount>& fields, Target& target) {
+  ReadObject(object, fields, target, [](std::string_view, const JsonCursor&, Target&) { return false; });
+}
+
+}  // namespace simulator

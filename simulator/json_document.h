@@ -1,0 +1,68 @@
+/// JSON with line numbers, and a cursor over it that says what is wrong where.
+///
+/// Every mistake is one line: "path:line: key: what is wrong".
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace simulator {
+
+class ScenarioMistake : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+  ScenarioMistake(const std::string& path, std::size_t line, const std::string& key, std::string_view what);
+};
+
+struct JsonNode {
+  enum class Kind { kNull, kFlag, kNumber, kNegativeNumber, kReal, kText, kArray, kObject };
+
+  Kind kind = Kind::kNull;
+  std::size_t line = 0;  ///< where it begins
+  bool flag = false;
+  std::uint64_t number = 0;  ///< of kNumber
+  double real = 0;           ///< of every kind of number
+  std::string text;
+  std::vector<JsonNode> items;    ///< elements, or values of members
+  std::vector<std::string> keys;  ///< of an object, one per item
+};
+
+/// Throws ScenarioMistake for text that is not JSON, nested more than a few levels deep, or with a key given twice.
+JsonNode ParseJson(std::string_view text, const std::string& path);
+
+/// A place in a document. A cursor must not outlive the one it was taken from.
+class JsonCursor {
+ public:
+  JsonCursor(const JsonNode& root, const std::string& path) : node_(root), path_(path) {}
+
+  /// Elements of an array, members of an object. The two lists end the reading where the node is anything else.
+  std::size_t ElementCount() const;
+  std::size_t MemberCount() const;
+  JsonCursor Child(std::size_t index) const { return JsonCursor(node_.items[index], path_, this, index); }
+  const std::string& Key(std::size_t index) const { return node_.keys[index]; }
+
+  const JsonNode& Node() const { return node_; }
+  bool Flag() const;
+  const std::string& Text() const;
+  std::uint64_t Number(std::uint64_t lowest, std::uint64_t highest) const;
+
+  [[noreturn]] void Fail(std::string_view what) const;
+  /// About a member that is not there.
+  [[noreturn]] void FailAt(std::string_view key, std::string_view what) const;
+
+ private:
+  JsonCursor(const JsonNode& node, const std::string& path, const JsonCursor* parent, std::size_t index)
+      : node_(node), path_(path), parent_(parent), index_(index) {}
+  std::string KeyPath() const;
+
+  const JsonNode& node_;
+  const std::string& path_;
+  const JsonCursor* parent_ = nullptr;
+  std::size_t index_ = 0;
+};
+
+}  // namespace simulator

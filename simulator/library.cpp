@@ -1,0 +1,120 @@
+#include "simulator/library.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+#include "simulator/default_scenario.h"
+#include "simulator/scenario_reader.h"
+#include "valuelist/buffer_pool.h"
+
+namespace simulator {
+namespace {
+
+constexpr char kScenarioVariable[] = "TARN_SIMULATOR_SCENARIO";
+constexpr char kDefaultPath[] = "default scenario";
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string text{std::istreambuf_iterator<char>(file), {}};
+  if (!file.is_open() || file.bad()) throw ScenarioMistake(path + ": cannot be read");
+  return text;
+}
+
+}  // namespace
+
+/// Ends the library when it is unloaded or the process exits. Where threads were ended in the midst of something it
+/// leaves everything as it stands: their locks would never open.
+class LibraryHolder {
+ public:
+  LibraryHolder() : library_(new Library) {}
+  ~LibraryHolder() {
+    if (!library_->End()) return;
+    delete library_;
+    Kestrel::BufferPool::DestroySharedPool();
+  }
+  LibraryHolder(const LibraryHolder&) = delete;
+  LibraryHolder& operator=(const LibraryHolder&) = delete;
+
+  Library& Get() { return *library_; }
+
+ private:
+  Library* const library_;
+};
+
+Library& Library::Get() {
+  static LibraryHolder holder;
+  return holder.Get();
+}
+
+void Library::LoadScenario() {
+  const char* const variable = std::getenv(kScenarioVariable);
+  const bool isFile = variable && *variable;
+  std::string path = isFile ? variable : kDefaultPath;
+  std::string text = isFile ? ReadFile(path) : std::string(kDefaultScenario);
+  const std::lock_guard guard(lock_);
+  if (scenario_ && path == scenarioPath_ && text == scenarioText_) return;
+  auto scenario = std::make_shared<const Scenario>(ReadScenario(text, path));
+  faults_ = std::make_shared<FunctionFaults>(scenario);
+  scenario_ = std::move(scenario);
+  scenarioPath_ = std::move(path);
+  scenarioText_ = std::move(text);
+}
+
+Outcome Library::EnterCall(Function function) {
+  std::shared_ptr<FunctionFaults> faults;
+  {
+    const std::lock_guard guard(lock_);
+    faults = faults_;
+  }
+  return faults ? faults->EnterCall(function) : Outcome::kAsUsual;
+}
+
+Tarn::TTarnLiveStream* Library::CreateStream() {
+  const std::lock_guard guard(lock_);
+  auto stream = std::make_shared<Stream>(scenario_, threads_);
+  auto* const handle = reinterpret_cast<Tarn::TTarnLiveStream*>(stream.get());
+  streams_.emplace(handle, std::move(stream));
+  return handle;
+}
+
+std::shared_ptr<Stream> Library::FindStream(Tarn::TTarnLiveStream* handle) {
+  const std::lock_guard guard(lock_);
+  const auto found = streams_.find(handle);
+  if (found == streams_.end()) throw Refused(kUnknownHandle, "There is no such live stream");
+  return found->second;
+}
+
+std::shared_ptr<Stream> Library::RemoveStream(Tarn::TTarnLiveStream* handle) {
+  std::shared_ptr<Stream> stream = FindStream(handle);
+  const std::lock_guard guard(lock_);
+  streams_.erase(handle);
+  return stream;
+}
+
+void* Library::KeepReply(Kestrel::ReferencePointer<Kestrel::Buffer> reply) {
+  void* const bytes = reply->GetData();
+  const std::lock_guard guard(lock_);
+  replies_.emplace(bytes, std::move(reply));
+  return bytes;
+}
+
+void Library::ReleaseReply(void* bytes) {
+  Kestrel::ReferencePointer<Kestrel::Buffer> reply;
+  const std::lock_guard guard(lock_);
+  const auto found = replies_.find(bytes);
+  if (found == replies_.end()) throw Refused(kUnknownHandle, "There is no such reply");
+  std::swap(reply, found->second);
+  replies_.erase(found);
+}
+
+bool Library::End() {
+  return threads_.End([this] {
+    const std::lock_guard guard(lock_);
+    for (const auto& [handle, stream] : streams_) stream->Abandon();
+  });
+}
+
+}  // namespace simulator

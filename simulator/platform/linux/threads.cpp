@@ -1,0 +1,55 @@
+#include "simulator/platform/threads.h"
+
+#include <atomic>
+#include <list>
+#include <mutex>
+#include <thread>
+
+namespace simulator {
+namespace {
+
+struct Member {
+  std::thread thread;
+  std::atomic<bool> ended{false};
+};
+
+}  // namespace
+
+struct ThreadGroup::State {
+  std::mutex lock;
+  std::list<Member> members;
+};
+
+ThreadGroup::ThreadGroup() : state_(std::make_unique<State>()) {}
+
+ThreadGroup::~ThreadGroup() = default;
+
+void ThreadGroup::Start(std::function<void()> body) {
+  const std::lock_guard guard(state_->lock);
+  // Threads that have ended are collected here, so that streams that come and go do not pile them up.
+  state_->members.remove_if([](Member& member) {
+    if (!member.ended.load()) return false;
+    member.thread.join();
+    return true;
+  });
+  Member& member = state_->members.emplace_back();
+  try {
+    member.thread = std::thread([&member, run = std::move(body)]() mutable {
+      run();
+      run = nullptr;  // what the body holds goes before the thread counts as ended
+      member.ended.store(true);
+    });
+  } catch (...) {  // no thread: the list must not keep a member that never ends
+    state_->members.pop_back();
+    throw;
+  }
+}
+
+bool ThreadGroup::End(const std::function<void()>& askToEnd) {
+  askToEnd();
+  for (Member& member : state_->members) member.thread.join();
+  state_->members.clear();
+  return true;
+}
+
+}  // namespace simulator
