@@ -19,12 +19,11 @@ struct Column {
 constexpr std::array<Column, kCameraColumnCount> kColumns = {{
     {"MAC", 17, 17, [](const CameraSnapshot& camera, std::int32_t) { return camera.mac; }},
     {"IP", 15, 15, [](const CameraSnapshot& camera, std::int32_t) { return camera.ip; }},
-    {"DHCP", 6, 6,
-     [](const CameraSnapshot& camera, std::int32_t) { return std::string(camera.dhcp ? "dhcp" : "static"); }},
+    {"DHCP", 4, 4, [](const CameraSnapshot& camera, std::int32_t) { return std::string(camera.dhcp ? "yes" : "no"); }},
     {"Vendor", 6, 16, [](const CameraSnapshot& camera, std::int32_t) { return camera.vendor; }},
     {"Model", 8, 22, [](const CameraSnapshot& camera, std::int32_t) { return camera.model; }},
     {"Firmware", 6, 10, [](const CameraSnapshot& camera, std::int32_t) { return camera.firmware; }},
-    {"Plug-in", 5, 17, [](const CameraSnapshot& camera, std::int32_t) { return camera.plugin; }},
+    {"Plug-in", 8, 17, [](const CameraSnapshot& camera, std::int32_t) { return camera.plugin; }},
     {"Type", 4, 4, [](const CameraSnapshot&, std::int32_t type) { return std::to_string(type); }},
 }};
 constexpr std::size_t kMarkWidth = 2;
