@@ -2,11 +2,11 @@
 
 #include <array>
 
+#include "base/base64_avx2.h"
+
 namespace Kestrel {
 namespace {
 
-constexpr std::size_t kLineBytes = 57;
-constexpr std::size_t kLineCharacters = 76;
 constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 /// Meanings of a character that is not in the alphabet; all above the 6-bit values.
@@ -55,18 +55,37 @@ Char* EndLine(Char* text) {
 }
 
 template <class Char>
-Char* Encode(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
-  for (; byteCount >= kLineBytes; bytes += kLineBytes, byteCount -= kLineBytes) {
-    text = EndLine(EncodeGroups(bytes, kLineBytes, text));
-  }
-  text = EncodeGroups(bytes, byteCount, text);
-  // Padding fills the last line where two groups' worth of bytes less than a line are left.
-  return byteCount > kLineBytes - 3 ? EndLine(text) : text;
+void EncodeLines(const std::uint8_t* bytes, std::size_t lines, Char* text) {
+  for (; lines > 0; --lines, bytes += kBase64LineBytes) text = EndLine(EncodeGroups(bytes, kBase64LineBytes, text));
 }
 
-/// Decodes whole groups up to the first character that is not of the alphabet; moves both positions behind them.
 template <class Char>
-void DecodeGroups(const Char*& text, const Char* end, std::uint8_t*& bytes) {
+Char* Encode(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
+  const auto* const vectors = Base64VectorCodec<Char>::Find();
+  const std::size_t lines = byteCount / kBase64LineBytes;
+  if (vectors) {
+    vectors->encodeLines(bytes, lines, text);
+  } else {
+    EncodeLines(bytes, lines, text);
+  }
+  bytes += lines * kBase64LineBytes;
+  text += lines * (kBase64LineCharacters + 2);
+  const std::size_t rest = byteCount % kBase64LineBytes;
+  const std::size_t done = vectors ? vectors->encodePart(bytes, rest, text) : 0;
+  text = EncodeGroups(bytes + done, rest - done, text + done / 3 * 4);
+  // With its padding a rest of 55 or 56 bytes fills a line too.
+  return rest > kBase64LineBytes - 3 ? EndLine(text) : text;
+}
+
+/// Decodes whole groups up to a character that is not of the alphabet, except standard line ends; moves both positions
+/// behind them.
+template <class Char>
+void DecodeGroups(const Char*& text, const Char* end, std::uint8_t*& bytes, const Base64VectorCodec<Char>* vectors) {
+  if (vectors) {
+    const auto done = vectors->decode(text, static_cast<std::size_t>(end - text), bytes);
+    text += done.characters;
+    bytes += done.bytes;
+  }
   for (; end - text >= 4; text += 4, bytes += 3) {
     const std::uint32_t a = ValueOf(text[0]), b = ValueOf(text[1]), c = ValueOf(text[2]), d = ValueOf(text[3]);
     if ((a | b | c | d) > 63) return;
@@ -84,8 +103,9 @@ Base64Decoded Decode(std::basic_string_view<Char> whole, std::uint8_t* const byt
   std::uint32_t group = 0;  ///< values of a group that line ends or the text's end interrupt
   int pending = 0;          ///< how many
   bool success = true;
+  const auto* const vectors = Base64VectorCodec<Char>::Find();
   while (text < end) {
-    if (pending == 0) DecodeGroups(text, end, out);
+    if (pending == 0) DecodeGroups(text, end, out, vectors);
     if (text == end) break;
     const std::uint8_t value = ValueOf(*text++);
     if (value == kSkipped) continue;
@@ -109,7 +129,7 @@ Base64Decoded Decode(std::basic_string_view<Char> whole, std::uint8_t* const byt
 
 std::size_t Base64EncodedLength(std::size_t byteCount) {
   const std::size_t characters = (byteCount / 3 + (byteCount % 3 != 0)) * 4;
-  return characters + characters / kLineCharacters * 2;
+  return characters + characters / kBase64LineCharacters * 2;
 }
 
 char* Base64EncodeTo(const void* bytes, std::size_t byteCount, char* text) {

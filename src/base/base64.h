@@ -17,6 +17,9 @@
 
 namespace Kestrel {
 
+inline constexpr std::size_t kBase64LineCharacters = 76;
+inline constexpr std::size_t kBase64LineBytes = kBase64LineCharacters / 4 * 3;
+
 /// Characters that Base64EncodeTo writes for byteCount bytes, line ends included.
 std::size_t Base64EncodedLength(std::size_t byteCount);
 /// Writes exactly Base64EncodedLength(byteCount) characters to text and returns the end.
