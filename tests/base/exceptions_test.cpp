@@ -1,0 +1,123 @@
+#include "base/exceptions.h"
+
+#include <functional>
+#include <optional>
+#include <thread>
+
+#include "base/exception_history.h"
+#include "platform/errors.h"
+#include "thrown.h"
+
+namespace {
+
+thread_local std::uint32_t lastError = 0;
+}  // namespace
+
+namespace platform {
+
+std::uint32_t GetLastError() {
+  return lastError;
+}
+void SetLastError(std::uint32_t code) {
+  lastError = code;
+}
+std::uint32_t FormatMessageW(std::uint32_t code, char16_t** text) {
+  const std::u16string_view line = code == 2 ? u"Not föund\r\n" : code == 3 ? u"\r\n\n" : u"";
+  if (line.empty()) return 0;
+  *text = new char16_t[line.size()];
+  line.copy(*text, line.size());
+  return static_cast<std::uint32_t>(line.size());
+}
+void LocalFree(void* memory) {
+  delete[] static_cast<char16_t*>(memory);
+}
+
+}  // namespace platform
+
+namespace Kestrel {
+namespace {
+
+/// thrown: "class/code text"; wide: the text where it is not ASCII.
+void Expect(const char* className, const std::string& thrown, std::function<void()> raise, std::u16string wide = {}) {
+  EXPECT_EQ(ErrorOf(raise), thrown);
+  try {
+    raise();
+  } catch (const KestrelException& error) {
+    EXPECT_EQ(error.GetClassName(), std::string("class Kestrel::") + className);
+    if (wide.empty()) wide.assign(thrown.begin(), thrown.end());
+    EXPECT_TRUE(wide.ends_with(error.GetWideDescription())) << thrown;
+  }
+}
+
+template <class Exception, class... Arguments>
+std::function<void()> Raise(Arguments... arguments) {
+  return [=] { throw Exception(arguments...); };
+}
+
+TEST(Exceptions, CarryTheirClassCodeAndTexts) {
+  using namespace VariantExceptions;
+  Expect("KestrelException", "7/8 Gr\xF6\xDF", Raise<KestrelException>(7u, 8u, u"Größ", "more"), u"Größ");
+  Expect("KestrelException", "0/0 Gr\xF6\xDF", Raise<KestrelException>("Gr\xF6\xDF"), u"Größ");
+  Expect("EKestrelDateTime", "5/14 t", Raise<EKestrelDateTime>(dteTimeExpected, u"t"));
+  Expect("EKestrelDateTime", "5/3 y", Raise<EKestrelDateTime>(dteYear, "y"));
+  Expect("BufferException", "0/0 b", Raise<BufferException>("b"));
+  Expect("Text::InvalidFormatStringException", "0/0 bad : {",
+         Raise<Text::InvalidFormatStringException>("bad", u"{", 0u));
+  Expect("VariantExceptions::VariantInvalidTypeException", "0/0 VariantException",
+         Raise<VariantInvalidTypeException>());
+  Expect("VariantExceptions::VariantStringToValueConversionException", "0/0 v",
+         Raise<VariantStringToValueConversionException>("v"));
+  Expect("OutOfMemoryException", "4/0 Out of memory during allocation of 18446744073709551615 bytes in FlatMemory",
+         [] { ThrowOutOfMemory(0xFFFFFFFFFFFFFFFF); });
+}
+
+TEST(Exceptions, OfTheSystemHaveItsTextCodeAndContext) {
+  Expect(
+      "SystemException", "2/2 Not f\xF6und [ErrorCode #2] in GetModuleFileNameW",
+      [] { ThrowSystemError(2, "GetModuleFileNameW"); }, u"Not föund [ErrorCode #2] in GetModuleFileNameW");
+  Expect("SystemException", "2/3  [ErrorCode #3]", [] { ThrowSystemError(3, nullptr); });
+  Expect("SystemException", "2/2147942522 Unknown system error [ErrorCode #2147942522]",
+         [] { ThrowSystemError(0x8007007A, ""); });
+  platform::SetLastError(5);
+  Expect("SystemException", "2/5 Unknown system error [ErrorCode #5] in Here", [] { ThrowLastSystemError("Here"); });
+}
+
+TEST(Exceptions, OfThePlatformLibraryHaveItsClassName) {
+  const Tarn::DBIException error(3, 40, "CServerError", u"no €", "more");
+  EXPECT_EQ(error.GetClassName(), "CServerError");
+  EXPECT_EQ(ErrorOf([&] { throw error; }), ("3/40 no \x80"));
+  EXPECT_EQ(error.GetAdditionalText(), "more");
+}
+
+TEST(ExceptionHistory, KeepsTheLast512UnderTheRootsName) {
+  std::optional<ExceptionHistory> history(std::in_place);
+  const Tarn::DBIException first(3, 40, "CServerError", u"first", "x");
+  const KestrelException copy(first);
+  ASSERT_EQ(history->Entries().size(), 1u);  // copies are not recorded
+  EXPECT_EQ(history->Entries()[0].className, "class Kestrel::KestrelException");
+  EXPECT_EQ(history->Entries()[0].exception.GetAdditionalText(), "x");
+
+  for (int i = 2; i <= 512; ++i) BufferException(std::to_string(i));
+  EXPECT_EQ(history->Entries().front().exception.GetDescription(), "first");
+  BufferException("513");
+  EXPECT_EQ(history->Entries().size(), 512u);
+  EXPECT_EQ(history->Entries().front().exception.GetDescription(), "2");
+  EXPECT_EQ(history->Entries().back().exception.GetDescription(), "513");
+
+  history.reset();
+  EXPECT_STREQ(BufferException("afterwards").what(), "afterwards");
+}
+
+TEST(ExceptionHistory, TakesExceptionsOfSeveralThreads) {
+  const ExceptionHistory history;
+  const auto raise = [] {
+    for (int i = 0; i < 200; ++i) BufferException("b");
+  };
+  std::thread other(raise);
+  raise();
+  other.join();
+  EXPECT_EQ(history.Entries().size(), 400u);
+}
+
+}  // namespace
+}  // namespace Kestrel
