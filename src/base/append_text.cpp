@@ -1,0 +1,35 @@
+#include "base/append_text.h"
+
+#include <array>
+#include <charconv>
+
+#include "base/text_conversion.h"
+
+namespace Kestrel {
+namespace {
+
+void AppendDigits(std::u16string& target, auto number, int base) {
+  std::array<char, 24> digits;
+  const std::to_chars_result result = std::to_chars(digits.data(), digits.data() + digits.size(), number, base);
+  target.append(digits.data(), result.ptr);
+}
+
+}  // namespace
+
+void AppendText(std::u16string& target, std::string_view text) {
+  target += AnsiToWide(text);
+}
+
+void AppendNumber(std::u16string& target, std::int64_t number) {
+  AppendDigits(target, number, 10);
+}
+void AppendNumber(std::u16string& target, std::uint64_t number) {
+  AppendDigits(target, number, 10);
+}
+
+void AppendAddress(std::u16string& target, const void* address) {
+  if (address) target += u"0x";
+  AppendDigits(target, reinterpret_cast<std::uintptr_t>(address), 16);
+}
+
+}  // namespace Kestrel

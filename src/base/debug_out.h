@@ -1,0 +1,61 @@
+/// Kestrel::DebugOut: one diagnostic message, collected with << and written when the object ends.
+///
+///     DebugOut("NET", dolWarning) << "Camera " << address << " answered after " << milliseconds << " ms";
+///
+/// Whether it passes the filter is decided at creation where the settings are there already; a message that does not is
+/// never formatted and costs next to nothing. A statement belongs to one thread.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "base/append_text.h"
+#include "base/debug_out_settings.h"
+#include "base/debug_out_streamer.h"
+#include "base/output_target.h"
+#include "base/reference_counting.h"
+
+namespace Kestrel {
+
+class DebugOut final : public ReferenceCounted {
+ public:
+  /// source may be null; it must outlive the statement. level is a DebugOutLevel, flags are of DebugOutTarget.
+  /// May make the dispatcher, and throws what that throws.
+  DebugOut(const char* source, std::uint32_t level, std::uint32_t flags = dotDefault)
+      : record_{0, source, level}, flags_(flags), enabled_(Passes(source, level)) {
+    if (enabled_) Begin();
+  }
+  /// Finishes the statement. What a target throws then is lost.
+  ~DebugOut() override {
+    if (enabled_) FinishQuietly();
+  }
+
+  /// Appends a value as append_text.h describes.
+  template <class Value>
+  DebugOut& operator<<(const Value& value) {
+    if (enabled_) AppendText(text_, value);
+    return *this;
+  }
+
+  /// Writes what has been collected; the statement then takes nothing more. Throws SystemException where a target
+  /// cannot learn the name of a module.
+  void Finish();
+
+ private:
+  static bool Passes(const char* source, std::uint32_t level) {
+    const DebugOutSettings* const settings = DebugOutSettings::Get();
+    return !settings || settings->IsEnabled(source, level);
+  }
+
+  void Begin();
+  void Emit() const;
+  void FinishQuietly();
+
+  DebugOutRecord record_;
+  const std::uint32_t flags_;
+  bool enabled_;                                 ///< decided at creation; ends when the statement is finished
+  ReferencePointer<DebugOutStreamer> streamer_;  ///< null in a statement that is not enabled
+  std::u16string text_;
+};
+
+}  // namespace Kestrel

@@ -1,0 +1,19 @@
+#include "base/eventlog_output_streamer.h"
+
+#include "base/event_log.h"
+
+namespace Kestrel {
+namespace {
+
+EventLogCode CodeOf(std::uint32_t level) {
+  if (level == dolError) return elcError;
+  return level == dolWarning ? elcWarning : elcInformation;
+}
+
+}  // namespace
+
+void EventlogOutputStreamer::Write(const DebugOutRecord& record, const std::u16string& text) {
+  EventLog::Get()->Write(StandardLine(record, text), CodeOf(record.level));
+}
+
+}  // namespace Kestrel
