@@ -1,0 +1,48 @@
+/// Load and unload: the one object of the library that lives from the one to the other.
+#include "base/date_time.h"
+#include "base/debug_out_settings.h"
+#include "base/debug_out_streamer.h"
+#include "base/event_log.h"
+#include "base/exception_history.h"
+#include "base/network_startup.h"
+#include "platform/threads.h"
+#include "valuelist/buffer_pool.h"
+
+namespace {
+
+/// A step of the load that leaves nothing to undo.
+struct Step {
+  explicit Step(void (*run)()) { run(); }
+};
+
+/// The members are made in this order when the library is loaded, and go in reverse when it is unloaded. Both happen
+/// under the loader's lock, and at the end of a process after every other thread is gone: no lock is taken here but
+/// critical sections, which stay usable then.
+///
+/// A failing step does not keep the library from being loaded, except that the clock must answer.
+class Module {
+ public:
+  Module() = default;
+  /// First what was made on first use.
+  ~Module() {
+    platform::StopWorkers();
+    Kestrel::BufferPool::DestroySharedPool();
+    Kestrel::DebugOutStreamer::Destroy();
+    Kestrel::EventLog::Destroy();
+  }
+
+ private:
+  Kestrel::ExceptionHistory exceptionHistory_;
+  Step socketSettings_{Kestrel::ReadSocketSettings};
+  Step timerFrequency_{[] { Kestrel::GetKestrelTimerFrequency(); }};
+  Kestrel::SocketStartup socketStartup_;
+  Kestrel::SocketStartup addressResolutionStartup_;
+  Kestrel::AddressResolutionImport addressResolution_;
+  Step hostName_{Kestrel::LookUpHostName};
+  Kestrel::DebugOutSettings debugOutSettings_;
+  Kestrel::DebugOutReadyMark debugOutReadyMark_;
+};
+
+Module module;
+
+}  // namespace
