@@ -49,8 +49,8 @@ const std::string kExample =
     "00 00 31 30 2E 30 2E 30 2E 35 00";
 constexpr char kInvalidType[] = "VariantExceptions::VariantInvalidTypeException: VariantException";
 constexpr char16_t kExampleText[] =
-    u"VkxJUwsBAAAAAAIAAAALBAAAAENNRAAGBgAAAAsMAAAAR2V0SW5mb0J5SXAACwkAAAAx\r\n"
-    u"MC4wLjAuNQA=";
+    u"VkxJUwsBAAAAAAIAAAALBAAAAENNRAAGBgAAAAsMAAAAR2V0SW5mb0J5SXAACwkAAAAxMC4wLjAu\r\n"
+    u"NQA=";
 
 ValueList Example() {
   ValueList list;
@@ -145,18 +145,19 @@ TEST(ValueListRead, RefusesEveryPrefixAndKeepsWholeEntries) {
 }
 
 TEST(ValueListRead, HoldsNoMoreThanTheBytesJustify) {
-  for (const std::string entry :
+  for (const std::string digits :
        {"02 01 02 02", "02 01 0D 00000000", "02 01 0D 01000000 07", "08 0000000000000080 00 01"}) {
+    const std::string entry = Hex(digits);
     for (const std::string count : {"A0860100", "FFFFFFFF"}) {  // 100,000, and more than there are
       std::string bytes = Hex(kUnnamed + count);
-      for (int i = 0; i < 100'000; ++i) bytes += Hex(entry);
+      for (int i = 0; i < 100'000; ++i) bytes += entry;
       const auto buffer = Holding(bytes);
       fakes::ResetHeapPeak();
       const std::int64_t before = fakes::GetHeapUse().bytes;
       ValueList list;
       EXPECT_EQ(ErrorOf([&] { list.Read(*buffer); }), count == "FFFFFFFF" ? kTooFewBytes : "");
       EXPECT_EQ(list.GetEntries().size(), 100'000u);
-      EXPECT_LT((fakes::GetHeapUse().peak - before) / static_cast<std::int64_t>(bytes.size()), 32) << entry;
+      EXPECT_LT((fakes::GetHeapUse().peak - before) / static_cast<std::int64_t>(bytes.size()), 32) << digits;
     }
   }
 }
