@@ -89,7 +89,7 @@ TEST_F(FinderBlock, OfPictureOrValuesIsDeliveredOnlyWhenItIsWhole) {
       {"no picture", 1, Block().Text(5, "c"), kNothing},
       {"what stands behind the end", 1, Block().Text(5, "c").Number(0, 4).Raw(6, kPicture), kNothing},
       {"one byte before a tag", 1, Block().Text(5, "c").Raw(6, kPicture).Number(0, 1), kNothing},
-      {"cut in a length", 1, Block().Text(5, "c").Raw(6, kPicture).Number(6, 11), kNothing},
+      {"cut in a length", 1, Block().Text(5, "c").Raw(6, kPicture).Number(6, 4).Number(0, 7), kNothing},
       {"picture cut", 1, Block().Text(5, "c").Chunk(6, 5, kPicture), kNothing},
       {"length that wraps", 1, Block().Text(5, "c").Chunk(6, kMost, kPicture), kNothing},
       {"unknown chunk with a length that wraps", 1, Block().Text(5, "c").Raw(6, kPicture).Chunk(99, kMost), kNothing},

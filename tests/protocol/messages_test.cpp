@@ -13,8 +13,7 @@ template <class Message>
 Bytes RequestOf(Message message) {
   Kestrel::ValueList command;
   Serialize(command, Direction::kWrite, message);
-  const auto bytes = EncodeRequest(command)->GetBytes();
-  return {bytes.begin(), bytes.end()};
+  return BytesOf(*EncodeRequest(command));
 }
 
 /// The payload of a recorded request, read into a message that holds something else.
@@ -102,8 +101,7 @@ TEST(FinderReply, IsWrittenAsRecordedByteForByte) {
   Serialize(reply, Direction::kRead, message);
   Kestrel::ValueList rewritten;
   WriteRecordList(rewritten, kCameraInfoListKey, message.cameras);
-  const auto bytes = EncodeReply(rewritten)->GetBytes();
-  EXPECT_EQ(Bytes(bytes.begin(), bytes.end()), recorded);
+  EXPECT_EQ(BytesOf(*EncodeReply(rewritten)), recorded);
 }
 
 }  // namespace

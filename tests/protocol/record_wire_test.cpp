@@ -116,7 +116,7 @@ TEST(RecordEntries, ConvertFromAnyTypeAndTheFirstOfANameCounts) {
 
 CameraRecord FullRecord() {
   CameraRecord record(CameraLogin("", "p\xC3\xA4ss", 255), CameraNetwork{"m", "n", {"", "x"}, "i", "s", "g", 0},
-                      CameraProduct({"one", "two"}, std::string(300, 'v'), "model", "firmware", "serial"));
+                      CameraProduct({"one", "two"}, "vendor", "model", "firmware", "serial"));
   record.icb = record.pcl = true;
   record.vendorTypeMask = 0xFEDCBA9876543210;
   return record;
@@ -140,8 +140,7 @@ Bytes ThreeCameras() {
   WriteRecordList(list, kCameraInfoListKey, records);
   const auto buffer = Kestrel::GetBuffer(Kestrel::SmallBufferList);
   list.Write(*buffer);
-  const auto bytes = buffer->GetBytes();
-  return {bytes.begin(), bytes.end()};
+  return BytesOf(*buffer);
 }
 
 TEST(FirstRecord, IsTheFirstOfTheListAndTheWholeListIsChecked) {

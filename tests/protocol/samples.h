@@ -10,10 +10,15 @@
 
 #include "protocol/camera_record.h"
 #include "tarn/camera_finding.h"
+#include "valuelist/buffer.h"
 
 namespace Tarn::CameraFinding {
 
 using Bytes = std::vector<std::uint8_t>;
+
+inline Bytes BytesOf(const Kestrel::Buffer& buffer) {
+  return {buffer.GetBytes().begin(), buffer.GetBytes().end()};
+}
 
 Bytes ReadSample(const std::string& name);
 const nlohmann::json& ExpectedOfSamples();
