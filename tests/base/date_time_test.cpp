@@ -96,10 +96,32 @@ TEST(DateTimeText, HasTheFixedForms) {
   EXPECT_EQ(Shown({m, m, m, m, m, m, m, m}), "65535-65535-65535 65535:65535:65535.65535");
 }
 
-TEST(DateTimeText, RefusesOtherModesAndFormats) {
-  for (const std::uint32_t mode : {3u, 0xFFu, 3u | dtsmSlashes, 0x30000u, 0xFF0000u}) {
-    EXPECT_TRUE(ErrorOf([mode] { SystemTimeToStr({2024, 5, 3, 1, 0, 0, 0, 0}, mode); }).starts_with("5/2 ")) << mode;
+TEST(DateTimeText, TakesTheLocaleFormsFromTheSystem) {
+  const platform::SystemTime value = {2024, 3, 1, 4, 13, 5, 9, 0};
+  const auto date = [&](std::uint32_t flags, const char16_t* picture) {
+    char16_t text[100];
+    return std::u16string(text, platform::GetDateFormatW(flags, value, picture, text, 100) - 1u);
+  };
+  const auto time = [&](std::uint32_t flags) {
+    char16_t text[100];
+    return std::u16string(text, platform::GetTimeFormatW(flags, value, text, 100) - 1u);
+  };
+  EXPECT_EQ(SystemTimeToWideStr(value, dtsmDateTime), date(platform::DATE_SHORTDATE, nullptr) + u" " + time(0));
+  EXPECT_EQ(SystemTimeToWideStr(value, dtsmDate | dtsmLongDate), date(platform::DATE_LONGDATE, nullptr));
+  EXPECT_EQ(SystemTimeToWideStr(value, dtsmDate | dtsmDayOfWeek | dtsmLongDate), date(0, u"ddd"));
+  EXPECT_EQ(SystemTimeToWideStr(value, dtsmTime | dtsmNoSeconds | dtsmQuoted), time(platform::TIME_NOSECONDS));
+}
+
+TEST(DateTimeText, NamesWhatFailed) {
+  const auto error = [](std::uint16_t month, std::uint16_t hour, std::uint32_t mode) {
+    return SystemErrorOf([=] { SystemTimeToStr({2024, month, 0, 1, hour, 0, 0, 0}, mode); });
+  };
+  EXPECT_EQ(error(13, 0, dtsmDateTime), "2/87 [ErrorCode #87] in TKestrelDateTime::SystemTimeToStr::GetDateFormat");
+  EXPECT_EQ(error(1, 24, dtsmDateTime), "2/87 [ErrorCode #87] in TKestrelDateTime::SystemTimeToStr::GetTimeFormat");
+  for (const std::uint32_t mode : {3u, 0xFFu, 3u | dtsmSlashes}) {
+    EXPECT_EQ(error(1, 0, mode), "5/2 Invalid mode of date/time string.");
   }
+  EXPECT_EQ(error(1, 0, 0x30000), "5/2 Invalid format of date/time string.");
 }
 
 TEST(TimeZones, FindTheYear) {
