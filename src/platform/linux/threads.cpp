@@ -2,41 +2,65 @@
 
 #include <linux/futex.h>
 #include <pthread.h>
+#include <sched.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <new>
 
 namespace platform {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
+/// Two system calls and a wake-up take about as long; to watch for longer cannot pay.
+constexpr std::chrono::microseconds kLongestWatch{20};
+
+void Relax() {
+#if defined(__x86_64__) || defined(__i386__)
+  __builtin_ia32_pause();
+#endif
+}
+
 /// A signal from one thread to one other: a word that the setter sets and the waiter takes back. The system is called
 /// only where the waiter sleeps.
 class Signal {
  public:
-  void Set() {
-    if (state_.exchange(kSet, std::memory_order_acq_rel) == kAsleep)
-      syscall(SYS_futex, &state_, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+  /// True where the waiter was seen watching, so that it runs at this moment.
+  bool Set() {
+    const std::uint32_t before = state_.exchange(kSet, std::memory_order_acq_rel);
+    if (before == kAsleep) syscall(SYS_futex, &state_, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+    return before == kWatched;
   }
 
-  void Wait() {
-    std::uint32_t seen = kClear;
-    while (!TakeIfSet()) {
-      if (state_.compare_exchange_strong(seen, kAsleep, std::memory_order_relaxed) || seen == kAsleep)
-        syscall(SYS_futex, &state_, FUTEX_WAIT_PRIVATE, kAsleep, nullptr, nullptr, 0);
-      seen = kClear;
+  /// watch: look out for the signal for a while before going to sleep.
+  void Wait(bool watch) {
+    if (watch) Watch();
+    std::uint32_t seen = state_.load(std::memory_order_acquire);
+    while (seen != kSet) {
+      if (seen != kAsleep && !state_.compare_exchange_weak(seen, kAsleep, std::memory_order_acquire)) continue;
+      syscall(SYS_futex, &state_, FUTEX_WAIT_PRIVATE, kAsleep, nullptr, nullptr, 0);
+      seen = state_.load(std::memory_order_acquire);
     }
+    state_.store(kClear, std::memory_order_relaxed);
   }
 
  private:
-  static constexpr std::uint32_t kClear = 0, kSet = 1, kAsleep = 2;
+  static constexpr std::uint32_t kClear = 0, kSet = 1, kAsleep = 2, kWatched = 3;
 
-  bool TakeIfSet() {
-    if (state_.load(std::memory_order_acquire) != kSet) return false;
-    state_.store(kClear, std::memory_order_relaxed);
-    return true;
+  void Watch() {
+    std::uint32_t seen = kClear;
+    if (!state_.compare_exchange_strong(seen, kWatched, std::memory_order_relaxed)) return;
+    const auto end = Clock::now() + kLongestWatch;
+    do {
+      for (int i = 0; i < 16; ++i) {
+        if (state_.load(std::memory_order_relaxed) == kSet) return;
+        Relax();
+      }
+    } while (Clock::now() < end);
   }
 
   std::atomic<std::uint32_t> state_{kClear};
@@ -44,23 +68,33 @@ class Signal {
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(Signal) == sizeof(std::uint32_t));
 
 /// A kept thread. Its deliverer fills in the task, signals start and waits for finished; so each field has one writer
-/// at a time. No task means that the thread is to leave.
+/// at a time. No task means that the thread is to leave. The two sides write to cache lines of their own.
 struct Worker {
-  Signal start;
-  Signal finished;
+  alignas(64) Signal start;
   void (*task)(void*) = nullptr;
   void* context = nullptr;
-  Worker* next = nullptr;
+  int delivererProcessor = -1;
+  bool mayWatch = false;
+  alignas(64) Signal finished;
+  alignas(64) Worker* next = nullptr;
   pthread_t thread{};
 };
 
+/// Between tasks the thread watches for the next one, which then costs no system call on either side; but only where
+/// that can pay: when tasks follow closely, and the deliverer was last seen on another processor. On the same one it
+/// needs the processor that the watching would take.
 void* WorkerMain(void* argument) {
   auto* const worker = static_cast<Worker*>(argument);
+  bool watch = false;
+  Clock::time_point idleSince = Clock::now();
   for (;;) {
-    worker->start.Wait();
+    worker->start.Wait(watch);
     if (!worker->task) return nullptr;
+    const bool closely = Clock::now() - idleSince < kLongestWatch;
     worker->task(worker->context);
+    watch = closely && worker->mayWatch && sched_getcpu() != worker->delivererProcessor;
     worker->finished.Set();
+    idleSince = Clock::now();
   }
 }
 
@@ -138,8 +172,10 @@ bool RunOnWorkerAndWait(void (*task)(void*), void* context) {
   if (!worker) return false;
   worker->task = task;
   worker->context = context;
-  worker->start.Set();
-  worker->finished.Wait();
+  worker->delivererProcessor = sched_getcpu();
+  worker->mayWatch = true;
+  const bool watched = worker->start.Set();
+  worker->finished.Wait(watched);
   idleWorkers.Put(worker);
   return true;
 }

@@ -7,27 +7,45 @@
 namespace platform {
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "the block functions take the first unit from the low bits");
+static_assert(std::endian::native == std::endian::little, "the first unit of a word is in its low bits");
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-/// Texts are ASCII for the most part: it goes by blocks.
-constexpr std::size_t kBlock = 16;
+/// Texts are ASCII for the most part, and ASCII goes by blocks: 16 bytes of the source in one register.
+using Block [[gnu::vector_size(16)]] = unsigned char;
+template <class Unit>
+constexpr std::size_t kBlockUnits = sizeof(Block) / sizeof(Unit);
 
-/// The counting forms have no target: the same code runs, and what it would store is left out.
+Block Load(const void* from) {
+  Block block;
+  std::memcpy(&block, from, sizeof block);
+  return block;
+}
+
+void StoreAscii(const unsigned char* from, char16_t* target) {
+  const Block bytes = Load(from), zero{};
+  const Block units[] = {
+      __builtin_shufflevector(bytes, zero, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23),
+      __builtin_shufflevector(bytes, zero, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31)};
+  std::memcpy(target, units, sizeof units);
+}
+
+void StoreAscii(const char16_t* from, char* target) {
+  const Block units = Load(from), zero{};
+  const Block bytes = __builtin_shufflevector(units, zero, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+  std::memcpy(target, &bytes, sizeof bytes / 2);
+}
+
 template <class Unit>
 class Writer {
  public:
   Writer(Unit* target, std::size_t room) : start_(target), next_(target), end_(target + room) {}
+  bool HasRoom(std::size_t units) const { return static_cast<std::size_t>(end_ - next_) >= units; }
   void Put(char32_t unit) { *next_++ = static_cast<Unit>(unit); }
-  /// Room for a whole block.
-  bool HasBlock() const { return static_cast<std::size_t>(end_ - next_) >= kBlock; }
-  /// Stores a block of which count units are taken.
+  /// Stores a whole block and keeps count units of it.
   template <class From>
-  void PutBlock(const From (&block)[kBlock], std::size_t count) {
-    Unit converted[kBlock];
-    for (std::size_t i = 0; i < kBlock; ++i) converted[i] = static_cast<Unit>(block[i]);
-    std::memcpy(next_, converted, sizeof converted);
+  void PutAscii(const From* block, std::size_t count) {
+    StoreAscii(block, next_);
     next_ += count;
   }
   std::size_t Count() const { return static_cast<std::size_t>(next_ - start_); }
@@ -38,12 +56,13 @@ class Writer {
   Unit* end_;
 };
 
+/// A writer without a target.
 class Counter {
  public:
+  bool HasRoom(std::size_t) const { return true; }
   void Put(char32_t) { ++count_; }
-  bool HasBlock() const { return true; }
   template <class From>
-  void PutBlock(const From (&)[kBlock], std::size_t count) {
+  void PutAscii(const From*, std::size_t count) {
     count_ += count;
   }
   std::size_t Count() const { return count_; }
@@ -52,118 +71,154 @@ class Counter {
   std::size_t count_ = 0;
 };
 
-/// How many units at the beginning of a block are ASCII, by the bits that no ASCII unit has.
-template <class Unit, std::uint64_t kHighBits>
-std::size_t AsciiUnits(const Unit (&block)[kBlock]) {
-  constexpr std::size_t kPerWord = sizeof(std::uint64_t) / sizeof(Unit);
-  for (std::size_t i = 0; i < kBlock; i += kPerWord) {
-    std::uint64_t word;
-    std::memcpy(&word, block + i, sizeof word);
-    word &= kHighBits;
-    if (word) return i + static_cast<std::size_t>(std::countr_zero(word)) / (8 * sizeof(Unit));
+/// The bits that no ASCII unit has, in every unit of a word.
+template <class Unit>
+constexpr std::uint64_t kNotAscii = sizeof(Unit) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;
+
+/// Units at the beginning of a block that are ASCII.
+template <class Unit>
+std::size_t AsciiUnits(const Unit* block) {
+  std::uint64_t words[2];
+  std::memcpy(words, block, sizeof words);
+  words[0] &= kNotAscii<Unit>;
+  words[1] &= kNotAscii<Unit>;
+  if ((words[0] | words[1]) == 0) return kBlockUnits<Unit>;
+  const int bits = words[0] ? std::countr_zero(words[0]) : 64 + std::countr_zero(words[1]);
+  return static_cast<std::size_t>(bits) / (8 * sizeof(Unit));
+}
+
+constexpr std::size_t kLongRun = 4;  // blocks
+
+template <class Unit>
+bool IsLongRun(const Unit* from) {
+  Block bits{};
+  for (std::size_t i = 0; i < kLongRun; ++i) bits |= Load(from + i * kBlockUnits<Unit>);
+  std::uint64_t words[2];
+  std::memcpy(words, &bits, sizeof words);
+  return ((words[0] | words[1]) & kNotAscii<Unit>) == 0;
+}
+
+/// Copies ASCII up to the first other unit, or to where less than a block is left. Returns the place reached.
+template <class Unit, class Output>
+const Unit* CopyAscii(const Unit* next, const Unit* end, Output& output) {
+  constexpr std::size_t kUnits = kBlockUnits<Unit>;
+  const auto has = [&](std::size_t units) {
+    return static_cast<std::size_t>(end - next) >= units && output.HasRoom(units);
+  };
+  while (has(kUnits)) {
+    const std::size_t ascii = AsciiUnits(next);
+    output.PutAscii(next, ascii);
+    next += ascii;
+    if (ascii < kUnits) break;
+    while (has(kLongRun * kUnits) && IsLongRun(next))
+      for (std::size_t i = 0; i < kLongRun; ++i, next += kUnits) output.PutAscii(next, kUnits);
   }
-  return kBlock;
+  return next;
 }
 
 bool IsContinuation(unsigned char byte) {
   return (byte & 0xC0) == 0x80;
 }
 
+/// A sequence that was decoded, or the maximal part of an invalid one with its replacement.
+struct Sequence {
+  char32_t character;
+  std::ptrdiff_t length;
+};
+
+/// Length of the sequence that a byte begins, and the range of its second byte, which excludes overlong forms,
+/// surrogates and what lies above U+10FFFF. Length 1: none begins so.
 struct LeadByte {
-  int length;            ///< of the sequence; 0: no sequence begins so
-  unsigned char lowest;  ///< of the second byte
+  std::ptrdiff_t length;
+  unsigned char lowest;
   unsigned char highest;
 };
 
-/// The second byte's range excludes overlong forms, surrogates and what lies above U+10FFFF.
-LeadByte LeadByteOf(unsigned char byte) {
-  if (byte < 0xC2 || byte > 0xF4) return {0, 0, 0};
+constexpr LeadByte LeadByteOf(unsigned char byte) {
+  if (byte < 0xC2 || byte > 0xF4) return {1, 0, 0};
   if (byte < 0xE0) return {2, 0x80, 0xBF};
-  if (byte < 0xF0)
-    return {3, static_cast<unsigned char>(byte == 0xE0 ? 0xA0 : 0x80),
-            static_cast<unsigned char>(byte == 0xED ? 0x9F : 0xBF)};
-  return {4, static_cast<unsigned char>(byte == 0xF0 ? 0x90 : 0x80),
-          static_cast<unsigned char>(byte == 0xF4 ? 0x8F : 0xBF)};
+  if (byte == 0xE0) return {3, 0xA0, 0xBF};
+  if (byte == 0xED) return {3, 0x80, 0x9F};
+  if (byte < 0xF0) return {3, 0x80, 0xBF};
+  if (byte == 0xF0) return {4, 0x90, 0xBF};
+  if (byte == 0xF4) return {4, 0x80, 0x8F};
+  return {4, 0x80, 0xBF};
 }
 
-/// Takes the sequence that begins at next, or its maximal part where it is invalid.
-char32_t TakeSequence(const unsigned char*& next, const unsigned char* end) {
-  const unsigned char first = *next++;
-  const LeadByte lead = LeadByteOf(first);
-  if (lead.length == 0 || next == end || *next < lead.lowest || *next > lead.highest) return kReplacement;
-  char32_t character = first & (0x7F >> lead.length);
-  for (int i = 1; i < lead.length; ++i, ++next) {
-    if (next == end || !IsContinuation(*next)) return kReplacement;
-    character = character << 6 | (*next & 0x3F);
+/// Requires a byte above 0x7F.
+Sequence Decode(const unsigned char* from, const unsigned char* end) {
+  const LeadByte lead = LeadByteOf(*from);
+  const std::ptrdiff_t left = end - from;
+  if (lead.length == 1 || left < 2 || from[1] < lead.lowest || from[1] > lead.highest) return {kReplacement, 1};
+  char32_t character = (*from & (0x7FU >> lead.length)) << 6 | (from[1] & 0x3FU);
+  for (std::ptrdiff_t i = 2; i < lead.length; ++i) {
+    if (i == left || !IsContinuation(from[i])) return {kReplacement, i};
+    character = character << 6 | (from[i] & 0x3FU);
   }
-  return character;
+  return {character, lead.length};
 }
 
 template <class Output>
 std::size_t FromUtf8(std::string_view utf8, Output output) {
   auto next = reinterpret_cast<const unsigned char*>(utf8.data());
   const auto end = next + utf8.size();
-  while (next != end) {
-    if (static_cast<std::size_t>(end - next) >= kBlock && output.HasBlock()) {
-      unsigned char block[kBlock];
-      std::memcpy(block, next, sizeof block);
-      const std::size_t ascii = AsciiUnits<unsigned char, 0x8080808080808080>(block);
-      output.PutBlock(block, ascii);
-      next += ascii;
-      if (ascii == kBlock) continue;
-    }
-    if (*next < 0x80) {
-      output.Put(*next++);
-      continue;
-    }
-    const char32_t character = TakeSequence(next, end);
-    if (character < 0x10000) {
-      output.Put(character);
-    } else {
-      output.Put(0xD7C0 + (character >> 10));
-      output.Put(0xDC00 + (character & 0x3FF));
-    }
+  while ((next = CopyAscii(next, end, output)) != end) {
+    do {
+      if (*next < 0x80) {
+        output.Put(*next++);
+        continue;
+      }
+      const Sequence sequence = Decode(next, end);
+      next += sequence.length;
+      if (sequence.character < 0x10000) {
+        output.Put(sequence.character);
+      } else {
+        output.Put(0xD7C0 + (sequence.character >> 10));
+        output.Put(0xDC00 + (sequence.character & 0x3FF));
+      }
+    } while (next != end && (*next >= 0x80 || end - next < std::ptrdiff_t{kBlockUnits<char>}));
   }
   return output.Count();
 }
 
-/// Takes the character that begins at next.
-char32_t TakeCharacter(const char16_t*& next, const char16_t* end) {
-  const char32_t unit = *next++;
+/// The number of units that the character takes is 2 above U+FFFF.
+char32_t Decode(const char16_t* from, const char16_t* end) {
+  const char32_t unit = *from;
   if ((unit & 0xF800) != 0xD800) return unit;
-  if (unit >= 0xDC00 || next == end || (*next & 0xFC00) != 0xDC00) return kReplacement;
-  return 0x10000 + ((unit - 0xD800) << 10) + (*next++ - 0xDC00U);
+  if (unit >= 0xDC00 || end - from < 2 || (from[1] & 0xFC00) != 0xDC00) return kReplacement;
+  return 0x10000 + ((unit - 0xD800) << 10) + (from[1] - 0xDC00U);
+}
+
+template <class Output>
+void PutUtf8(char32_t character, Output& output) {
+  const auto continuation = [&](int shift) { output.Put(0x80 | (character >> shift & 0x3F)); };
+  if (character < 0x80) {
+    output.Put(character);
+  } else if (character < 0x800) {
+    output.Put(0xC0 | character >> 6);
+    continuation(0);
+  } else if (character < 0x10000) {
+    output.Put(0xE0 | character >> 12);
+    continuation(6);
+    continuation(0);
+  } else {
+    output.Put(0xF0 | character >> 18);
+    continuation(12);
+    continuation(6);
+    continuation(0);
+  }
 }
 
 template <class Output>
 std::size_t FromUtf16(std::u16string_view text, Output output) {
   const char16_t* next = text.data();
   const char16_t* const end = next + text.size();
-  while (next != end) {
-    if (static_cast<std::size_t>(end - next) >= kBlock && output.HasBlock()) {
-      char16_t block[kBlock];
-      std::memcpy(block, next, sizeof block);
-      const std::size_t ascii = AsciiUnits<char16_t, 0xFF80FF80FF80FF80>(block);
-      output.PutBlock(block, ascii);
-      next += ascii;
-      if (ascii == kBlock) continue;
-    }
-    const char32_t character = TakeCharacter(next, end);
-    if (character < 0x80) {
-      output.Put(character);
-    } else if (character < 0x800) {
-      output.Put(0xC0 | character >> 6);
-      output.Put(0x80 | (character & 0x3F));
-    } else if (character < 0x10000) {
-      output.Put(0xE0 | character >> 12);
-      output.Put(0x80 | (character >> 6 & 0x3F));
-      output.Put(0x80 | (character & 0x3F));
-    } else {
-      output.Put(0xF0 | character >> 18);
-      output.Put(0x80 | (character >> 12 & 0x3F));
-      output.Put(0x80 | (character >> 6 & 0x3F));
-      output.Put(0x80 | (character & 0x3F));
-    }
+  while ((next = CopyAscii(next, end, output)) != end) {
+    do {
+      const char32_t character = Decode(next, end);
+      next += character < 0x10000 ? 1 : 2;
+      PutUtf8(character, output);
+    } while (next != end && (*next >= 0x80 || end - next < std::ptrdiff_t{kBlockUnits<char16_t>}));
   }
   return output.Count();
 }

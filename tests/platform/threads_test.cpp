@@ -1,0 +1,101 @@
+#include "platform/threads.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <vector>
+
+using namespace platform;
+
+namespace {
+
+bool HandOver(std::function<void()> work) {
+  return RunOnWorkerAndWait([](void* context) { (*static_cast<std::function<void()>*>(context))(); }, &work);
+}
+
+class Workers : public testing::Test {
+ protected:
+  ~Workers() override { StopWorkers(); }
+};
+
+TEST_F(Workers, TaskRunsOnAnotherThreadBeforeTheCallReturns) {
+  std::thread::id ranOn;
+  std::uint32_t threadId = 0;
+  ASSERT_TRUE(HandOver([&] {
+    ranOn = std::this_thread::get_id();
+    threadId = GetCurrentThreadId();
+  }));
+  EXPECT_NE(ranOn, std::thread::id());
+  EXPECT_NE(ranOn, std::this_thread::get_id());
+  EXPECT_NE(threadId, GetCurrentThreadId());
+}
+
+TEST_F(Workers, IdleWorkerIsUsedAgain) {
+  std::set<std::uint32_t> threads;
+  for (int i = 0; i < 200; ++i) ASSERT_TRUE(HandOver([&] { threads.insert(GetCurrentThreadId()); }));
+  EXPECT_LE(threads.size(), 2U);
+}
+
+TEST_F(Workers, TasksNestFarDeeperThanThereAreProcessors) {
+  std::set<std::uint32_t> threads;
+  int depth = 0;
+  std::function<void()> nest = [&] {
+    threads.insert(GetCurrentThreadId());
+    if (++depth == 550) return;
+    EXPECT_TRUE(HandOver(nest));
+  };
+  ASSERT_TRUE(HandOver(nest));
+  EXPECT_EQ(depth, 550);
+  EXPECT_EQ(threads.size(), 550U) << "each waiting task keeps its thread";
+}
+
+TEST_F(Workers, BlockedTaskHoldsUpNobodyElse) {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool blocked = false, released = false;
+  std::thread other([&] {
+    EXPECT_TRUE(HandOver([&] {
+      std::unique_lock lock(mutex);
+      blocked = true;
+      changed.notify_all();
+      changed.wait(lock, [&] { return released; });
+    }));
+  });
+  std::unique_lock lock(mutex);
+  changed.wait(lock, [&] { return blocked; });
+  EXPECT_TRUE(HandOver([&] { released = true; }));
+  changed.notify_all();
+  lock.unlock();
+  other.join();
+}
+
+TEST_F(Workers, ManyDeliverersEachSeeTheirOwnTask) {
+  std::vector<std::thread> deliverers;
+  std::atomic<int> wrong{0};
+  for (int d = 0; d < 8; ++d)
+    deliverers.emplace_back([&wrong, d] {
+      for (int i = 0; i < 2000; ++i) {
+        int seen = -1;  // not atomic: the hand-over itself has to order the accesses
+        if (!HandOver([&] { seen = d * 10000 + i; }) || seen != d * 10000 + i) ++wrong;
+      }
+    });
+  for (std::thread& deliverer : deliverers) deliverer.join();
+  EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(Workers, StopLeavesNothingAndTheNextTaskStartsAnew) {
+  StopWorkers();
+  for (int cycle = 0; cycle < 50; ++cycle) {
+    bool ran = false;
+    ASSERT_TRUE(HandOver([&] { ASSERT_TRUE(HandOver([&] { ran = true; })); }));
+    EXPECT_TRUE(ran);
+    StopWorkers();
+  }
+}
+
+}  // namespace
