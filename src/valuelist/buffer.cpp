@@ -1,10 +1,8 @@
 #include "valuelist/buffer.h"
 
-#include <bit>
 #include <cstring>
 #include <limits>
 #include <new>
-#include <type_traits>
 #include <utility>
 
 #include "base/exceptions.h"
@@ -13,8 +11,6 @@
 
 namespace Kestrel {
 namespace {
-
-static_assert(std::endian::native == std::endian::little, "numbers are read as they lie in the buffer");
 
 constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kMaxAllocation = std::numeric_limits<std::ptrdiff_t>::max();
@@ -34,14 +30,6 @@ std::uint8_t* AllocateStorage(std::uint64_t capacity) {
   if (capacity > kMaxAllocation) return nullptr;
   return static_cast<std::uint8_t*>(
       ::operator new(static_cast<std::size_t>(capacity), kStorageAlignment, std::nothrow));
-}
-
-template <class Number>
-Number TakeNumber(Buffer& buffer) {
-  static_assert(std::is_unsigned_v<Number>);
-  Number number;
-  std::memcpy(&number, buffer.Take(sizeof number), sizeof number);
-  return number;
 }
 
 }  // namespace
@@ -64,11 +52,8 @@ std::uint8_t* FlatMemory::Extend(std::uint64_t n) {
   return added;
 }
 
-const std::uint8_t* FlatMemory::Consume(std::uint64_t n) {
-  if (n > length_ - readPosition_) throw BufferException(kNotEnoughBytes);
-  const std::uint8_t* const taken = storage_ + readPosition_;
-  readPosition_ += n;
-  return taken;
+void FlatMemory::ThrowNotEnoughBytes() {
+  throw BufferException(kNotEnoughBytes);
 }
 
 void FlatMemory::Truncate(std::uint64_t length) {
@@ -106,16 +91,6 @@ void FlatMemory::FreeStorage() {
 void Buffer::Append(const void* source, std::uint64_t n) {
   if (n == 0) return;
   std::memcpy(memory_.Extend(n), source, static_cast<std::size_t>(n));
-}
-
-std::uint8_t Buffer::ReadUInt8() {
-  return TakeNumber<std::uint8_t>(*this);
-}
-std::uint32_t Buffer::ReadUInt32() {
-  return TakeNumber<std::uint32_t>(*this);
-}
-std::uint64_t Buffer::ReadUInt64() {
-  return TakeNumber<std::uint64_t>(*this);
 }
 
 void Buffer::Reset() {

@@ -6,8 +6,10 @@
 #pragma once
 
 #include <atomic>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include "base/reference_counting.h"
@@ -36,13 +38,19 @@ class FlatMemory : NonCopyable {
   /// Adds n uninitialised bytes at the end and returns their address.
   std::uint8_t* Extend(std::uint64_t n);
   /// Moves the read position over n bytes and returns their address.
-  const std::uint8_t* Consume(std::uint64_t n);
+  const std::uint8_t* Consume(std::uint64_t n) {
+    if (n > length_ - readPosition_) ThrowNotEnoughBytes();
+    const std::uint8_t* const taken = storage_ + readPosition_;
+    readPosition_ += n;
+    return taken;
+  }
   /// Forgets the bytes from a length on. Requires read position <= length <= the length so far.
   void Truncate(std::uint64_t length);
   /// Positions and length to 0; the storage stays.
   void Rewind();
 
  private:
+  [[noreturn]] static void ThrowNotEnoughBytes();
   void Grow(std::uint64_t added);
   void FreeStorage();
 
@@ -65,9 +73,9 @@ class Buffer final : public ReferenceCounted {
   /// Takes n bytes at the read position, or throws kNotEnoughBytes.
   const std::uint8_t* Take(std::uint64_t n) { return memory_.Consume(n); }
   /// Take of a little-endian number.
-  std::uint8_t ReadUInt8();
-  std::uint32_t ReadUInt32();
-  std::uint64_t ReadUInt64();
+  std::uint8_t ReadUInt8() { return *Take(1); }
+  std::uint32_t ReadUInt32() { return TakeNumber<std::uint32_t>(); }
+  std::uint64_t ReadUInt64() { return TakeNumber<std::uint64_t>(); }
   /// Empties the buffer and forgets its use count; storage and capacity stay.
   void Reset();
 
@@ -86,6 +94,14 @@ class Buffer final : public ReferenceCounted {
  private:
   friend class BufferPool;
   friend class BufferPoolList;
+
+  template <class Number>
+  Number TakeNumber() {
+    static_assert(std::endian::native == std::endian::little, "numbers are read as they lie in the buffer");
+    Number number;
+    std::memcpy(&number, Take(sizeof number), sizeof number);
+    return number;
+  }
 
   FlatMemory memory_;
   std::atomic<std::uint32_t> useCount_{0};

@@ -17,33 +17,31 @@ static_assert(std::endian::native == std::endian::little, "numbers go onto the w
 
 /// A name and a value of one payload byte each.
 constexpr std::uint64_t kSmallestEntry = 4;
+/// Tag and length.
+constexpr std::size_t kStringHeaderSize = 5;
 
 void AppendUInt32(Buffer& buffer, std::uint32_t number) {
   buffer.Append(&number, sizeof number);
 }
 
-/// The tag and, for a variable payload, its length: the low 32 bits, whatever follows.
-void AppendRecordHeader(Buffer& buffer, std::uint8_t tag, bool variable, std::uint64_t length) {
-  const auto length32 = static_cast<std::uint32_t>(length);
-  std::uint8_t* const header = buffer.Reserve(variable ? sizeof tag + sizeof length32 : sizeof tag);
-  *header = tag;
-  if (variable) std::memcpy(header + sizeof tag, &length32, sizeof length32);
-}
-
 /// A name goes no way through a variant.
 void AppendName(Buffer& buffer, std::string_view name) {
   const std::uint64_t length = name.size() + 1;
-  AppendRecordHeader(buffer, vtString, true, length);
-  std::uint8_t* const payload = buffer.Reserve(length);
-  name.copy(reinterpret_cast<char*>(payload), name.size());
-  payload[name.size()] = 0;
+  const auto length32 = static_cast<std::uint32_t>(length);
+  std::uint8_t* const record = buffer.Reserve(kStringHeaderSize + length);
+  record[0] = vtString;
+  std::memcpy(record + 1, &length32, sizeof length32);
+  name.copy(reinterpret_cast<char*>(record + kStringHeaderSize), name.size());
+  record[kStringHeaderSize + name.size()] = 0;
 }
 
 void AppendRecord(Buffer& buffer, const Variant& value) {
-  const std::uint64_t fixed = value.GetFixedSize();
-  const bool variable = fixed == kVariableSize;
-  const std::uint64_t length = variable ? value.GetSize() : fixed;
-  AppendRecordHeader(buffer, value.GetType(), variable, length);
+  *buffer.Reserve(1) = value.GetType();
+  std::uint64_t length = value.GetFixedSize();
+  if (length == kVariableSize) {
+    length = value.GetSize();
+    AppendUInt32(buffer, static_cast<std::uint32_t>(length));
+  }
   value.WriteRaw(buffer.Reserve(length));
 }
 
@@ -62,14 +60,6 @@ std::string ReadName(Buffer& buffer) {
   const std::uint32_t length = buffer.ReadUInt32();
   if (length == 0) throw BufferException(kNotEnoughBytes);
   return std::string(reinterpret_cast<const char*>(buffer.Take(length)), length - 1);
-}
-
-/// Gives a blob, which points into the buffer that it was read from, a block of its own.
-void TakeOwnBytes(Variant& value) {
-  const BlobPtr& view = *value.GetIf<BlobPtr>();
-  BlobPtr own = BlobPtr::AllocateShared(view.GetSize());
-  std::copy_n(view.GetAddress(), view.GetSize(), own.GetAddress());
-  value = Variant(std::move(own));
 }
 
 /// The bytes of a text; null where the text is empty in the system's code page.
@@ -172,7 +162,7 @@ void ValueList::Read(Buffer& buffer, BlobBytes blobBytes) {
     std::string name = ReadName(buffer);
     const std::uint8_t tag = buffer.ReadUInt8();
     Variant value = ReadRecord(buffer, tag);
-    if (tag == vtBlobPtr && blobBytes == BlobBytes::kOwn) TakeOwnBytes(value);
+    if (blobBytes == BlobBytes::kOwn) value.OwnBytes();
     entries_.push_back(ValueListEntry{std::move(name), std::move(value)});
   }
 }
