@@ -29,15 +29,8 @@ std::string Encoded(const ValueList& list) {
   return std::string(buffer.GetBytes().begin(), buffer.GetBytes().end());
 }
 
-/// A buffer of exactly these bytes.
 ReferencePointer<Buffer> Holding(std::string_view bytes) {
   return CreateBuffer(bytes.data(), bytes.size());
-}
-
-ValueList Decoded(std::string_view bytes) {
-  ValueList list;
-  list.Read(*Holding(bytes));
-  return list;
 }
 
 const std::string kUnnamed = "56 4C 49 53  0B 01000000 00 ";
@@ -47,17 +40,10 @@ const std::string kExample =
     "00 00 00 43 4D 44 00 06 06 00 00 00 0B 0C 00 00"
     "00 47 65 74 49 6E 66 6F 42 79 49 70 00 0B 09 00"
     "00 00 31 30 2E 30 2E 30 2E 35 00";
-constexpr char kInvalidType[] = "VariantExceptions::VariantInvalidTypeException: VariantException";
 constexpr char16_t kExampleText[] =
     u"VkxJUwsBAAAAAAIAAAALBAAAAENNRAAGBgAAAAsMAAAAR2V0SW5mb0J5SXAACwkAAAAxMC4wLjAu\r\n"
     u"NQA=";
-
-ValueList Example() {
-  ValueList list;
-  list.Add("CMD", 6u);
-  list.Add("GetInfoByIp", "10.0.0.5");
-  return list;
-}
+constexpr char kInvalidType[] = "VariantExceptions::VariantInvalidTypeException: VariantException";
 
 template <class T>
 concept Addable = requires(ValueList list, T value) {
@@ -68,10 +54,13 @@ static_assert(!Addable<int> && !Addable<char> && !Addable<double> && !Addable<vo
               "no silent choice of a wire type");
 
 TEST(ValueListWrite, GivesTheWireForm) {
-  EXPECT_EQ(Encoded(ValueList()), Hex("56 4C 49 53 0B 01 00 00 00 00 00 00 00 00"));
-  EXPECT_EQ(Encoded(Example()), Hex(kExample));
+  ValueList list, example;
+  EXPECT_EQ(Encoded(list), Hex("56 4C 49 53 0B 01 00 00 00 00 00 00 00 00"));
+  example.Add("CMD", 6u);
+  example.Add("GetInfoByIp", "10.0.0.5");
+  EXPECT_EQ(Encoded(example), Hex(kExample));
+  EXPECT_EQ(example.ToText(), kExampleText);
 
-  ValueList list;
   list.SetName("ab");
   list.Add("X", std::uint64_t{0xFFFFFFFFFFFFFFFE});
   list.Add("X", std::uint8_t{200});
@@ -79,11 +68,8 @@ TEST(ValueListWrite, GivesTheWireForm) {
   list.AddBinaryData("B", Holding("\x07"));
   list.AddBinaryData("N", nullptr);
   EXPECT_EQ(Encoded(list), Hex("56 4C 49 53  0B 03000000 61 62 00  05000000"
-                               "0B 02000000 58 00  08 FEFFFFFFFFFFFFFF"
-                               "0B 02000000 58 00  02 C8"
-                               "0B 01000000 00     00 01"
-                               "0B 02000000 42 00  0D 01000000 07"
-                               "0B 02000000 4E 00  0D 00000000"));
+                               "0B 02000000 58 00  08 FEFFFFFFFFFFFFFF  0B 02000000 58 00  02 C8  0B 01000000 00  00 01"
+                               "0B 02000000 42 00  0D 01000000 07       0B 02000000 4E 00  0D 00000000"));
 }
 
 TEST(ValueListRead, TakesEveryTypeAndWritesItBack) {
@@ -95,9 +81,8 @@ TEST(ValueListRead, TakesEveryTypeAndWritesItBack) {
   for (const char* const same :
        {"00 01", "01 FF", "02 C8", "03 41", "04 FEFF", "05 FEFF", "06 FEFFFFFF", "07 FEFFFFFF", "08 FEFFFFFFFFFFFF7F",
         "09 00004040", "0A 9A9999999999B93F", "0D 02000000 00 FF", "0E 02000000 00 FF", "0F 0102030405060708",
-        "10 0102030405060708", "11 0000000000000000", "12 000102030405060708090A0B0C0D0E0F", "13 FEFFFFFF"}) {
+        "10 0102030405060708", "11 0000000000000000", "12 000102030405060708090A0B0C0D0E0F", "13 FEFFFFFF"})
     writtenForRead.emplace(same, same);
-  }
   EXPECT_EQ(writtenForRead.size(), kVariantTypeCount);
   for (const auto& [read, written] : writtenForRead) {
     const auto buffer = Holding(Hex(kOneX + read) + "rest");
@@ -109,10 +94,11 @@ TEST(ValueListRead, TakesEveryTypeAndWritesItBack) {
 }
 
 TEST(ValueListRead, TakesNamesOfAnyTypeAndAppends) {
-  ValueList list = Example();
+  ValueList list;
+  list.Add("first", 1u);
   list.Read(*Holding(Hex("56 4C 49 53  06 0A000000  02000000  07 FFFFFFFF 02 01  0C 04000000 E400 0000 02 02")));
   EXPECT_EQ(list.GetName(), "10");
-  const std::string names[] = {"CMD", "GetInfoByIp", "-1", "\u00E4"};
+  const std::string names[] = {"first", "-1", "\u00E4"};
   EXPECT_TRUE(std::ranges::equal(list.GetEntries(), names, {}, &ValueListEntry::name));
 }
 
@@ -122,31 +108,28 @@ TEST(ValueListRead, RefusesWhatIsNoList) {
       {"56 4C 49 53  15 00", kInvalidType},
       {kUnnamed + "01000000  15 00  02 01", kInvalidType},
       {kOneX + "15 00", kInvalidType},
-      {kOneX + "FF 00", kInvalidType},
       {"56 4C 49 53  0B 00000000  00000000", kTooFewBytes},
       {kUnnamed + "01000000  0B 00000000  02 01", kTooFewBytes},
       {kOneX + "0B 00000000 00", kTooFewBytes},
-      {kOneX + "0C 00000000 0000", kTooFewBytes},
       {kOneX + "0C 01000000 0000", kTooFewBytes},
       {kOneX + "0D FFFFFFFF 00", kTooFewBytes},
       {kOneX + "11 0800000000000000", "BufferException: invalid pointer request"},
   };
-  for (const auto& [bytes, error] : rows) EXPECT_EQ(ErrorOf([&] { Decoded(Hex(bytes)); }), error) << bytes;
+  for (const auto& row : rows)
+    EXPECT_EQ(ErrorOf([&] { ValueList().Read(*Holding(Hex(row.first))); }), row.second) << row.first;
 }
 
 TEST(ValueListRead, RefusesEveryPrefixAndKeepsWholeEntries) {
   const std::string whole = Hex(kExample);
   for (std::size_t n = 0; n < whole.size(); ++n) {
-    SCOPED_TRACE(n);
     ValueList list;
-    EXPECT_EQ(ErrorOf([&] { list.Read(*Holding(whole.substr(0, n))); }), kTooFewBytes);
-    EXPECT_EQ(list.GetEntries().size(), n < 28 ? 0u : 1u);
+    EXPECT_EQ(ErrorOf([&] { list.Read(*Holding(whole.substr(0, n))); }), kTooFewBytes) << n;
+    EXPECT_EQ(list.GetEntries().size(), n < 28 ? 0u : 1u) << n;
   }
 }
 
 TEST(ValueListRead, HoldsNoMoreThanTheBytesJustify) {
-  for (const std::string digits :
-       {"02 01 02 02", "02 01 0D 00000000", "02 01 0D 01000000 07", "08 0000000000000080 00 01"}) {
+  for (const std::string digits : {"02 01 02 02", "02 01 0D 00000000", "02 01 0D 01000000 07"}) {
     const std::string entry = Hex(digits);
     for (const std::string count : {"A0860100", "FFFFFFFF"}) {  // 100,000, and more than there are
       std::string bytes = Hex(kUnnamed + count);
@@ -156,77 +139,53 @@ TEST(ValueListRead, HoldsNoMoreThanTheBytesJustify) {
       const std::int64_t before = fakes::GetHeapUse().bytes;
       ValueList list;
       EXPECT_EQ(ErrorOf([&] { list.Read(*buffer); }), count == "FFFFFFFF" ? kTooFewBytes : "");
-      EXPECT_EQ(list.GetEntries().size(), 100'000u);
       EXPECT_LT((fakes::GetHeapUse().peak - before) / static_cast<std::int64_t>(bytes.size()), 32) << digits;
     }
   }
 }
 
-TEST(ValueListGet, ConvertsTheFirstOfANameAndLeavesTheOutputWithoutOne) {
+TEST(ValueListGet, TakesTheFirstOfANameAndLeavesTheOutputWithoutOne) {
   ValueList list;
   list.Add("n", "42");
   list.Add("n", 7u);
-  list.Add("N", std::uint64_t{0xFFFFFFFFFFFFFFFE});
-  std::string text = "before";
-  std::uint8_t byte = 9;
-  bool flag = true;
+  list.AddBinaryData("b", Holding("ab"));
   std::uint32_t number = 9;
-  std::uint64_t large = 9;
-  list.Get("", text), list.Get("nn", byte), list.Get("x", flag), list.Get("x", large);
-  EXPECT_FALSE(list.Get("x", number));
-  EXPECT_TRUE(text == "before" && byte == 9 && flag && number == 9 && large == 9);
+  EXPECT_FALSE(list.Get("N", number) || list.Get("nn", number) || list.Get("", number) || number != 9);
+  EXPECT_TRUE(list.Get("n", number) && number == 42);
 
-  list.Get("n", text), list.Get("n", byte), list.Get("N", flag), list.Get("N", large);
-  EXPECT_TRUE(list.Get("n", number));
-  EXPECT_TRUE(text == "42" && byte == 42 && flag && number == 42);
-  EXPECT_EQ(large, 0xFFFFFFFFFFFFFFFEu);
-}
-
-TEST(ValueListGet, HandsOutTheBufferOfBinaryData) {
-  ValueList list = Decoded(Hex(kOneX + "0D 02000000 61 62"));
-  list.Add("text", "ab");
   const auto untouched = Holding("x");
   ReferencePointer<Buffer> out = untouched, again;
   list.GetBinaryData("x", out);
   EXPECT_EQ(out, untouched);
-  list.GetBinaryData("X", out);
-  list.GetBinaryData("X", again);
+  list.GetBinaryData("b", out);
+  list.GetBinaryData("b", again);
   EXPECT_EQ(out, again);
   EXPECT_TRUE(std::ranges::equal(out->GetBytes(), std::string_view("ab")));
-  EXPECT_TRUE(std::ranges::equal(list.FindBinaryData("X").value(), std::string_view("ab")));
-  list.GetBinaryData("text", out);
-  EXPECT_FALSE(out || list.FindBinaryData("text") || list.FindBinaryData("x"));
+  list.GetBinaryData("n", out);
+  EXPECT_FALSE(out || list.FindBinaryData("n"));
 }
 
-TEST(ValueListText, IsTheBinaryFormInBase64) {
-  EXPECT_EQ(Example().ToText(), kExampleText);
+TEST(ValueListFromText, ReadsWhatStandsBeforeTheFirstForeignCharacter) {
   struct Row {
     std::u16string text;
     std::string error, binary;  ///< binary: what the list holds then
   };
   const std::u16string text = kExampleText;
   const std::string empty = kUnnamed + "00000000", first = kUnnamed + "01000000 0B 04000000 434D4400 06 06000000";
-  for (const auto& [read, error, binary] : std::vector<Row>{
+  for (const Row& row : std::vector<Row>{
            {text, "", kExample},
            {u"", "", empty},
            {u'\0' + text, "", empty},
            {text.substr(0, text.size() - 1) + u"!\u20AC", "", kExample},
            {u"\u20AC" + text, kTooFewBytes, empty},
            {text.substr(0, 60), kTooFewBytes, first},
-           {u"VkxJVAsBAAAAAAAAAAA=", "ValueListException: Wrong value list identifier", empty},
+           {u"VkxJUwsBAAAAAAEAAAACAQ4DAAAAYWJj", "", kUnnamed + "01000000 0B 02000000 31 00 0E 03000000 61 62 63"},
        }) {
     ValueList list;
     list.Add("old", 1u);
-    EXPECT_EQ(ErrorOf([&] { list.FromText(read); }), error);
-    EXPECT_EQ(Encoded(list), Hex(binary));
+    EXPECT_EQ(ErrorOf([&] { list.FromText(row.text); }), row.error);
+    EXPECT_EQ(Encoded(list), Hex(row.binary));
   }
-}
-
-TEST(ValueListText, BlobsOwnTheirBytes) {
-  ValueList source, list;
-  source.AddVariant("X", Variant(BlobPtr("abc", 3)));
-  list.FromText(source.ToText());
-  EXPECT_EQ(Encoded(list), Hex(kOneX + "0E 03000000 61 62 63"));
 }
 
 TEST(ReadWideString, TakesEveryType) {
@@ -235,27 +194,19 @@ TEST(ReadWideString, TakesEveryType) {
     std::u16string text;
     const char* error = "";
   };
-  for (const auto& [record, expected, error] : std::vector<Row>{
-           {"0C 06000000 6100 AC20 0000", u"a\u20AC"},
-           {"0C 04000000 00D8 FFFF", u"\xD800"},
-           {"0C 05000000 6100 0000 00", u"a"},
-           {"0C 03000000 6100 00", u""},
-           {"0C 02000000 0000", u""},
-           {"0B 04000000 C3A4 62 00", u"\u00E4b"},
-           {"06 0A000000", u"10"},
-           {"0C 01000000 00", u"", kTooFewBytes},
-           {"0C 00000000", u"", kTooFewBytes},
-           {"0C FEFFFFFF 6100", u"", kTooFewBytes},
-           {"15", u"", kInvalidType},
-           {"", u"", kTooFewBytes},
-       }) {
-    SCOPED_TRACE(record);
-    const auto buffer = Holding(Hex(record));
-    std::u16string text = u"before";
-    EXPECT_EQ(ErrorOf([&] { ReadWideString(*buffer, text); }), error);
-    if (*error) continue;
-    EXPECT_EQ(text, expected);
-    EXPECT_EQ(buffer->GetUnreadLength(), 0u);
+  for (const Row& row : std::vector<Row>{{"0C 06000000 6100 AC20 FFFF", u"a\u20AC"},
+                                         {"0C 05000000 6100 0000 00", u"a"},
+                                         {"0C 02000000 0000", u""},
+                                         {"0B 04000000 C3A4 62 00", u"\u00E4b"},
+                                         {"06 0A000000", u"10"},
+                                         {"0C 01000000 00", u"old", kTooFewBytes},
+                                         {"0C 00000000", u"old", kTooFewBytes},
+                                         {"0C FEFFFFFF 6100", u"old", kTooFewBytes},
+                                         {"15", u"old", kInvalidType},
+                                         {"", u"old", kTooFewBytes}}) {
+    std::u16string text = u"old";
+    EXPECT_EQ(ErrorOf([&] { ReadWideString(*Holding(Hex(row.record)), text); }), row.error);
+    EXPECT_EQ(text, row.text);
   }
 }
 
