@@ -168,6 +168,7 @@ TEST(VariantText, IsReadByTheRuleOfTheType) {
       {10, "1" + std::string(400, '0'), "inf"},
       {10, "0x1.8p3", "12."},
       {10, "0xp", "0."},
+      {10, "0x1" + std::string(400, '0') + "p-500", "inf"},
       {11, " a\0b"s, " a\0b"s},
       {12, "\u00E4", "\u00E4"},
       {13, "binarydata 2 QUJD", "binarydata 2 QUI="},

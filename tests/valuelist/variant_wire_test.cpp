@@ -186,6 +186,10 @@ TEST(BinaryDataValue, HasABufferOfItsOwn) {
   EXPECT_EQ(Raw(read), "abcd");
   EXPECT_EQ(Raw(second), "abc");
 
+  Variant again(original);
+  again.ReadRaw(reinterpret_cast<const std::uint8_t*>("x"), 1);
+  EXPECT_EQ(Raw(again), "x");
+
   const Variant empty{BinaryData(GetBuffer(SmallBufferList))};
   EXPECT_EQ(Variant(empty).GetIf<BinaryData>()->GetBuffer(), nullptr);
 }
