@@ -1,7 +1,6 @@
 /// tarnfind, the command-line wizard: turns arguments into one command, and what becomes of it into an exit code.
 #include <fmt/format.h>
 
-#include <cstdio>
 #include <exception>
 
 #include "tools/command_line.h"
@@ -14,14 +13,20 @@ namespace {
 
 using namespace tarnfind;
 
+/// One line of UTF-8. The tool's own texts are UTF-8 already.
+std::string TextOf(const std::exception& error) {
+  const std::string text = error.what();
+  return OneLine(IsValidUtf8(text) ? text : platform::Utf8FromSystemText(text));
+}
+
 int Complain(const std::exception& error, ExitCode code) {
-  fmt::print(stderr, "tarnfind: {}\n", OneLine(error.what()));
+  platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", TextOf(error)));
   return code;
 }
 
 /// In JSON the reader of the output learns of the failure too.
 int Fail(const std::exception& error, const Options& options, TextOutput& output) {
-  if (options.json) output.Write(JsonLine({{"event", "error"}, {"error", OneLine(error.what())}}));
+  if (options.json) output.Write(JsonLine({{"event", "error"}, {"error", TextOf(error)}}));
   return Complain(error, kFailed);
 }
 
@@ -40,7 +45,7 @@ int Run(const CommandLine& commandLine, TextOutput& output) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  platform::PrepareStandardOutput();
+  platform::PrepareStreams();
   StandardOutput output;
   try {
     const CommandLine commandLine = ParseCommandLine(platform::Utf8Arguments(argc, argv));

@@ -14,13 +14,17 @@ namespace tarnfind::platform {
 /// The program's arguments, its name first.
 std::vector<std::string> Utf8Arguments(int count, char** values);
 
-/// Lets bytes pass through standard output and error as they are, UTF-8 and control sequences included. A reader of the
-/// output that goes away makes writes fail from here on; it does not end the process.
-void PrepareStandardOutput();
-/// Whether the stream is a terminal that understands control sequences. Requires PrepareStandardOutput.
-bool OutputIsTerminal();
-bool ErrorIsTerminal();
-/// Whether errno value `error`, left behind by a failed write, says that the reader has gone.
+enum class Stream { kOutput, kError };
+
+/// To be called first. A reader of the output that goes away makes writes fail from here on; it does not end the
+/// process.
+void PrepareStreams();
+/// Whether the stream is a terminal that obeys control sequences. Requires PrepareStreams.
+bool IsTerminal(Stream stream);
+/// Writes the text, line ends unchanged; it is on its way when the call returns. 0, or the errno value of a failure.
+/// Requires PrepareStreams.
+int Write(Stream stream, std::string_view text);
+/// Whether a failure of Write says that the reader has gone.
 bool IsReaderGone(int error);
 
 struct TerminalSize {
@@ -44,6 +48,10 @@ std::string_view LibraryFileName();
 void* OpenModule(const std::filesystem::path& file, std::string& error);
 /// Null where the module has no such name.
 void* FindSymbol(void* module, const char* name);
+
+/// UTF-8 of a text in the system's code page, which is what the library's exceptions carry. What cannot be converted
+/// stays as it is.
+std::string Utf8FromSystemText(const std::string& text);
 
 /// Makes the library's debugger lines appear on standard error. Requires that the library is not loaded yet.
 void ShowDebuggerLines();

@@ -18,7 +18,7 @@ void PrintObjects(const std::vector<CameraSnapshot>& cameras, const Options& opt
 }
 
 void PrintRows(const std::vector<CameraSnapshot>& cameras, TextOutput& output) {
-  const bool terminal = platform::OutputIsTerminal();
+  const bool terminal = platform::IsTerminal(platform::Stream::kOutput);
   const CameraTable table(terminal ? std::optional(platform::GetTerminalSize().columns) : std::nullopt);
   if (terminal && !cameras.empty()) output.Write(table.Header(0) + '\n');
   for (const CameraSnapshot& camera : cameras) output.Write(table.Row(0, camera, camera.type) + '\n');

@@ -20,8 +20,8 @@ bool ColoursWanted() {
 std::unique_ptr<SearchView> MakeView(const Options& options, TextOutput& output) {
   if (options.json) return MakeJsonView(output, options.showPasswords);
   // Debugger lines on the same terminal would tear the table apart.
-  const bool torn = options.debugOutput && platform::ErrorIsTerminal();
-  if (!platform::OutputIsTerminal() || torn) return MakePlainView(output);
+  const bool torn = options.debugOutput && platform::IsTerminal(platform::Stream::kError);
+  if (!platform::IsTerminal(platform::Stream::kOutput) || torn) return MakePlainView(output);
   return MakeLiveTable(output, {ColoursWanted(), platform::GetTerminalSize});
 }
 

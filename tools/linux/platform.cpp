@@ -1,12 +1,14 @@
 #include "tools/platform.h"
 
 #include <dlfcn.h>
+#include <iconv.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -17,27 +19,26 @@ namespace {
 std::atomic<bool> interrupted = false;
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
 
-bool UnderstandsControlSequences(int descriptor) {
-  const char* const type = std::getenv("TERM");
-  return isatty(descriptor) && type && *type && std::strcmp(type, "dumb") != 0;
-}
-
 }  // namespace
 
 std::vector<std::string> Utf8Arguments(int count, char** values) {
   return {values, values + count};
 }
 
-void PrepareStandardOutput() {
+void PrepareStreams() {
   signal(SIGPIPE, SIG_IGN);
 }
 
-bool OutputIsTerminal() {
-  return UnderstandsControlSequences(STDOUT_FILENO);
+bool IsTerminal(Stream stream) {
+  const char* const type = std::getenv("TERM");
+  return isatty(stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO) && type && *type &&
+         std::strcmp(type, "dumb") != 0;
 }
 
-bool ErrorIsTerminal() {
-  return UnderstandsControlSequences(STDERR_FILENO);
+int Write(Stream stream, std::string_view text) {
+  std::FILE* const file = stream == Stream::kOutput ? stdout : stderr;
+  const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+  return written ? 0 : errno;
 }
 
 bool IsReaderGone(int error) {
@@ -82,6 +83,24 @@ void* OpenModule(const std::filesystem::path& file, std::string& error) {
 
 void* FindSymbol(void* module, const char* name) {
   return dlsym(module, name);
+}
+
+// The library takes its code page from the same setting.
+std::string Utf8FromSystemText(const std::string& text) {
+  const char* const setting = std::getenv("TARN_ANSI_CODE_PAGE");
+  const iconv_t converter = iconv_open("UTF-8", ("CP" + std::string(setting ? setting : "1252")).c_str());
+  if (converter == reinterpret_cast<iconv_t>(-1)) return text;
+  std::string source = text;
+  std::string result(text.size() * 4, '\0');  // no character takes more
+  char* from = source.data();
+  std::size_t left = source.size();
+  char* to = result.data();
+  std::size_t room = result.size();
+  const bool converted = iconv(converter, &from, &left, &to, &room) != static_cast<std::size_t>(-1);
+  iconv_close(converter);
+  if (!converted) return text;
+  result.resize(result.size() - room);
+  return result;
 }
 
 void ShowDebuggerLines() {

@@ -6,6 +6,7 @@
 #include <objbase.h>
 #include <shellapi.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -21,9 +22,20 @@ constexpr DWORD kNarrowDebuggerText = 0x40010006;  // [0] characters with the NU
 constexpr DWORD kWideDebuggerText = 0x4001000A;    // the same in UTF-16
 
 std::atomic<bool> interrupted = false;
-bool outputIsTerminal = false;
-bool errorIsTerminal = false;
-UINT outputCodePageBefore = 0;
+
+/// What stands behind a standard stream.
+struct Target {
+  DWORD handleNumber;
+  std::FILE* file;
+  HANDLE console = nullptr;  ///< null where the stream is redirected
+  bool obeysSequences = false;
+};
+Target outputTarget = {STD_OUTPUT_HANDLE, stdout};
+Target errorTarget = {STD_ERROR_HANDLE, stderr};
+
+Target& TargetOf(Stream stream) {
+  return stream == Stream::kOutput ? outputTarget : errorTarget;
+}
 
 std::string Utf8(const WCHAR* text, int units) {
   const int bytes = WideCharToMultiByte(CP_UTF8, 0, text, units, nullptr, 0, nullptr, nullptr);
@@ -32,10 +44,51 @@ std::string Utf8(const WCHAR* text, int units) {
   return result;
 }
 
-bool EnableControlSequences(DWORD stream) {
-  const HANDLE console = GetStdHandle(stream);
+std::vector<WCHAR> Wide(UINT codePage, std::string_view text) {
+  std::vector<WCHAR> result(text.size());  // no character has more units than bytes
+  const int bytes = static_cast<int>(text.size());
+  result.resize(static_cast<std::size_t>(MultiByteToWideChar(codePage, 0, text.data(), bytes, result.data(), bytes)));
+  return result;
+}
+
+/// A console may accept the mode and then show the sequences as text. So one without effect is written: where the
+/// cursor moves, it is wiped out again.
+bool ObeysSequences(HANDLE console) {
+  constexpr WCHAR kNoEffect[] = L"\x1b[0m";
+  constexpr DWORD kLength = std::size(kNoEffect) - 1;
   DWORD mode = 0;
-  return GetConsoleMode(console, &mode) && SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+  DWORD written = 0;
+  CONSOLE_SCREEN_BUFFER_INFO before{};
+  CONSOLE_SCREEN_BUFFER_INFO after{};
+  if (!GetConsoleMode(console, &mode) || !SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) ||
+      !GetConsoleScreenBufferInfo(console, &before) || !WriteConsoleW(console, kNoEffect, kLength, &written, nullptr) ||
+      !GetConsoleScreenBufferInfo(console, &after))
+    return false;
+  if (after.dwCursorPosition.X == before.dwCursorPosition.X) return true;
+  FillConsoleOutputCharacterW(console, L' ', kLength, before.dwCursorPosition, &written);
+  SetConsoleCursorPosition(console, before.dwCursorPosition);
+  return false;
+}
+
+void Prepare(Target& target) {
+  _setmode(_fileno(target.file), _O_BINARY);
+  const HANDLE handle = GetStdHandle(target.handleNumber);
+  DWORD mode = 0;
+  if (!GetConsoleMode(handle, &mode)) return;
+  target.console = handle;
+  target.obeysSequences = ObeysSequences(handle);
+}
+
+/// In pieces that every console takes.
+bool WriteToConsole(HANDLE console, std::string_view text) {
+  constexpr std::size_t kMostUnits = 8000;
+  const std::vector<WCHAR> wide = Wide(CP_UTF8, text);
+  DWORD written = 0;
+  for (std::size_t position = 0; position < wide.size(); position += written) {
+    const DWORD units = static_cast<DWORD>(std::min(wide.size() - position, kMostUnits));
+    if (!WriteConsoleW(console, wide.data() + position, units, &written, nullptr) || written == 0) return false;
+  }
+  return true;
 }
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
@@ -43,8 +96,12 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
   return asked && !interrupted.exchange(true);
 }
 
-/// Writes straight to the handle: the handler also runs while the process ends, when no stream may be left.
-void WriteError(std::string_view text) {
+/// Past the C runtime: the debugger's handler also runs while the process ends.
+void WriteDebuggerText(std::string_view text) {
+  if (errorTarget.console) {
+    WriteToConsole(errorTarget.console, text);
+    return;
+  }
   DWORD written = 0;
   WriteFile(GetStdHandle(STD_ERROR_HANDLE), text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }
@@ -56,9 +113,11 @@ LONG CALLBACK OnDebuggerText(EXCEPTION_POINTERS* pointers) {
   const std::size_t length = record.ExceptionInformation[0];
   if (record.NumberParameters >= 2 && length > 1 && length < std::numeric_limits<int>::max()) {
     if (wide)
-      WriteError(Utf8(reinterpret_cast<const WCHAR*>(record.ExceptionInformation[1]), static_cast<int>(length) - 1));
+      WriteDebuggerText(
+          Utf8(reinterpret_cast<const WCHAR*>(record.ExceptionInformation[1]), static_cast<int>(length) - 1));
     else
-      WriteError({reinterpret_cast<const char*>(record.ExceptionInformation[1]), length - 1});
+      WriteDebuggerText(
+          Utf8FromSystemText({reinterpret_cast<const char*>(record.ExceptionInformation[1]), length - 1}));
   }
   return EXCEPTION_CONTINUE_EXECUTION;
 }
@@ -75,22 +134,22 @@ std::vector<std::string> Utf8Arguments(int count, char** values) {
   return result;
 }
 
-void PrepareStandardOutput() {
-  _setmode(_fileno(stdout), _O_BINARY);
-  _setmode(_fileno(stderr), _O_BINARY);
-  outputIsTerminal = EnableControlSequences(STD_OUTPUT_HANDLE);
-  errorIsTerminal = EnableControlSequences(STD_ERROR_HANDLE);
-  if (!outputIsTerminal && !errorIsTerminal) return;
-  outputCodePageBefore = GetConsoleOutputCP();
-  if (SetConsoleOutputCP(CP_UTF8)) std::atexit([] { SetConsoleOutputCP(outputCodePageBefore); });
+void PrepareStreams() {
+  Prepare(outputTarget);
+  Prepare(errorTarget);
 }
 
-bool OutputIsTerminal() {
-  return outputIsTerminal;
+bool IsTerminal(Stream stream) {
+  return TargetOf(stream).obeysSequences;
 }
 
-bool ErrorIsTerminal() {
-  return errorIsTerminal;
+// The C runtime would send a console one byte at a time, which tears UTF-8 apart.
+int Write(Stream stream, std::string_view text) {
+  const Target& target = TargetOf(stream);
+  if (target.console) return WriteToConsole(target.console, text) ? 0 : EIO;
+  const bool written =
+      std::fwrite(text.data(), 1, text.size(), target.file) == text.size() && std::fflush(target.file) == 0;
+  return written ? 0 : errno;
 }
 
 // The C runtime knows no EPIPE here; a pipe without a reader leaves EINVAL behind.
@@ -135,12 +194,18 @@ void* OpenModule(const std::filesystem::path& file, std::string& error) {
   WCHAR text[512];
   const DWORD units = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text,
                                      static_cast<DWORD>(std::size(text)), nullptr);
-  error = "error " + std::to_string(code) + (units ? ": " + Utf8(text, static_cast<int>(units)) : "");
+  error = "error " + std::to_string(code) + (units ? ", " + Utf8(text, static_cast<int>(units)) : "");
+  error.erase(error.find_last_not_of(" .\r\n") + 1);
   return nullptr;
 }
 
 void* FindSymbol(void* module, const char* name) {
   return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name));
+}
+
+std::string Utf8FromSystemText(const std::string& text) {
+  const std::vector<WCHAR> wide = Wide(CP_ACP, text);
+  return Utf8(wide.data(), static_cast<int>(wide.size()));
 }
 
 void ShowDebuggerLines() {
