@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "fakes/counting_allocator.h"
@@ -259,6 +261,26 @@ TEST(ReferenceValue, FollowsOnlyWhatAValueHolds) {
   read.reset();
   EXPECT_EQ(alive, 0);
   EXPECT_EQ(ErrorOf([&] { FromRaw(vtReferencePointer, address); }), kBadPointer) << "the object is dead";
+}
+
+TEST(ReferenceValue, DyingObjectsAreNeverFollowed) {
+  std::atomic<std::uint64_t> address{0};
+  std::atomic<bool> done{false};
+  std::thread follower([&] {
+    while (!done) {
+      const std::uint64_t number = address;
+      const std::string payload(reinterpret_cast<const char*>(&number), sizeof number);
+      std::string text;
+      const std::string error = ErrorOf([&] { text = FromRaw(vtReferencePointer, payload).ToString(); });
+      EXPECT_TRUE(error == kBadPointer || text == "<refptr/>" || text == "<nullref/>") << text << error;
+    }
+  });
+  for (int i = 0; i < 20'000; ++i) {
+    const VariantReferencePointer value(new ReferenceCounted);
+    address = value.GetAddress();
+  }
+  done = true;
+  follower.join();
 }
 
 }  // namespace
