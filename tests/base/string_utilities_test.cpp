@@ -26,7 +26,7 @@ TEST(Guid, IsReadWithAndWithoutBraces) {
   std::string hyphenMoved = kGuidText;
   std::swap(hyphenMoved[13], hyphenMoved[14]);
   for (const std::string& text :
-       {std::string(), "{" + kGuidText, kGuidText + "}", "{" + kGuidText + "} ", "(" + kGuidText + ")", kGuidText + "0",
+       {std::string(), "{" + kGuidText, kGuidText + "}", "{" + kGuidText + "} ", "{" + kGuidText + ")", kGuidText + "0",
         kGuidText.substr(1), "g" + kGuidText.substr(1), "\xFF" + kGuidText.substr(1), hyphenMoved}) {
     Guid guid = kGuid;
     EXPECT_FALSE(StringToGuid(text, guid)) << text;
