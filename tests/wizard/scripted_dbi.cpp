@@ -30,9 +30,9 @@ namespace scripted {
 /// What each function does when it is not told to fail; where a failure leaves no record, it does so as well.
 struct Functions {
   static void Register(Dbi& dbi, void* stream, IGenericDataReceivedCallback* callback) {
-    callback->AddRef();
     const std::lock_guard guard(dbi.lock_);
     dbi.receivers_.push_back({stream, callback});
+    callback->AddRef();
   }
   static void Unregister(Dbi& dbi, IGenericDataReceivedCallback* callback) {
     bool found = false;

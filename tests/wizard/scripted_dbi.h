@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "com/com_ptr.h"
 #include "tarn/dbi.h"
 
 namespace scripted {
@@ -90,17 +91,14 @@ class Dbi {
  private:
   template <class Action>
   bool WithReceiver(void* stream, Action action) {
-    IGenericDataReceivedCallback* receiver = nullptr;
+    Kestrel::ComPtr<IGenericDataReceivedCallback> receiver;
     {
       const std::lock_guard guard(lock_);
       for (const Registration& registration : receivers_)
-        if (!stream || registration.stream == stream) receiver = registration.receiver;
-      if (!receiver) return false;
-      receiver->AddRef();
+        if (!stream || registration.stream == stream) receiver = Kestrel::ComPtr(registration.receiver);
     }
-    action(*receiver);
-    receiver->Release();
-    return true;
+    if (receiver) action(*receiver.Get());
+    return static_cast<bool>(receiver);
   }
 
   friend struct Functions;
