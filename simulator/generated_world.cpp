@@ -45,10 +45,13 @@ std::string MacOf(std::string_view prefix, std::size_t index) {
 }
 
 /// 10.second.x.y; the last part is never 0 or 255.
-std::string IpOf(unsigned second, std::size_t index) {
+std::string IpOf(std::size_t second, std::size_t index) {
   constexpr std::size_t kPerNetwork = 254;
-  return "10." + std::to_string(second + index / kPerNetwork / 256) + "." + std::to_string(index / kPerNetwork % 256) +
-         "." + std::to_string(index % kPerNetwork + 1);
+  const std::size_t network = index / kPerNetwork;
+  char text[sizeof "10.255.255.255"];
+  std::snprintf(text, sizeof text, "10.%u.%u.%u", static_cast<unsigned>((second + network / 256) & 0xFF),
+                static_cast<unsigned>(network % 256), static_cast<unsigned>(index % kPerNetwork + 1));
+  return text;
 }
 
 CameraRecord MakeRecord(std::size_t index, Random& random) {
@@ -71,7 +74,7 @@ CameraRecord MakeRecord(std::size_t index, Random& random) {
   record.vendorDisplayName = vendor.vendor;
   record.model = vendor.model;
   record.firmwareVersion = std::to_string(1 + random.Below(9)) + "." + std::to_string(random.Below(40));
-  record.serialNumber = "S" + std::to_string(1'000'000 + index);
+  record.serialNumber = std::to_string(1'000'000 + index);
   return record;
 }
 

@@ -181,6 +181,8 @@ void JsonCursor::Fail(std::string_view what) const {
 }
 
 void JsonCursor::FailAt(std::string_view key, std::string_view what) const {
+  const auto member = std::find(node_.keys.begin(), node_.keys.end(), key);
+  if (member != node_.keys.end()) Child(static_cast<std::size_t>(member - node_.keys.begin())).Fail(what);
   const std::string parent = KeyPath();
   throw ScenarioMistake(path_, node_.line, parent.empty() ? std::string(key) : parent + "." + std::string(key), what);
 }

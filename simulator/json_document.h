@@ -51,7 +51,7 @@ class JsonCursor {
   std::uint64_t Number(std::uint64_t lowest, std::uint64_t highest) const;
 
   [[noreturn]] void Fail(std::string_view what) const;
-  /// About a member that is not there.
+  /// About a member of this object, which may be missing.
   [[noreturn]] void FailAt(std::string_view key, std::string_view what) const;
 
  private:

@@ -50,6 +50,8 @@ struct Occurrence {
 enum class Outcome { kAsUsual, kFailsWithRecord, kFailsWithoutRecord };
 
 struct FunctionFault {
+  FunctionFault() { failure.errorCode = kInjectedFault; }
+
   Function function = Function::kCreateLiveStream;
   Occurrence call;
   Outcome outcome = Outcome::kAsUsual;

@@ -111,7 +111,7 @@ void Stream::DeliverBlocks() {
       if (!WaitForBlock(guard)) return;
       block = world_.TakeBlock();
       const std::uint64_t delayMs = ApplyBlockFaults(*scenario_, number, block.bytes);
-      changed_.wait_for(guard, scenario_->Scaled(delayMs), [this] { return ended_; });
+      if (delayMs > 0) changed_.wait_for(guard, scenario_->Scaled(delayMs), [this] { return ended_; });
       registration = registration_;
     }
     // The callback may be gone by now; the block is lost then, as one under way would be.
