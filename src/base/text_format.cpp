@@ -36,23 +36,25 @@ std::size_t WidthOf(std::u16string_view digits) {
   return width;
 }
 
+/// Each unit of the format is looked at twice at most, so a long row of braces takes no more than linear time.
 class Expansion {
  public:
-  Expansion(std::u16string_view format, std::u16string& output, std::span<const std::u16string> arguments)
-      : format_(format), output_(output), arguments_(arguments), open_(format.find(u'{')), close_(format.find(u'}')) {}
+  Expansion(const char16_t* format, std::u16string& output, std::span<const std::u16string> arguments)
+      : format_(format), output_(output), arguments_(arguments) {}
 
   void Run() {
-    while (open_ != kNone || close_ != kNone) {
-      if (close_ < open_) {
-        CloseBrace();
-      } else if (close_ == kNone) {
-        LoneOpenBrace();
+    for (;;) {
+      const std::size_t brace = FirstBrace();
+      if (format_[brace] == 0) return CopyUpTo(brace);
+      if (format_[brace] == u'}') {
+        CloseBrace(brace);
+      } else if (const std::size_t close = FirstCloseBehind(brace); close == kNone) {
+        LoneOpenBrace(brace);
       } else {
-        output_.append(format_.substr(cursor_, open_ - cursor_));
-        Placeholder(format_.substr(open_ + 1, close_ - open_ - 1));
+        CopyUpTo(brace);
+        Placeholder(brace, close);
       }
     }
-    output_.append(format_.substr(cursor_));
   }
 
  private:
@@ -60,80 +62,85 @@ class Expansion {
     throw InvalidFormatStringException(reason, format_, position);
   }
 
-  /// A brace behind the cursor stands where it was found; only those that the cursor has passed are searched anew.
-  void MoveCursorTo(std::size_t position) {
-    cursor_ = position;
-    if (open_ < cursor_) open_ = format_.find(u'{', cursor_);
-    if (close_ < cursor_) close_ = format_.find(u'}', cursor_);
+  /// From the cursor on; the end where there is none.
+  std::size_t FirstBrace() const {
+    std::size_t position = cursor_;
+    while (format_[position] != 0 && format_[position] != u'{' && format_[position] != u'}') ++position;
+    return position;
   }
+  std::size_t FirstCloseBehind(std::size_t open) {
+    if (close_ > open) return close_;
+    std::size_t position = open + 1;
+    while (format_[position] != 0 && format_[position] != u'}') ++position;
+    return close_ = format_[position] == u'}' ? position : kNone;
+  }
+  bool IsDoubled(std::size_t brace) const { return format_[brace + 1] == format_[brace]; }
+  void CopyUpTo(std::size_t position) { output_.append(format_ + cursor_, position - cursor_); }
 
-  bool IsDoubled(std::size_t brace) const { return brace + 1 < format_.size() && format_[brace + 1] == format_[brace]; }
-
-  void CloseBrace() {
-    if (!IsDoubled(close_)) Fail(kIllegalEnd, close_);
-    output_.append(format_.substr(cursor_, close_ + 1 - cursor_));
-    MoveCursorTo(close_ + 2);
+  void CloseBrace(std::size_t close) {
+    if (!IsDoubled(close)) Fail(kIllegalEnd, close);
+    CopyUpTo(close + 1);
+    cursor_ = close + 2;
   }
 
   /// No "}" follows. The text in front of a doubled brace is lost; an error has no index, so its position is kNone.
-  void LoneOpenBrace() {
-    if (!IsDoubled(open_)) Fail(kIllegalBegin, kNone);
+  void LoneOpenBrace(std::size_t open) {
+    if (!IsDoubled(open)) Fail(kIllegalBegin, kNone);
     output_ += u'{';
-    MoveCursorTo(open_ + 2);
+    cursor_ = open + 2;
   }
 
-  void Placeholder(std::u16string_view inside) {
+  void Placeholder(std::size_t open, std::size_t close) {
+    const std::u16string_view inside(format_ + open + 1, close - open - 1);
+    cursor_ = close + 1;
     if (inside.size() == 1 && IsDigit(inside[0])) {
-      AppendArgument(DigitOf(inside[0]));
+      output_ += Argument(DigitOf(inside[0]), open, kIllegalArgument);
     } else if (inside.size() == 2 && IsDigit(inside[0]) && IsDigit(inside[1])) {
-      AppendArgument(10 * DigitOf(inside[0]) + DigitOf(inside[1]));
+      output_ += Argument(10 * DigitOf(inside[0]) + DigitOf(inside[1]), open, kIllegalArgument);
     } else if (inside.starts_with(u'{')) {
       output_ += u'{';
-      MoveCursorTo(open_ + 2);
+      cursor_ = open + 2;
     } else if (inside.size() > 2 && IsDigit(inside[0]) && inside[1] == u',') {
-      AppendAligned(DigitOf(inside[0]), inside.substr(2));
+      Aligned(open, inside);
     } else {
-      Fail(kIllegalFormat, open_);
+      Fail(kIllegalFormat, open);
     }
   }
 
-  void AppendArgument(std::size_t number) {
-    if (number >= arguments_.size()) Fail(kIllegalArgument, open_);
-    output_ += arguments_[number];
-    MoveCursorTo(close_ + 1);
-  }
-
-  void AppendAligned(std::size_t number, std::u16string_view digits) {
+  void Aligned(std::size_t open, std::u16string_view inside) {
+    std::u16string_view digits = inside.substr(2);
     const bool left = digits.starts_with(u'-');
     if (left) digits.remove_prefix(1);
-    if (digits.empty() || !std::all_of(digits.begin(), digits.end(), IsDigit)) Fail(kIllegalFormat, open_);
-    if (number >= arguments_.size()) Fail(kIllegalAlignedArgument, open_);
-    const std::u16string& argument = arguments_[number];
+    if (digits.empty() || !std::all_of(digits.begin(), digits.end(), IsDigit)) Fail(kIllegalFormat, open);
+    const std::u16string& argument = Argument(DigitOf(inside[0]), open, kIllegalAlignedArgument);
     const std::size_t width = WidthOf(digits);
     const std::size_t fill = width > argument.size() ? width - argument.size() : 0;
     if (!left) output_.append(fill, u' ');
     output_ += argument;
     if (left) output_.append(fill, u' ');
-    MoveCursorTo(close_ + 1);
   }
 
-  const std::u16string_view format_;
+  const std::u16string& Argument(std::size_t number, std::size_t open, const char* failure) const {
+    if (number >= arguments_.size()) Fail(failure, open);
+    return arguments_[number];
+  }
+
+  const char16_t* const format_;
   std::u16string& output_;
   const std::span<const std::u16string> arguments_;
   std::size_t cursor_ = 0;
-  std::size_t open_;   ///< first "{" from the cursor on
-  std::size_t close_;  ///< first "}" from the cursor on
+  std::size_t close_ = 0;  ///< first "}" behind the "{" that was looked at last, or kNone
 };
 
 }  // namespace
 
 void Format(const char16_t* format, std::u16string& output, std::span<const std::u16string> arguments) {
+  constexpr std::size_t kUsualLength = 40;
   if (!format) return;
-  const std::u16string_view text(format);
-  std::size_t likelyLength = output.size() + text.size();
+  std::size_t likelyLength = output.size() + kUsualLength;
   for (const std::u16string& argument : arguments) likelyLength += argument.size();
   output.reserve(likelyLength);
-  Expansion(text, output, arguments).Run();
+  Expansion(format, output, arguments).Run();
 }
 
 }  // namespace Kestrel::Text
