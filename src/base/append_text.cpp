@@ -1,5 +1,6 @@
 #include "base/append_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -8,16 +9,31 @@
 namespace Kestrel {
 namespace {
 
+bool IsAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+}
+
+void AppendAscii(std::u16string& target, std::string_view text) {
+  const std::size_t length = target.size();
+  target.resize(length + text.size());
+  std::copy(text.begin(), text.end(), target.data() + length);
+}
+
 void AppendDigits(std::u16string& target, auto number, int base) {
   std::array<char, 24> digits;
   const std::to_chars_result result = std::to_chars(digits.data(), digits.data() + digits.size(), number, base);
-  target.append(digits.data(), result.ptr);
+  AppendAscii(target, {digits.data(), result.ptr});
 }
 
 }  // namespace
 
 void AppendText(std::u16string& target, std::string_view text) {
-  target += AnsiToWide(text);
+  // ASCII is the same in every ANSI code page.
+  if (IsAscii(text)) {
+    AppendAscii(target, text);
+  } else {
+    target += AnsiToWide(text);
+  }
 }
 
 void AppendNumber(std::u16string& target, std::int64_t number) {

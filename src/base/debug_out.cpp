@@ -7,26 +7,27 @@
 
 namespace Kestrel {
 
-void DebugOut::Begin() {
-  record_.threadId = platform::GetCurrentThreadId();
-  streamer_ = DebugOutStreamer::Get();
+DebugOut::Message::Message(const char* source, std::uint32_t level, std::uint32_t targetFlags)
+    : record{platform::GetCurrentThreadId(), source, level}, flags(targetFlags), streamer(DebugOutStreamer::Get()) {}
+
+/// The settings may have come since the statement was created.
+void DebugOut::Message::Emit() const {
+  if (!streamer->IsActive() || !Passes(record.source, record.level)) return;
+  if (DebugOutReadyMark::IsSet()) return streamer->Emit(record, text, flags);
+  platform::OutputDebugStringW(u"STATOUT: ");
+  if (!text.empty()) platform::OutputDebugStringW(text.c_str());
 }
 
 void DebugOut::Finish() {
-  if (std::exchange(enabled_, false)) Emit();
-}
-
-/// The settings may have come since the statement was created.
-void DebugOut::Emit() const {
-  if (!streamer_->IsActive() || !Passes(record_.source, record_.level)) return;
-  if (DebugOutReadyMark::IsSet()) return streamer_->Emit(record_, text_, flags_);
-  platform::OutputDebugStringW(u"STATOUT: ");
-  if (!text_.empty()) platform::OutputDebugStringW(text_.c_str());
+  if (!message_) return;
+  const Message message = std::move(*message_);
+  message_.reset();
+  message.Emit();
 }
 
 void DebugOut::FinishQuietly() {
   try {
-    Finish();
+    message_->Emit();
   } catch (...) {  // a destructor must not throw
   }
 }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "base/append_text.h"
@@ -21,19 +22,18 @@ class DebugOut final : public ReferenceCounted {
  public:
   /// source may be null; it must outlive the statement. level is a DebugOutLevel, flags are of DebugOutTarget.
   /// May make the dispatcher, and throws what that throws.
-  DebugOut(const char* source, std::uint32_t level, std::uint32_t flags = dotDefault)
-      : record_{0, source, level}, flags_(flags), enabled_(Passes(source, level)) {
-    if (enabled_) Begin();
+  DebugOut(const char* source, std::uint32_t level, std::uint32_t flags = dotDefault) {
+    if (Passes(source, level)) message_.emplace(source, level, flags);
   }
   /// Finishes the statement. What a target throws then is lost.
   ~DebugOut() override {
-    if (enabled_) FinishQuietly();
+    if (message_) FinishQuietly();
   }
 
   /// Appends a value as append_text.h describes.
   template <class Value>
   DebugOut& operator<<(const Value& value) {
-    if (enabled_) AppendText(text_, value);
+    if (message_) AppendText(message_->text, value);
     return *this;
   }
 
@@ -42,20 +42,24 @@ class DebugOut final : public ReferenceCounted {
   void Finish();
 
  private:
+  struct Message {
+    Message(const char* source, std::uint32_t level, std::uint32_t targetFlags);
+    void Emit() const;
+
+    const DebugOutRecord record;
+    const std::uint32_t flags;
+    const ReferencePointer<DebugOutStreamer> streamer;
+    std::u16string text;
+  };
+
   static bool Passes(const char* source, std::uint32_t level) {
     const DebugOutSettings* const settings = DebugOutSettings::Get();
     return !settings || settings->IsEnabled(source, level);
   }
 
-  void Begin();
-  void Emit() const;
   void FinishQuietly();
 
-  DebugOutRecord record_;
-  const std::uint32_t flags_;
-  bool enabled_;                                 ///< decided at creation; ends when the statement is finished
-  ReferencePointer<DebugOutStreamer> streamer_;  ///< null in a statement that is not enabled
-  std::u16string text_;
+  std::optional<Message> message_;  ///< none in a statement that does not pass, or is finished
 };
 
 }  // namespace Kestrel

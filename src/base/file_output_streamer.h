@@ -4,11 +4,10 @@
 ///     <o>Camera answered</o>\r\n
 ///     </debugout>\r\n
 ///
-/// Level and source are escaped; the message is written as it is, for people rather than for a parser.
+/// The source is escaped; the message is written as it is, for people rather than for a parser.
 #pragma once
 
 #include <fstream>
-#include <optional>
 #include <string>
 
 #include "base/output_target.h"
@@ -24,7 +23,10 @@ class FileOutputStreamer final : public IDebugOutStreamerObject {
   bool Open(const char16_t* path) override;
 
  private:
-  std::optional<std::ofstream> file_;
+  std::filebuf file_;
+  // Kept from line to line for their room.
+  std::string block_;
+  std::string message_;
 };
 
 }  // namespace Kestrel

@@ -8,16 +8,15 @@
 namespace Kestrel {
 namespace {
 
-std::u16string HistoryLine(const DebugOutRecord& record, const std::u16string& text) {
+void SetHistoryLine(std::u16string& line, const DebugOutRecord& record, const std::u16string& text) {
   constexpr std::size_t kUsualFrame = 32;
-  std::u16string line;
+  line.clear();
   line.reserve(text.size() + kUsualFrame);
   AppendText(line, LevelText(record.level));
   line += u" : [";
   AppendText(line, record.source);
   line += u"] ";
   line += text;
-  return line;
 }
 
 TKestrelDateTime UtcNow() {
@@ -32,8 +31,15 @@ TKestrelDateTime UtcNow() {
 
 void OutputHistoryStreamer::Write(const DebugOutRecord& record, const std::u16string& text) {
   const std::lock_guard guard(lock_);
-  entries_.push_back({record.level, UtcNow(), HistoryLine(record, text)});
-  while (entries_.size() > capacity_) entries_.pop_front();
+  OutputHistoryEntry entry;
+  if (entries_.size() >= capacity_) {
+    entry = std::move(entries_.front());
+    entries_.pop_front();
+  }
+  entry.level = record.level;
+  entry.time = UtcNow();
+  SetHistoryLine(entry.line, record, text);
+  entries_.push_back(std::move(entry));
 }
 
 std::deque<OutputHistoryEntry> OutputHistoryStreamer::Entries() const {
