@@ -175,40 +175,43 @@ def comparable(result):
     return json.loads(re.sub(r'blobptr (\d+?)[0-9A-F]{16}"', r'blobptr \1"', json.dumps(result)))
 
 
-def main():
-    if len(sys.argv) < 2:
-        sys.exit(__doc__.strip())
-    probe = shlex.split(sys.argv[1])
-    count = int(sys.argv[2]) if len(sys.argv) > 2 else 3000
-    seed = int(sys.argv[3]) if len(sys.argv) > 3 else random.randrange(1 << 32)
-    print(f"seed {seed}, {count} messages", flush=True)
-    generator = Generator(seed)
-    messages, wanted, left_out = [], [], 0
-    while len(messages) < count:
-        kind, message_type, message = generator.message()
+def run(probe, messages):
+    """Plays the messages, prints where the two readings differ, and returns the exit code."""
+    wanted, played, left_out = [], [], 0
+    for message in messages:
         try:
-            wanted.append(expected(kind, message_type, message))
+            wanted.append(expected(*message))
+            played.append(message)
         except (NotImplementedError, OverflowError):  # not a number, or a year that this calendar lacks
             left_out += 1
-            continue
-        messages.append((kind, message_type, message))
     with tempfile.TemporaryDirectory() as folder:
         paths = [os.path.join(folder, name) for name in ("input", "output")]
         with open(paths[0], "wb") as file:
-            for kind, message_type, message in messages:
+            for kind, message_type, message in played:
                 file.write(kind.encode() + struct.pack("<II", message_type, len(message)) + message)
-        subprocess.run(probe + paths, check=True)
+        subprocess.run(shlex.split(probe) + paths, check=True)
         with open(paths[1], encoding="utf-8") as file:
             found = [json.loads(line) for line in file]
-    differences = [i for i in range(count) if i >= len(found) or comparable(found[i]) != comparable(wanted[i])]
+    differences = [i for i in range(len(played)) if i >= len(found) or comparable(found[i]) != comparable(wanted[i])]
     for i in differences[:5]:
-        kind, message_type, message = messages[i]
+        kind, message_type, message = played[i]
         print(f"message {i}: kind {kind}, type {message_type}: {message.hex()}")
         print(f"  library        {json.dumps(found[i]) if i < len(found) else 'nothing'}")
         print(f"  second reading {json.dumps(wanted[i])}")
     delivered = sum(1 for result in wanted if result.get("cameras") or result.get("delivered"))
-    print(f"{count - len(differences)} agree ({delivered} with something delivered), {len(differences)} differ, {left_out} left out")
+    print(f"{len(played) - len(differences)} agree ({delivered} with something delivered), {len(differences)} differ, "
+          f"{left_out} left out")
     return 1 if differences else 0
+
+
+def main():
+    if len(sys.argv) < 2:
+        sys.exit(__doc__.strip())
+    count = int(sys.argv[2]) if len(sys.argv) > 2 else 3000
+    seed = int(sys.argv[3]) if len(sys.argv) > 3 else random.randrange(1 << 32)
+    print(f"seed {seed}, {count} messages", flush=True)
+    generator = Generator(seed)
+    return run(sys.argv[1], [generator.message() for _ in range(count)])
 
 
 if __name__ == "__main__":
