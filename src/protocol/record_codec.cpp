@@ -63,8 +63,9 @@ constexpr Fixed Entry(std::string_view key, std::uint8_t tag) {
 }
 
 constexpr Fixed kRecordHead = Head(kRecordKeys.size());
-constexpr Fixed kTextHead = Head(1);
+constexpr Fixed kOneEntryHead = Head(1);
 constexpr Fixed kTextEntry = Entry(kListElementKey, Kestrel::vtString);
+constexpr Fixed kCameraListEntry = Entry(kCameraInfoListKey, Kestrel::vtBinaryData);
 constexpr Fixed kListHead = Fixed().Number(ListMarker);
 
 template <std::size_t row, class Value>
@@ -72,7 +73,7 @@ constexpr Fixed kRecordEntry = Entry(kRecordKeys[row].key, kTagOf<Value>);
 
 constexpr std::size_t kListHeadSize = kListHead.size + kLengthSize;
 /// A list's element of no text.
-constexpr std::size_t kSmallestText = kTextHead.size + kTextEntry.size + kLengthSize + 1;
+constexpr std::size_t kSmallestText = kOneEntryHead.size + kTextEntry.size + kLengthSize + 1;
 
 class Writer {
  public:
@@ -104,7 +105,7 @@ class Writer {
   void PutValue(Number number) { Put(&number, sizeof number); }
 
   void PutElement(const std::string& text) {
-    Put<kTextHead>();
+    Put<kOneEntryHead>();
     Put<kTextEntry>();
     PutValue(text);
   }
@@ -138,7 +139,7 @@ requires std::is_arithmetic_v<Number> std::size_t ValueSize(Number) {
 }
 
 std::size_t ElementSize(const std::string& text) {
-  return kTextHead.size + kTextEntry.size + ValueSize(text);
+  return kOneEntryHead.size + kTextEntry.size + ValueSize(text);
 }
 std::size_t ElementSize(const CameraRecord& record) {
   std::size_t size = kRecordHead.size;
@@ -182,7 +183,7 @@ class Reader {
   bool Read(std::string& text) {
     std::span<const std::uint8_t> bytes;
     if (!ReadSized(bytes) || bytes.empty()) return false;
-    text.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size() - 1);
+    text = std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size() - 1);
     return true;
   }
   bool Read(Texts& texts) {
@@ -197,7 +198,7 @@ class Reader {
     return true;
   }
 
-  bool ReadElement(std::string& text) { return Skip<kTextHead>() && Skip<kTextEntry>() && Read(text); }
+  bool ReadElement(std::string& text) { return Skip<kOneEntryHead>() && Skip<kTextEntry>() && Read(text); }
   bool ReadElement(CameraRecord& record) {
     bool usual = Skip<kRecordHead>();
     ForEachMember(record, [&](auto row, auto& value) {
@@ -232,6 +233,16 @@ std::size_t DecodeElement(std::span<const std::uint8_t> bytes, CameraRecord& rec
 }
 std::size_t DecodeElement(std::span<const std::uint8_t> bytes, std::string& text) {
   return Decode(bytes, text);
+}
+
+std::optional<CameraListHead> DecodeCameraListHead(std::span<const std::uint8_t> bytes) {
+  Reader reader(bytes);
+  std::uint32_t blockSize = 0;
+  std::uint32_t count = 0;
+  if (!reader.Skip<kOneEntryHead>() || !reader.Skip<kCameraListEntry>() || !reader.Read(blockSize) ||
+      !reader.Skip<kListHead>() || !reader.Read(count) || blockSize < kListHeadSize)
+    return std::nullopt;
+  return CameraListHead{bytes.size() - reader.GetRemaining(), count, blockSize - kListHeadSize};
 }
 
 std::size_t EncodedListSize(const std::vector<CameraRecord>& records) {

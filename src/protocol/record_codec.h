@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -21,6 +22,19 @@ namespace Tarn::CameraFinding {
 /// above, and the element, which must be fresh, holds anything then.
 std::size_t DecodeElement(std::span<const std::uint8_t> bytes, CameraRecord& record);
 std::size_t DecodeElement(std::span<const std::uint8_t> bytes, std::string& text);
+
+/// "VLIS", a name and a count take this much at least, so no bytes hold more elements than this allows, however many
+/// are claimed.
+inline constexpr std::size_t kSmallestElement = 10;
+
+/// A value list whose one entry is "CAMERAINFOLIST", up to its first record.
+struct CameraListHead {
+  std::size_t size;           ///< bytes of the head itself
+  std::uint32_t recordCount;  ///< not proven by any bytes yet
+  std::size_t recordsSize;    ///< bytes of all records together; likewise
+};
+/// The head at the beginning of the bytes; nothing where they are not in that form.
+std::optional<CameraListHead> DecodeCameraListHead(std::span<const std::uint8_t> bytes);
 
 /// Bytes of the block that holds the list.
 std::size_t EncodedListSize(const std::vector<CameraRecord>& records);

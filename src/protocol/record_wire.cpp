@@ -17,8 +17,6 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "numbers go onto the wire as they stand in memory");
 
-/// "VLIS", a name and a count take this much at least, so no block holds more elements than its bytes allow.
-constexpr std::size_t kSmallestElement = 10;
 /// A block of fewer bytes is none.
 constexpr std::size_t kSmallestListBlock = 5;
 
@@ -105,6 +103,20 @@ void ReadList(const Kestrel::ValueList& list, std::string_view key, std::vector<
   }
 }
 
+/// Reads a list that is in its usual form as a whole, and says how long it is; 0 for any other.
+std::size_t ReadUsualFirstRecord(std::span<const std::uint8_t> bytes, CameraRecord& first) {
+  const auto head = DecodeCameraListHead(bytes);
+  if (!head || head->recordsSize > bytes.size() - head->size) return 0;
+  auto unread = bytes.subspan(head->size, head->recordsSize);
+  for (std::uint32_t i = 0; i < head->recordCount; ++i) {
+    CameraRecord later;
+    const std::size_t size = DecodeElement(unread, i == 0 ? first : later);
+    if (size == 0) return 0;
+    unread = unread.subspan(size);
+  }
+  return head->size + head->recordsSize;
+}
+
 }  // namespace
 
 void WriteRecord(Kestrel::ValueList& list, const CameraRecord& record) {
@@ -144,15 +156,21 @@ void ReadRecordList(const Kestrel::ValueList& list, std::string_view key, std::v
 }
 
 CameraRecord ReadFirstRecord(Kestrel::Buffer& block) {
+  CameraRecord first;
+  const auto unread = block.GetBytes().last(static_cast<std::size_t>(block.GetUnreadLength()));
+  if (const std::size_t size = ReadUsualFirstRecord(unread, first)) {
+    block.Take(size);
+    return first;
+  }
+  first = CameraRecord();
   Kestrel::ValueList list;
   list.Read(block);
-  CameraRecord first;
   auto records = ListBlock::Find(list, kCameraInfoListKey);
   if (!records) return first;
   for (std::uint32_t i = 0; i < records->GetCount(); ++i) {
-    CameraRecord record;
+    CameraRecord later;
+    CameraRecord& record = i == 0 ? first : later;
     if (!records->ReadUsual(record)) record = records->ReadUnusual<CameraRecord>();
-    if (i == 0) first = std::move(record);
   }
   return first;
 }

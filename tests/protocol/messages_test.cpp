@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "base/exceptions.h"
+#include "protocol/camera_reply.h"
 #include "protocol/finder_messages.h"
 #include "protocol/record_wire.h"
 #include "protocol/request_wire.h"
@@ -71,26 +74,49 @@ TEST(FinderRequest, IsRefusedWhenCutOrNotOurs) {
   EXPECT_THROW(DecodeRequest(Bytes{0x0B, 0x84, 0, 0}, command), Kestrel::BufferException);
 }
 
+std::vector<CameraRecord> ReadAsAWhole(std::span<const std::uint8_t> reply) {
+  Kestrel::ValueList list;
+  DecodeReply(reply, list);
+  CameraListMessage message;
+  Serialize(list, Direction::kRead, message);
+  return message.cameras;
+}
+
+/// What comes of a reply: its cameras, or the exception.
+using ReadReply = std::vector<CameraRecord> (*)(std::span<const std::uint8_t>);
+nlohmann::json OutcomeOf(const Bytes& reply, ReadReply read) {
+  try {
+    auto cameras = nlohmann::json::array();
+    for (const CameraRecord& camera : read(reply)) cameras.push_back(CameraJson(camera));
+    return {{"cameras", cameras}};
+  } catch (const Kestrel::KestrelException& exception) {
+    return {{"throws", exception.GetClassName().substr(6)}, {"text", exception.GetDescription()}};
+  }
+}
+
 TEST(FinderReply, GivesTheRecordedCamerasOrTheRecordedException) {
   int played = 0;
   for (const auto& [name, expected] : ExpectedOfSamples().items()) {
     if (!name.starts_with("reply-")) continue;
     SCOPED_TRACE(name);
     ++played;
-    try {
-      Kestrel::ValueList reply;
-      DecodeReply(ReadSample(name), reply);
-      CameraListMessage message;
-      Serialize(reply, Direction::kRead, message);
-      auto cameras = nlohmann::json::array();
-      for (const CameraRecord& camera : message.cameras) cameras.push_back(CameraJson(camera));
-      EXPECT_EQ(cameras, expected["cameras"]);
-    } catch (const Kestrel::KestrelException& exception) {
-      EXPECT_EQ(exception.GetClassName(), "class " + expected.value("throws", ""));
-      EXPECT_EQ(exception.GetDescription(), expected.value("text", ""));
-    }
+    for (const ReadReply read : {ReadAsAWhole, ReadCameraReply}) EXPECT_EQ(OutcomeOf(ReadSample(name), read), expected);
   }
   EXPECT_EQ(played, 8);
+}
+
+TEST(FinderReply, DamagedAtTheSeamsOfItsLinesIsWhatItIsAsAWhole) {
+  const Bytes whole = ReadSample("reply-list-300.bin");
+  const std::size_t units = (whole.size() - 5) / 2 - 1;  // lines of 78, read 128 at a time
+  for (const std::size_t at :
+       {0UL, 5UL, 60UL, 75UL, 76UL, 77UL, 78UL, 9983UL, 9984UL, 9985UL, 19968UL, units - 2, units - 1}) {
+    for (const char16_t damage : {u'A', u'=', u'\r', u'!', u'\u0338', u'\0'}) {
+      SCOPED_TRACE(testing::Message() << at << " " << static_cast<int>(damage));
+      Bytes damaged = whole;
+      std::memcpy(&damaged[5 + 2 * at], &damage, sizeof damage);
+      EXPECT_EQ(OutcomeOf(damaged, ReadCameraReply), OutcomeOf(damaged, ReadAsAWhole));
+    }
+  }
 }
 
 TEST(FinderReply, IsWrittenAsRecordedByteForByte) {
