@@ -20,6 +20,25 @@ static_assert(std::endian::native == std::endian::little, "numbers go onto the w
 /// A block of fewer bytes is none.
 constexpr std::size_t kSmallestListBlock = 5;
 
+/// Finds the record's keys. As long as they stand in wire order from the front, the next one is where it is expected,
+/// and none of its name stands before it.
+class KeyFinder {
+ public:
+  explicit KeyFinder(const Kestrel::ValueList& list) : list_(list) {}
+
+  /// The first entry of the row's key, asked for row by row; null where there is none.
+  const Kestrel::Variant* Find(std::size_t row) {
+    const auto& entries = list_.GetEntries();
+    const std::string_view key = kRecordKeys[row].key;
+    inOrder_ = inOrder_ && row < entries.size() && entries[row].name == key;
+    return inOrder_ ? &entries[row].value : list_.Find(key);
+  }
+
+ private:
+  const Kestrel::ValueList& list_;
+  bool inOrder_ = true;
+};
+
 void ReadElement(const Kestrel::ValueList& list, CameraRecord& record) {
   ReadRecord(list, record);
 }
@@ -30,12 +49,15 @@ void ReadElement(const Kestrel::ValueList& list, std::string& text) {
 /// The elements of a list block, one after the other. The block's bytes must stay as long as it is read.
 class ListBlock {
  public:
-  /// The block under the key; nothing where there is none, it is no binary data, too short or without the marker.
-  static std::optional<ListBlock> Find(const Kestrel::ValueList& list, std::string_view key) {
-    const auto bytes = list.FindBinaryData(key);
-    if (!bytes || bytes->size() < kSmallestListBlock || std::memcmp(bytes->data(), &ListMarker, sizeof ListMarker) != 0)
+  /// The block that an entry holds; nothing where the entry is missing, no binary data, too short or without the
+  /// marker.
+  static std::optional<ListBlock> In(const Kestrel::Variant* entry) {
+    const auto* const data = entry ? entry->GetIf<Kestrel::BinaryData>() : nullptr;
+    if (!data) return std::nullopt;
+    const auto bytes = data->GetBytes();
+    if (bytes.size() < kSmallestListBlock || std::memcmp(bytes.data(), &ListMarker, sizeof ListMarker) != 0)
       return std::nullopt;
-    return ListBlock(bytes->subspan(sizeof ListMarker));
+    return ListBlock(bytes.subspan(sizeof ListMarker));
   }
 
   std::uint32_t GetCount() const { return count_; }
@@ -92,8 +114,8 @@ void WriteList(Kestrel::ValueList& list, std::string_view key, const std::vector
 }
 
 template <class Element>
-void ReadList(const Kestrel::ValueList& list, std::string_view key, std::vector<Element>& elements) {
-  auto block = ListBlock::Find(list, key);
+void ReadList(const Kestrel::Variant* entry, std::vector<Element>& elements) {
+  auto block = ListBlock::In(entry);
   if (!block) return;
   elements.reserve(elements.size() + block->GetCapacity());
   for (std::uint32_t i = 0; i < block->GetCount(); ++i) {
@@ -130,12 +152,14 @@ void WriteRecord(Kestrel::ValueList& list, const CameraRecord& record) {
 }
 
 void ReadRecord(const Kestrel::ValueList& list, CameraRecord& record) {
-  ForEachMember(record, [&](auto row, auto& value) {
-    constexpr std::string_view key = kRecordKeys[row].key;
-    if constexpr (std::is_same_v<decltype(value), std::vector<std::string>&>)
-      ReadStringList(list, key, value);
-    else
-      list.Get(key, value);
+  KeyFinder keys(list);
+  ForEachMember(record, [&keys](auto row, auto& value) {
+    using Value = std::remove_reference_t<decltype(value)>;
+    const Kestrel::Variant* const entry = keys.Find(row);
+    if constexpr (std::is_same_v<Value, std::vector<std::string>>)
+      ReadList(entry, value);
+    else if (entry)
+      value = entry->To<Value>();
   });
 }
 
@@ -144,7 +168,7 @@ void WriteStringList(Kestrel::ValueList& list, std::string_view key, const std::
 }
 
 void ReadStringList(const Kestrel::ValueList& list, std::string_view key, std::vector<std::string>& texts) {
-  ReadList(list, key, texts);
+  ReadList(list.Find(key), texts);
 }
 
 void WriteRecordList(Kestrel::ValueList& list, std::string_view key, const std::vector<CameraRecord>& records) {
@@ -152,7 +176,7 @@ void WriteRecordList(Kestrel::ValueList& list, std::string_view key, const std::
 }
 
 void ReadRecordList(const Kestrel::ValueList& list, std::string_view key, std::vector<CameraRecord>& records) {
-  ReadList(list, key, records);
+  ReadList(list.Find(key), records);
 }
 
 CameraRecord ReadFirstRecord(Kestrel::Buffer& block) {
@@ -165,7 +189,7 @@ CameraRecord ReadFirstRecord(Kestrel::Buffer& block) {
   first = CameraRecord();
   Kestrel::ValueList list;
   list.Read(block);
-  auto records = ListBlock::Find(list, kCameraInfoListKey);
+  auto records = ListBlock::In(list.Find(kCameraInfoListKey));
   if (!records) return first;
   for (std::uint32_t i = 0; i < records->GetCount(); ++i) {
     CameraRecord later;
