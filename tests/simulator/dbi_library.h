@@ -115,6 +115,11 @@ class Receiver : public IGenericDataReceivedCallback {
     return changed_.wait_for(guard, std::chrono::seconds(30), [&] { return references_ == 0; });
   }
 
+  int References() {
+    const std::lock_guard guard(lock_);
+    return references_;
+  }
+
   std::function<void()> onBlock;  ///< runs inside each delivery
   std::atomic<int> detached{0};
 

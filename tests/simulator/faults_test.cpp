@@ -142,7 +142,7 @@ TEST(LastError, BelongsToItsThreadAndHasAllTexts) {
   dbi.destroy(stream);
 }
 
-TEST(ScenarioFile, AMistakeIsWhatCreateTellsUntilItIsMended) {
+TEST(ScenarioFile, IsReadForEachStreamAndAMistakeIsWhatCreateTells) {
   const DbiLibrary dbi("{\n\"speed\": true}");
   Tarn::TTarnLiveStream* stream = nullptr;
   EXPECT_FALSE(dbi.create(nullptr, &stream));
@@ -151,6 +151,8 @@ TEST(ScenarioFile, AMistakeIsWhatCreateTellsUntilItIsMended) {
   DbiLibrary::WriteScenario("{}");
   EXPECT_TRUE(dbi.create(nullptr, &stream));
   dbi.destroy(stream);
+  DbiLibrary::WriteScenario("{");
+  EXPECT_FALSE(dbi.create(nullptr, &stream));
 }
 
 }  // namespace

@@ -61,16 +61,19 @@ TEST(Delivery, BlockFaultsCutAndAlterTheCountedBlocks) {
   EXPECT_EQ(blocks[3], whole[3]);
 }
 
-TEST(Delivery, EventsWaitWhileNobodyIsRegistered) {
-  const DbiLibrary dbi(Events(2));
+TEST(Delivery, EventsWaitWhileNobodyIsRegisteredAndPushesOfCommandsDoNot) {
+  const DbiLibrary dbi(Events(500));
   Receiver first, second;
   Tarn::TTarnLiveStream* const stream = dbi.StartStream();
+  void* reply = nullptr;
+  EXPECT_TRUE(dbi.Send(stream, "request-send-mac.bin", &reply));
+  EXPECT_TRUE(dbi.releaseReference(reply));
   first.onBlock = [&] { EXPECT_TRUE(dbi.setCallback(stream, kUnregisterDataCallback, &first)); };
   EXPECT_TRUE(dbi.setCallback(stream, kRegisterDataCallback, &first));
+  EXPECT_EQ(first.WaitForBlocks(1).at(0).first, 8U);
   EXPECT_TRUE(first.WaitUntilReleased());
   EXPECT_TRUE(dbi.setCallback(stream, kRegisterDataCallback, &second));
-  EXPECT_EQ(second.WaitForBlocks(1).size(), 1U);
-  EXPECT_EQ(first.WaitForBlocks(1).size(), 1U);
+  EXPECT_EQ(second.WaitForBlocks(499).size(), 499U);
   dbi.destroy(stream);
   EXPECT_TRUE(second.WaitUntilReleased());
 }
@@ -157,6 +160,7 @@ TEST(Unload, WithAnOpenStreamAReplyAndAThreadLeavesNobodyBehind) {
       EXPECT_EQ(receiver.WaitForBlocks(1).size(), 1U);
     }
     EXPECT_EQ(receiver.detached, 0);
+    EXPECT_EQ(receiver.References(), 1);
   }
 }
 
