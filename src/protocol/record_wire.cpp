@@ -61,8 +61,8 @@ class ListBlock {
   }
 
   std::uint32_t GetCount() const { return count_; }
-  /// How many elements to make room for: never more than the bytes can hold.
-  std::size_t GetCapacity() const { return std::min<std::size_t>(count_, unread_.size() / kSmallestElement); }
+  /// More elements than this are not to come, whatever the count says: the bytes cannot hold them.
+  std::size_t GetMost() const { return std::min<std::size_t>(count_, unread_.size() / kSmallestElement); }
 
   /// Reads the next element into a fresh one. False where it is not in its usual form: it holds anything then, and
   /// ReadUnusual reads the same element again.
@@ -117,10 +117,12 @@ template <class Element>
 void ReadList(const Kestrel::Variant* entry, std::vector<Element>& elements) {
   auto block = ListBlock::In(entry);
   if (!block) return;
-  elements.reserve(elements.size() + block->GetCapacity());
+  elements.reserve(elements.size() + block->GetMost());
   for (std::uint32_t i = 0; i < block->GetCount(); ++i) {
-    if (block->ReadUsual(elements.emplace_back())) continue;
-    elements.pop_back();
+    if (block->GetMost() > 0) {
+      if (block->ReadUsual(elements.emplace_back())) continue;
+      elements.pop_back();
+    }
     elements.push_back(block->ReadUnusual<Element>());
   }
 }
