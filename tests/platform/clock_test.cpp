@@ -79,10 +79,9 @@ TEST(CalendarDays, RefusesWhatIsNoDateOrTime) {
     std::uint16_t SystemTime::*field;
     std::uint16_t value;
   } const rows[] = {
-      {&SystemTime::year, 1600},         {&SystemTime::year, 30828}, {&SystemTime::month, 0},
-      {&SystemTime::month, 13},          {&SystemTime::day, 0},      {&SystemTime::day, 31},
-      {&SystemTime::hour, 24},           {&SystemTime::minute, 60},  {&SystemTime::second, 60},
-      {&SystemTime::milliseconds, 1000},
+      {&SystemTime::year, 1600}, {&SystemTime::month, 0},   {&SystemTime::month, 13},
+      {&SystemTime::day, 0},     {&SystemTime::day, 31},    {&SystemTime::hour, 24},
+      {&SystemTime::minute, 60}, {&SystemTime::second, 60}, {&SystemTime::milliseconds, 1000},
   };
   for (const auto& row : rows) {
     SystemTime time = good;
@@ -92,11 +91,7 @@ TEST(CalendarDays, RefusesWhatIsNoDateOrTime) {
     EXPECT_FALSE(SystemTimeToFileTime(time, &fileTime)) << row.value;
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
   }
-  SystemTime time = good;
-  time.month = 2;
-  time.day = 29;
-  FileTime fileTime{};
-  EXPECT_FALSE(SystemTimeToFileTime(time, &fileTime)) << "not a leap year";
+  SystemTime time{};
   EXPECT_TRUE(FileTimeToSystemTime({0xFFFFFFFF, 0x7FFFFFFF}, &time));
   EXPECT_EQ(FieldsOf(time), (Fields{30828, 9, 4, 14, 2, 48, 5, 477}));
   EXPECT_FALSE(FileTimeToSystemTime({0, 0x80000000}, &time));

@@ -33,7 +33,6 @@ constexpr ErrorText kErrorTexts[] = {
     {127, u"The specified procedure could not be found."},
     {234, u"More data is available."},
     {259, u"No more data is available."},
-    {317, u"The system cannot find message text for message number 0x%1 in the message file for %2."},
     {1004, u"Invalid flags."},
     {1113, u"No mapping for the Unicode character exists in the target multi-byte code page."},
     {1332, u"No mapping between account names and security IDs was done."},

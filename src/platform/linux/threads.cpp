@@ -74,7 +74,6 @@ struct Worker {
   void (*task)(void*) = nullptr;
   void* context = nullptr;
   int delivererProcessor = -1;
-  bool mayWatch = false;
   alignas(64) Signal finished;
   alignas(64) Worker* next = nullptr;
   pthread_t thread{};
@@ -92,7 +91,7 @@ void* WorkerMain(void* argument) {
     if (!worker->task) return nullptr;
     const bool closely = Clock::now() - idleSince < kLongestWatch;
     worker->task(worker->context);
-    watch = closely && worker->mayWatch && sched_getcpu() != worker->delivererProcessor;
+    watch = closely && sched_getcpu() != worker->delivererProcessor;
     worker->finished.Set();
     idleSince = Clock::now();
   }
@@ -173,7 +172,6 @@ bool RunOnWorkerAndWait(void (*task)(void*), void* context) {
   worker->task = task;
   worker->context = context;
   worker->delivererProcessor = sched_getcpu();
-  worker->mayWatch = true;
   const bool watched = worker->start.Set();
   worker->finished.Wait(watched);
   idleWorkers.Put(worker);

@@ -1,0 +1,106 @@
+#include "platform/threads.h"
+
+#include <atomic>
+#include <limits>
+#include <new>
+
+#include "platform/windows/api.h"
+
+/// The workers are the threads of a pool of the system. Between tasks they sit in the system's code, so the library can
+/// be unloaded while they live; a thread of its own could neither be waited for under the loader's lock nor left alone.
+namespace platform {
+namespace {
+
+/// One hand-over at a time. The work item is made once and submitted for every task.
+struct alignas(MEMORY_ALLOCATION_ALIGNMENT) Slot {
+  SLIST_ENTRY idle;  ///< first, so that its address is the slot's
+  PTP_WORK work = nullptr;
+  void (*task)(void*) = nullptr;
+  void* context = nullptr;
+  std::atomic<std::uint32_t> done{0};
+};
+
+/// Zeros are an empty list.
+constinit SLIST_HEADER idleSlots{};
+constinit std::atomic<PTP_POOL> pool{nullptr};
+/// Set when the process ends: every other thread is gone then, perhaps in the middle of a task.
+constinit bool processEnds = false;
+
+/// A pool of its own, for the default one has 500 threads at most, and tasks that wait for others nest without bound.
+/// Null where there is no memory.
+PTP_POOL Pool() {
+  PTP_POOL existing = pool.load(std::memory_order_acquire);
+  if (existing) return existing;
+  const PTP_POOL made = CreateThreadpool(nullptr);
+  if (!made) return nullptr;
+  SetThreadpoolThreadMaximum(made, std::numeric_limits<LONG>::max());
+  if (pool.compare_exchange_strong(existing, made, std::memory_order_acq_rel)) return made;
+  CloseThreadpool(made);
+  return existing;
+}
+
+/// The deliverer may go on, and use the slot again, before the call that wakes it has returned.
+void CALLBACK RunTask(PTP_CALLBACK_INSTANCE, void* argument, PTP_WORK) {
+  auto* const slot = static_cast<Slot*>(argument);
+  slot->task(slot->context);
+  slot->done.store(1, std::memory_order_release);
+  WakeByAddressSingle(&slot->done);
+}
+
+Slot* NewSlot() {
+  const PTP_POOL threads = Pool();
+  Slot* const slot = threads ? new (std::nothrow) Slot : nullptr;
+  if (!slot) return nullptr;
+  TP_CALLBACK_ENVIRON environment;
+  InitializeThreadpoolEnvironment(&environment);
+  SetThreadpoolCallbackPool(&environment, threads);
+  slot->work = CreateThreadpoolWork(RunTask, slot, &environment);
+  if (slot->work) return slot;
+  delete slot;
+  return nullptr;
+}
+
+Slot* TakeIdleSlot() {
+  return reinterpret_cast<Slot*>(InterlockedPopEntrySList(&idleSlots));
+}
+
+}  // namespace
+
+std::uint32_t GetCurrentThreadId() {
+  return ::GetCurrentThreadId();
+}
+
+bool RunOnWorkerAndWait(void (*task)(void*), void* context) {
+  Slot* slot = TakeIdleSlot();
+  if (!slot) slot = NewSlot();
+  if (!slot) return false;
+  slot->task = task;
+  slot->context = context;
+  slot->done.store(0, std::memory_order_relaxed);
+  SubmitThreadpoolWork(slot->work);
+  std::uint32_t notDone = 0;
+  while (slot->done.load(std::memory_order_acquire) == notDone)
+    WaitOnAddress(&slot->done, &notDone, sizeof notDone, INFINITE);
+  InterlockedPushEntrySList(&idleSlots, &slot->idle);
+  return true;
+}
+
+void StopWorkers() {
+  if (processEnds) return;
+  while (Slot* const slot = TakeIdleSlot()) {
+    // A callback may still be on its way back from waking its deliverer.
+    WaitForThreadpoolWorkCallbacks(slot->work, FALSE);
+    CloseThreadpoolWork(slot->work);
+    delete slot;
+  }
+  if (const PTP_POOL unused = pool.exchange(nullptr, std::memory_order_acq_rel)) CloseThreadpool(unused);
+}
+
+}  // namespace platform
+
+/// Runs before the library's destructors. There is a reserved pointer at the end of the process, and none when the
+/// library is unloaded.
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* reserved) {
+  if (reason == DLL_PROCESS_DETACH && reserved) platform::processEnds = true;
+  return TRUE;
+}

@@ -1,0 +1,17 @@
+// A library that hands over work and stops its workers when it is unloaded.
+#include "platform/threads.h"
+
+extern "C" int HandOver(int times) {
+  int runs = 0;
+  for (int i = 0; i < times; ++i)
+    if (!platform::RunOnWorkerAndWait([](void* context) { ++*static_cast<int*>(context); }, &runs)) return -1;
+  return runs;
+}
+
+namespace {
+
+struct Module {
+  ~Module() { platform::StopWorkers(); }
+} module;
+
+}  // namespace
