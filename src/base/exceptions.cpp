@@ -1,5 +1,7 @@
 #include "base/exceptions.h"
 
+#include <utility>
+
 #include "base/exception_history.h"
 #include "base/text_conversion.h"
 #include "platform/errors.h"
@@ -24,7 +26,7 @@ std::u16string DescribeSystemError(std::uint32_t code, const char* context) {
   std::u16string text = TextOfSystemError(code);
   std::string suffix = " [ErrorCode #" + std::to_string(code) + "]";
   if (context && *context) suffix.append(" in ").append(context);
-  return text += AnsiToWide(suffix);
+  return text += AnsiToWideOrAscii(suffix);
 }
 
 std::string DescribeMissingMemory(std::uint64_t size) {
@@ -51,6 +53,15 @@ KestrelException::KestrelException(std::uint32_t errorClass, std::uint32_t error
   ExceptionHistory::Add(*this);
 }
 
+KestrelException::KestrelException(std::uint32_t errorClass, std::uint32_t errorCode, std::string description,
+                                   std::u16string_view wideDescription)
+    : errorClass_(errorClass),
+      errorCode_(errorCode),
+      description_(std::move(description)),
+      wideDescription_(wideDescription) {
+  ExceptionHistory::Add(*this);
+}
+
 KestrelException::KestrelException(std::string_view description) : KestrelException(ecGeneral, 0, description) {}
 
 const char* KestrelException::what() const noexcept {
@@ -62,7 +73,10 @@ std::string KestrelException::GetClassName() const {
 }
 
 SystemException::SystemException(std::uint32_t errorCode, const char* context)
-    : KestrelException(ecSystem, errorCode, DescribeSystemError(errorCode, context), {}) {}
+    : SystemException(errorCode, DescribeSystemError(errorCode, context)) {}
+
+SystemException::SystemException(std::uint32_t errorCode, const std::u16string& wideDescription)
+    : KestrelException(ecSystem, errorCode, WideToAnsiOrAscii(wideDescription), wideDescription) {}
 
 OutOfMemoryException::OutOfMemoryException(std::uint64_t size)
     : KestrelException(ecOutOfMemory, 0, DescribeMissingMemory(size)) {}
@@ -80,7 +94,9 @@ Text::InvalidFormatStringException::InvalidFormatStringException(std::string_vie
       position_(position) {}
 
 void ThrowLastSystemError(const char* context) {
-  throw SystemException(platform::GetLastError(), context);
+  // Before the exception's own memory is taken, which may reset it.
+  const std::uint32_t code = platform::GetLastError();
+  throw SystemException(code, context);
 }
 void ThrowSystemError(std::uint32_t code, const char* context) {
   throw SystemException(code, context);

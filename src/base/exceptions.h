@@ -44,6 +44,9 @@ class KestrelException : public std::exception {
  protected:
   /// Narrow description with a class and a code.
   KestrelException(std::uint32_t errorClass, std::uint32_t errorCode, std::string_view description);
+  /// Both descriptions as they are.
+  KestrelException(std::uint32_t errorClass, std::uint32_t errorCode, std::string description,
+                   std::u16string_view wideDescription);
 
  private:
   std::uint32_t errorClass_ = ecGeneral;
@@ -54,9 +57,13 @@ class KestrelException : public std::exception {
 };
 
 /// A failing system call: "<system text> [ErrorCode #<code>] in <context>"; without " in " where there is no context.
+/// Where the ANSI code page refuses, which is what the exception may be about, its texts keep their ASCII.
 class SystemException : public KestrelException {
  public:
   SystemException(std::uint32_t errorCode, const char* context);
+
+ private:
+  SystemException(std::uint32_t errorCode, const std::u16string& wideDescription);
 };
 
 /// "Out of memory during allocation of <size> bytes in FlatMemory".

@@ -8,6 +8,7 @@
 #include "platform/code_pages.h"
 #include "platform/debugger.h"
 #include "platform/error_codes.h"
+#include "platform/errors.h"
 
 namespace Kestrel {
 namespace {
@@ -38,36 +39,6 @@ struct Narrowing {
   static constexpr auto kConvert = platform::WideCharToMultiByte;
 };
 
-/// Set while this thread builds the exception of a failed conversion. Its texts pass through the converters too: where
-/// those fail again, the texts are taken as ASCII, for otherwise there would be no end.
-constinit thread_local bool reportingFailure = false;
-
-class FailureReport {
- public:
-  FailureReport() { reportingFailure = true; }
-  ~FailureReport() { reportingFailure = false; }
-};
-
-template <class Direction>
-void CopyAscii(std::basic_string<typename Direction::Target>& target, const typename Direction::Source* source,
-               int length) {
-  using Target = typename Direction::Target;
-  const auto units =
-      length < 0 ? std::char_traits<typename Direction::Source>::length(source) : static_cast<std::size_t>(length);
-  target.resize(units);
-  std::transform(source, source + units, target.begin(), [](auto unit) {
-    return static_cast<unsigned>(unit) < 0x80 ? static_cast<Target>(unit) : static_cast<Target>('?');
-  });
-}
-
-template <class Direction>
-void FailOrCopyAscii(std::basic_string<typename Direction::Target>& target, const typename Direction::Source* source,
-                     int length) {
-  if (reportingFailure) return CopyAscii<Direction>(target, source, length);
-  const FailureReport report;
-  ThrowLastSystemError(Direction::kContext);
-}
-
 /// Converts length > 0 units without asking for the size first. False where the system refuses.
 template <class Direction>
 bool ConvertInPlace(std::basic_string<typename Direction::Target>& target, std::uint32_t codePage, std::uint32_t flags,
@@ -85,20 +56,31 @@ bool ConvertInPlace(std::basic_string<typename Direction::Target>& target, std::
   return units > 0;
 }
 
+/// False, with the thread's last error set, where the system refuses.
+template <class Direction>
+bool TryConvert(std::basic_string<typename Direction::Target>& target, std::uint32_t codePage, std::uint32_t flags,
+                const typename Direction::Source* source, int length) {
+  if (!source || length == 0 || *source == 0) {
+    target.clear();
+    return true;
+  }
+  if (length > Direction::kMaxLength) {
+    platform::SetLastError(platform::ERROR_INVALID_PARAMETER);
+    return false;
+  }
+  if (length > 0 && ConvertInPlace<Direction>(target, codePage, flags, source, length)) return true;
+
+  const int required = Direction::kConvert(codePage, flags, source, length, nullptr, 0);
+  if (required < 1) return false;
+  // The terminator of a NUL-terminated source falls onto the one that the target has anyway.
+  target.resize(static_cast<std::size_t>(length < 0 ? required - 1 : required));
+  return Direction::kConvert(codePage, flags, source, length, target.data(), required) >= 1;
+}
+
 template <class Direction>
 void Convert(std::basic_string<typename Direction::Target>& target, std::uint32_t codePage, std::uint32_t flags,
              const typename Direction::Source* source, int length) {
-  if (!source || length == 0 || *source == 0) return target.clear();
-  if (length > Direction::kMaxLength) ThrowSystemError(platform::ERROR_INVALID_PARAMETER, Direction::kContext);
-  if (length > 0 && ConvertInPlace<Direction>(target, codePage, flags, source, length)) return;
-
-  const int required = Direction::kConvert(codePage, flags, source, length, nullptr, 0);
-  if (required < 1) return FailOrCopyAscii<Direction>(target, source, length);
-  // The terminator of a NUL-terminated source falls onto the one that the target has anyway.
-  target.resize(static_cast<std::size_t>(length < 0 ? required - 1 : required));
-  if (Direction::kConvert(codePage, flags, source, length, target.data(), required) < 1) {
-    FailOrCopyAscii<Direction>(target, source, length);
-  }
+  if (!TryConvert<Direction>(target, codePage, flags, source, length)) ThrowLastSystemError(Direction::kContext);
 }
 
 /// A view has no terminator to read up to, which a length that has become negative would ask for.
@@ -116,6 +98,21 @@ std::basic_string<typename Direction::Target> Converted(std::uint32_t codePage, 
                                                         std::basic_string_view<typename Direction::Source> text) {
   std::basic_string<typename Direction::Target> target;
   Convert<Direction>(target, codePage, flags, text.data(), LengthOf<Direction>(text));
+  return target;
+}
+
+/// In the ANSI code page; where the system refuses that, what is not ASCII becomes "?".
+template <class Direction>
+std::basic_string<typename Direction::Target> ConvertedOrAscii(
+    std::uint32_t flags, std::basic_string_view<typename Direction::Source> text) {
+  using Target = typename Direction::Target;
+  std::basic_string<Target> target;
+  const auto length = static_cast<int>(std::min<std::size_t>(text.size(), Direction::kMaxLength));
+  if (TryConvert<Direction>(target, kAnsiCodePage, flags, text.data(), length)) return target;
+  target.resize(text.size());
+  std::ranges::transform(text, target.begin(), [](auto unit) {
+    return static_cast<unsigned>(unit) < 0x80 ? static_cast<Target>(unit) : static_cast<Target>('?');
+  });
   return target;
 }
 
@@ -140,6 +137,13 @@ std::u16string AnsiToWide(std::string_view narrow) {
 }
 std::string WideToAnsi(std::u16string_view wide) {
   return Converted<Narrowing>(kAnsiCodePage, kNarrowFlags, wide);
+}
+
+std::u16string AnsiToWideOrAscii(std::string_view narrow) {
+  return ConvertedOrAscii<Widening>(kWidenFlags, narrow);
+}
+std::string WideToAnsiOrAscii(std::u16string_view wide) {
+  return ConvertedOrAscii<Narrowing>(kNarrowFlags, wide);
 }
 
 std::uint32_t ClipSizeT(std::uint64_t size) {

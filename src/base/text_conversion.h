@@ -31,6 +31,11 @@ std::string WideToUtf8(std::u16string_view wide);
 std::u16string AnsiToWide(std::string_view narrow);
 std::string WideToAnsi(std::u16string_view wide);
 
+/// For the report of a failed conversion, which must not fail again: where the system refuses, what is not ASCII
+/// becomes "?".
+std::u16string AnsiToWideOrAscii(std::string_view narrow);
+std::string WideToAnsiOrAscii(std::u16string_view wide);
+
 /// size, or 0xFFFFFFFF and the debugger line "ClipSizeT failed - Size > MaxSize" where it does not fit into 32 bits.
 std::uint32_t ClipSizeT(std::uint64_t size);
 

@@ -1,6 +1,6 @@
 #include "wizard/scripted_dbi.h"
 
-#include <cstring>
+#include <algorithm>
 
 using scripted::Failure;
 using scripted::Function;
@@ -48,7 +48,7 @@ struct Functions {
     dbi.lastRequest_.assign(bytes, bytes + size);
     // A block of exactly the reply's size, so that a read beyond it is seen.
     auto* const copy = new std::uint8_t[dbi.reply_.size()];
-    std::memcpy(copy, dbi.reply_.data(), dbi.reply_.size());
+    std::ranges::copy(dbi.reply_, copy);
     ++dbi.openReplies_;
     *reply = copy;
     *replySize = static_cast<std::uint32_t>(dbi.reply_.size());
