@@ -156,17 +156,6 @@ INSTANTIATE_TEST_SUITE_P(
         InsideRow{"Throws", [](auto&, auto&, auto&) { throw std::runtime_error("wizard"); }, "unregister destroy"}),
     [](const auto& row) { return row.param.name; });
 
-TEST_F(Lifecycle, AnExceptionEndsItsBlockOnlyAndOfValuesNotEvenThat) {
-  const FinderLibrary library;
-  const auto finder = library.MakeFinder();
-  RecordingCallback callback;
-  callback.onPicture = callback.onValues = callback.onCamera = [] { throw 5; };
-  finder->SetNewCameraDataCallback(&callback);
-  for (const char* name : {"1-picture", "2-values", "3-camera"})
-    ASSERT_TRUE(dbi.Push(static_cast<std::uint32_t>(name[0] - '0'), ReadSample("block-" + std::string(name) + ".bin")));
-  EXPECT_EQ(callback.Count(), 3U);
-}
-
 TEST_F(Lifecycle, AfterOnDetachBlocksAreDropped) {
   const FinderLibrary library;
   const auto finder = library.MakeFinder();
@@ -197,29 +186,6 @@ TEST_F(Lifecycle, TheLastReleaseOnAnotherThreadWaitsForNothingAndFreesNothingInU
   mayLeave.set_value();
   delivery.join();
   EXPECT_EQ(callback.references, 0U);
-}
-
-TEST_F(Lifecycle, EveryBlockOfEightThreadsIsDeliveredOnce) {
-  constexpr int kThreads = 8, kBlocks = 200;
-  const FinderLibrary library;
-  RecordingCallback callback;
-  std::atomic<int> cameras = 0, values = 0;
-  callback.onCamera = [&] { ++cameras; };
-  callback.onValues = [&] { ++values; };
-  const auto finder = library.MakeFinder();
-  finder->SetNewCameraDataCallback(&callback);
-  const Bytes valueBlock = ReadSample("block-2-values.bin");
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t)
-    threads.emplace_back([&] {
-      for (int i = 0; i < kBlocks; ++i) {
-        dbi.Push(3, CameraBlock());
-        dbi.Push(2, valueBlock);
-      }
-    });
-  for (auto& thread : threads) thread.join();
-  EXPECT_EQ(cameras, kThreads * kBlocks);
-  EXPECT_EQ(values, kThreads * kBlocks);
 }
 
 }  // namespace
