@@ -19,9 +19,9 @@ void AppendAscii(std::u16string& target, std::string_view text) {
   std::copy(text.begin(), text.end(), target.data() + length);
 }
 
-void AppendDigits(std::u16string& target, auto number, int base) {
+void AppendDigits(std::u16string& target, auto number) {
   std::array<char, 24> digits;
-  const std::to_chars_result result = std::to_chars(digits.data(), digits.data() + digits.size(), number, base);
+  const std::to_chars_result result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
   AppendAscii(target, {digits.data(), result.ptr});
 }
 
@@ -37,15 +37,15 @@ void AppendText(std::u16string& target, std::string_view text) {
 }
 
 void AppendNumber(std::u16string& target, std::int64_t number) {
-  AppendDigits(target, number, 10);
+  AppendDigits(target, number);
 }
 void AppendNumber(std::u16string& target, std::uint64_t number) {
-  AppendDigits(target, number, 10);
+  AppendDigits(target, number);
 }
 
 void AppendAddress(std::u16string& target, const void* address) {
-  if (address) target += u"0x";
-  AppendDigits(target, reinterpret_cast<std::uintptr_t>(address), 16);
+  const auto number = reinterpret_cast<std::uintptr_t>(address);
+  for (int shift = 60; shift >= 0; shift -= 4) target += u"0123456789ABCDEF"[number >> shift & 0xF];
 }
 
 }  // namespace Kestrel

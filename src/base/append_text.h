@@ -2,7 +2,7 @@
 ///
 ///     text, characters      as they are; narrow ones are widened with the ANSI code page; a null pointer gives nothing
 ///     integers, bool        decimal
-///     any other pointer     "0x" and hexadecimal digits; "0" for null
+///     any other pointer     16 hexadecimal digits, upper case
 #pragma once
 
 #include <concepts>
