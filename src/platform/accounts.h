@@ -5,7 +5,8 @@
 
 namespace platform {
 
-/// Each takes the room in units with the NUL; *units receives the length. False on failure, with the last error set.
+/// Each takes the room in units with the NUL; *units receives the length (GetUserNameW counts the NUL), or the room
+/// that is needed. False on failure, with the last error set.
 bool GetUserNameExSamCompatible(char16_t* name, std::uint32_t* units);
 bool GetUserNameW(char16_t* name, std::uint32_t* units);
 /// Security identifier of an account on the local machine. False with ERROR_INSUFFICIENT_BUFFER where sid or domain is

@@ -1,8 +1,11 @@
 #include "platform/linux/utf8.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
+
+#include "platform/linux/utf8_avx2.h"
 
 namespace platform {
 namespace {
@@ -36,6 +39,10 @@ void StoreAscii(const char16_t* from, char* target) {
   std::memcpy(target, &bytes, sizeof bytes / 2);
 }
 
+/// The bits that no ASCII unit has, in every unit of a word.
+template <class Unit>
+constexpr std::uint64_t kNotAscii = sizeof(Unit) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;
+
 template <class Unit>
 class Writer {
  public:
@@ -47,6 +54,14 @@ class Writer {
   void PutAscii(const From* block, std::size_t count) {
     StoreAscii(block, next_);
     next_ += count;
+  }
+  /// Stores what the vector functions take of it. Returns how many units that were.
+  template <class From>
+  std::size_t PutLongRun(const From* from, std::size_t units) {
+    const std::size_t room = static_cast<std::size_t>(end_ - next_);
+    const std::size_t copied = HasAvx2() ? CopyAsciiAvx2(from, std::min(units, room), next_) : 0;
+    next_ += copied;
+    return copied;
   }
   std::size_t Count() const { return static_cast<std::size_t>(next_ - start_); }
 
@@ -65,15 +80,15 @@ class Counter {
   void PutAscii(const From*, std::size_t count) {
     count_ += count;
   }
+  template <class From>
+  std::size_t PutLongRun(const From*, std::size_t) {
+    return 0;
+  }
   std::size_t Count() const { return count_; }
 
  private:
   std::size_t count_ = 0;
 };
-
-/// The bits that no ASCII unit has, in every unit of a word.
-template <class Unit>
-constexpr std::uint64_t kNotAscii = sizeof(Unit) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;
 
 /// Units at the beginning of a block that are ASCII.
 template <class Unit>
@@ -87,31 +102,17 @@ std::size_t AsciiUnits(const Unit* block) {
   return static_cast<std::size_t>(bits) / (8 * sizeof(Unit));
 }
 
-constexpr std::size_t kLongRun = 4;  // blocks
-
-template <class Unit>
-bool IsLongRun(const Unit* from) {
-  Block bits{};
-  for (std::size_t i = 0; i < kLongRun; ++i) bits |= Load(from + i * kBlockUnits<Unit>);
-  std::uint64_t words[2];
-  std::memcpy(words, &bits, sizeof words);
-  return ((words[0] | words[1]) & kNotAscii<Unit>) == 0;
-}
-
 /// Copies ASCII up to the first other unit, or to where less than a block is left. Returns the place reached.
 template <class Unit, class Output>
 const Unit* CopyAscii(const Unit* next, const Unit* end, Output& output) {
   constexpr std::size_t kUnits = kBlockUnits<Unit>;
-  const auto has = [&](std::size_t units) {
-    return static_cast<std::size_t>(end - next) >= units && output.HasRoom(units);
-  };
-  while (has(kUnits)) {
+  const auto left = [&] { return static_cast<std::size_t>(end - next); };
+  while (left() >= kUnits && output.HasRoom(kUnits)) {
     const std::size_t ascii = AsciiUnits(next);
     output.PutAscii(next, ascii);
     next += ascii;
     if (ascii < kUnits) break;
-    while (has(kLongRun * kUnits) && IsLongRun(next))
-      for (std::size_t i = 0; i < kLongRun; ++i, next += kUnits) output.PutAscii(next, kUnits);
+    if (left() >= kAvx2Run) next += output.PutLongRun(next, left());
   }
   return next;
 }
