@@ -1,4 +1,4 @@
-/// Messages from the statement to the targets, and network start-up, over a fake system.
+/// Settings from the registry, messages from the statement to the targets, network start-up: over a fake system.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -11,6 +11,7 @@
 #include "base/event_log.h"
 #include "base/exceptions.h"
 #include "base/network_startup.h"
+#include "base/registry_value.h"
 #include "base/text_conversion.h"
 #include "fakes/counting_allocator.h"
 #include "fakes/fake_debugger.h"
@@ -21,9 +22,12 @@
 namespace Kestrel {
 namespace {
 
+using namespace platform;
+using fakes::Bytes;
 using Lines = std::vector<std::string>;
 
-const std::string kFrame = " [NET," + std::to_string(platform::GetCurrentThreadId()) + "] text\r\n";
+const std::u16string kKey = u"Software\\Vantrell\\Tarn\\DebugOut";
+const std::string kFrame = " [NET," + std::to_string(GetCurrentThreadId()) + "] text\r\n";
 const std::string kErrorLine = "ERROR" + kFrame;
 
 Lines TakeDebuggerLines() {
@@ -35,6 +39,10 @@ Lines TakeDebuggerLines() {
 
 void Say(std::uint32_t level, std::uint32_t flags = dotDefault) {
   DebugOut("NET", level, flags) << "text";
+}
+
+std::string Address(const std::string& digits) {
+  return std::string(16 - digits.size(), '0') + digits;
 }
 
 class Diagnostics : public testing::Test {
@@ -54,9 +62,8 @@ class Diagnostics : public testing::Test {
 
   /// As the module does, with one number in the registry and a limit for every source.
   void Start(const char* name = "DebugWindowSourcePrefix", std::uint8_t number = 0) {
-    const std::u16string key = u"Software\\Vantrell\\Tarn\\DebugOut";
-    system.keys[key] = {{name, platform::REG_DWORD, {number, 0, 0, 0}}};
-    system.keys[key + u"\\Filter"] = {{"net", platform::REG_DWORD, {255, 0, 0, 0}}};
+    system.keys[kKey] = {{name, REG_DWORD, {number, 0, 0, 0}}};
+    system.keys[kKey + u"\\Filter"] = {{"net", REG_DWORD, {255, 0, 0, 0}}};
     settings.reset();
     settings.emplace();
     mark.emplace();
@@ -73,8 +80,74 @@ class Diagnostics : public testing::Test {
   std::optional<DebugOutSettings> settings;
   std::optional<DebugOutReadyMark> mark;
   const std::filesystem::path file =
-      std::filesystem::temp_directory_path() / ("tarn_diagnostics_" + std::to_string(platform::GetCurrentThreadId()));
+      std::filesystem::temp_directory_path() / ("tarn_diagnostics_" + std::to_string(GetCurrentThreadId()));
 };
+
+template <class Char>
+Bytes TextBytes(const std::string& text) {
+  const std::basic_string<Char> units(text.begin(), text.end());
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(units.data());
+  return Bytes(bytes, bytes + units.size() * sizeof(Char));
+}
+
+TEST_F(Diagnostics, RegistryValuesAreNumbersByTheRulesOfTheirType) {
+  using Number = std::optional<std::uint32_t>;
+  const std::tuple<std::uint32_t, Number, Bytes> rows[] = {
+      {REG_DWORD, 0x84030201, {1, 2, 3, 0x84}},
+      {REG_DWORD, {}, {1, 2, 3}},
+      {REG_BINARY, 5, {5, 0, 0, 0}},
+      {REG_BINARY, {}, {5, 0, 0, 0, 0}},
+      {REG_DWORD_BIG_ENDIAN, 0x84030201, {0x84, 3, 2, 1}},
+      {REG_DWORD_BIG_ENDIAN, {}, {0, 0, 0, 0, 5}},
+      {REG_QWORD, 0x7FFFFFFF, {0xFF, 0xFF, 0xFF, 0x7F, 0, 0, 0, 0}},
+      {REG_QWORD, 0x80000000, {0, 0, 0, 0x80, 0xFF, 0xFF, 0xFF, 0xFF}},
+      {REG_QWORD, {}, {0, 0, 0, 0x80, 0, 0, 0, 0}},
+      {REG_QWORD, {}, {5, 0, 0, 0}},
+      {REG_MULTI_SZ, {}, {'5'}},
+  };
+  for (const auto& [type, number, data] : rows) EXPECT_EQ(NumberOfRegistryValue<char>(type, data), number) << type;
+  const std::tuple<std::uint32_t, Number, Lines> texts[] = {
+      {REG_SZ, 5, {std::string("\x01 \t5\0x", 6)}},
+      {REG_SZ, 0xFFFFFFFF, {"-1"}},
+      {REG_SZ, 0x7FFFFFFF, {"2147483647"}},
+      {REG_SZ, {}, {"5x", "5 ", " ", "-", "!5", "2147483648", "18446744073709551621", "%FIVE%"}},
+      {REG_EXPAND_SZ, 5, {"%FIVE%"}},
+      {REG_EXPAND_SZ, 6, {"%LONG%"}},
+      {REG_EXPAND_SZ, {}, {"%FAILURE%"}}};
+  for (const auto& [type, number, values] : texts) {
+    for (const std::string& text : values) {
+      EXPECT_EQ(NumberOfRegistryValue<char>(type, TextBytes<char>(text)), number) << text;
+      EXPECT_EQ(NumberOfRegistryValue<char16_t>(type, TextBytes<char16_t>(text)), number) << text;
+    }
+  }
+}
+
+TEST_F(Diagnostics, SettingsAreClampedAndFiltersIgnoreCase) {
+  const auto expectLimit = [this](std::uint32_t limit, const std::vector<const char*>& sources) {
+    for (const char* source : sources) {
+      EXPECT_EQ(settings->IsEnabled(source, limit - 1), limit > 0) << (source ? source : "null");
+      EXPECT_FALSE(settings->IsEnabled(source, limit)) << (source ? source : "null");
+    }
+  };
+  settings.emplace();  // without a key: the defaults
+  EXPECT_EQ(std::pair(settings->GetConsoleTimeMode(), settings->GetDebugWindowSourcePrefix()), std::pair(0u, 1u));
+  expectLimit(4, {nullptr, "", "NET"});
+
+  system.keys[kKey] = {{"ConsoleTimeMode", REG_SZ, TextBytes<char16_t>(std::string(1000, ' ') + "7")},
+                       {"DebugWindowSourcePrefix", REG_BINARY, Bytes(4, 0xFF)}};
+  system.keys[kKey + u"\\Filter"] = {{"finder", REG_DWORD, {5, 0, 0, 0}},      {"NET", REG_DWORD, {1, 0, 0, 0}},
+                                     {"Net", REG_DWORD, {0, 0, 0, 0}},         {"", REG_SZ, {'2'}},
+                                     {"negative", REG_DWORD, {0, 0, 0, 0x80}}, {"text", REG_SZ, {'5', 'x'}},
+                                     {"huge", REG_BINARY, Bytes(2 << 20)},     {"T\xFCr", REG_SZ, {'3'}},
+                                     {std::string(300, 'n'), REG_SZ, {'9'}}};
+  settings.emplace();
+  EXPECT_EQ(std::pair(settings->GetConsoleTimeMode(), settings->GetDebugWindowSourcePrefix()), std::pair(3u, 2u));
+  expectLimit(5, {"FINDER", "Finder"});
+  expectLimit(2, {"finders", nullptr, "", "negative", "text", "huge", "T\xDCR"});
+  expectLimit(0, {"net"});
+  expectLimit(3, {"t\xFCR"});
+  expectLimit(9, {std::string(300, 'N').c_str()});
+}
 
 TEST_F(Diagnostics, BeforeTheMarkGoBareToTheDebugger) {
   Say(dolDebug);
@@ -88,10 +161,12 @@ TEST_F(Diagnostics, BeforeTheMarkGoBareToTheDebugger) {
   EXPECT_TRUE(History().empty());
 }
 
-TEST_F(Diagnostics, LevelsAreNamedAndFiltered) {
+TEST_F(Diagnostics, LevelsAreNamedAndWhatIsFilteredAllocatesNothing) {
   Start();
   for (const std::uint32_t level : {0, 1, 2, 3, 4, 5}) Say(level);
-  DebugOut("other", dolDebug) << "dropped";
+  const std::int64_t before = fakes::CountAllocations();
+  DebugOut("a source of more than a few letters", dolDebug) << "a text of more than a few letters" << 1;
+  EXPECT_EQ(fakes::CountAllocations(), before);
   EXPECT_EQ(TakeDebuggerLines(), (Lines{kErrorLine, "SECTY" + kFrame, "WARNG" + kFrame, "INFO " + kFrame,
                                         "DEBUG" + kFrame, "UNKNOWN" + kFrame}));
 }
@@ -104,27 +179,19 @@ TEST_F(Diagnostics, StatementTakesValuesOfAllKinds) {
             << static_cast<void*>(nullptr) << reinterpret_cast<int*>(0xAB5);
   statement.Finish();
   statement << "too late";
-  EXPECT_TRUE(
-      TakeDebuggerLines()[0].ends_with("] G\u00e4\u0436swc\u20ac-1118446744073709551615650"
-                                       "0xab5\r\n"));
-}
-
-TEST_F(Diagnostics, SuppressedStatementAllocatesNothing) {
-  Start();
-  const std::int64_t before = fakes::CountAllocations();
-  DebugOut("a source of more than a few letters", dolDebug) << "a text of more than a few letters" << 1;
-  EXPECT_EQ(fakes::CountAllocations(), before);
+  const std::string end = "] G\u00e4\u0436swc\u20ac-111844674407370955161565" + Address("") + Address("AB5") + "\r\n";
+  EXPECT_TRUE(TakeDebuggerLines()[0].ends_with(end));
 }
 
 TEST_F(Diagnostics, TargetsAreServedInOrderAndFlushedAfterwards) {
   system.hasConsoleWindow = true;
   Start();
+  std::ofstream(file) << "old";
   OpenFile();
   Say(dolError, dotDefault | dotDebugWindow | dotFile | dotReserved | dotEventLog);
   EXPECT_EQ(TakeDebuggerLines(), Lines{kErrorLine});
   EXPECT_EQ(system.TakeCalls(), (Lines{"error colour 12", "error " + kErrorLine, "error colour 30", "register viewer",
                                        "look up HOST\\me", "report 1 user 77 " + kErrorLine, "flush"}));
-  EXPECT_EQ(FileText(), "<debugout type=\"ERROR\" filter=\"NET\">\r\n<o>text</o>\r\n</debugout>\r\n");
   ASSERT_EQ(History().size(), 4u);
   EXPECT_EQ(History().back().line, u"ERROR : [NET] text");
   EXPECT_EQ(History().back().time.GetWord(), 13354031109123u);
@@ -132,16 +199,21 @@ TEST_F(Diagnostics, TargetsAreServedInOrderAndFlushedAfterwards) {
   DebugOut("NET", dolError) << "";
   EXPECT_EQ(system.TakeCalls(), Lines{"flush"});
   EXPECT_EQ(History().size(), 4u);
+  DebugOut("<T\xFCr>", dolInfo, dotFile) << u"a < b & \u20ac\r\n";
+  EXPECT_EQ(FileText(),
+            "<debugout type=\"ERROR\" filter=\"NET\">\r\n<o>text</o>\r\n</debugout>\r\n"
+            "<debugout type=\"INFO \" filter=\"&lt;T&#252;r&gt;\">\r\n<o>a < b & \u20ac\r\n</o>\r\n</debugout>\r\n");
 }
 
 TEST_F(Diagnostics, OutputTargetsFollowTheMask) {
   Start();
   const auto streamer = DebugOutStreamer::Get();
-  const struct {
-    std::uint32_t mask, mode, result;
-  } rows[] = {{0, otmAdd, 2},     {4 | 16 | 64, otmAdd, 22},    {2 | 8, otmRemove, 20}, {0, 3, 20},
-              {3, otmReplace, 3}, {0xFFFFFFFF, otmReplace, 31}, {0, otmReplace, 0}};
-  for (const auto& row : rows) EXPECT_EQ(streamer->SetOutputTargets(row.mask, row.mode), row.result);
+  EXPECT_EQ(streamer->SetOutputTargets(0, otmAdd), 2u);
+  EXPECT_EQ(streamer->SetOutputTargets(4 | 16 | 64, otmAdd), 22u);
+  EXPECT_EQ(streamer->SetOutputTargets(2 | 8, otmRemove), 20u);
+  EXPECT_EQ(streamer->SetOutputTargets(1, 3), 20u);
+  EXPECT_EQ(streamer->SetOutputTargets(0xFFFFFFFF, otmReplace), 31u);
+  EXPECT_EQ(streamer->SetOutputTargets(0, otmReplace), 0u);
   EXPECT_FALSE(streamer->OpenOutputFile(file.u16string().c_str()));  // without any target none is created
   Say(dolError, dotDebugWindow | dotConsole);
   EXPECT_TRUE(History().empty());
@@ -157,34 +229,17 @@ TEST_F(Diagnostics, OutputTargetsFollowTheMask) {
   EXPECT_EQ(TakeDebuggerLines(), Lines());
 }
 
-TEST_F(Diagnostics, FileHoldsBlocksInUtf8) {
-  Start();
-  std::ofstream(file) << "old";
-  OpenFile();
-  EXPECT_EQ(FileText(), "");
-  DebugOut("<T\xFCr>", dolInfo, dotFile) << u"a < b & \u20ac\r\n";
-  DebugOut(nullptr, dolWarning, dotFile) << "x";
-  EXPECT_EQ(FileText(),
-            "<debugout type=\"INFO \" filter=\"&lt;T&#252;r&gt;\">\r\n<o>a < b & \u20ac\r\n</o>\r\n</debugout>\r\n"
-            "<debugout type=\"WARNG\" filter=\"\">\r\n<o>x</o>\r\n</debugout>\r\n");
-}
-
 TEST_F(Diagnostics, ConsoleLinesAreColouredAndStamped) {
-  const struct {
-    std::uint8_t timeMode;
-    std::uint32_t level;
-    const char* colour;
-    std::string line;
-  } rows[] = {{0, 1, "13", "SECTY" + kFrame},
-              {1, 3, "11", "1:05:09 PM INFO " + kFrame},
-              {2, 2, "14", "Mon 1:05:09 PM WARNG" + kFrame},
-              {3, 4, "7", "3/4/2024 1:05:09 PM DEBUG" + kFrame}};
+  const std::tuple<std::uint32_t, std::string, std::string> rows[] = {{1, "13", "SECTY"},
+                                                                      {3, "11", "1:05:09 PM INFO "},
+                                                                      {2, "14", "Mon 1:05:09 PM WARNG"},
+                                                                      {4, "7", "3/4/2024 1:05:09 PM DEBUG"}};
   system.hasConsoleWindow = true;
-  for (const auto& row : rows) {
-    Start("ConsoleTimeMode", row.timeMode);
-    Say(row.level);
+  for (std::uint8_t timeMode = 0; const auto& [level, colour, line] : rows) {
+    Start("ConsoleTimeMode", timeMode++);
+    Say(level);
     EXPECT_EQ(system.TakeCalls(),
-              (Lines{std::string("output colour ") + row.colour, "output " + row.line, "output colour 30", "flush"}));
+              (Lines{"output colour " + colour, "output " + line + kFrame, "output colour 30", "flush"}));
   }
   system.failing = {"GetTimeFormatW", "GetConsoleTextAttribute"};
   Say(dolError);
@@ -192,12 +247,9 @@ TEST_F(Diagnostics, ConsoleLinesAreColouredAndStamped) {
   DebugOut(nullptr, dolError) << std::u16string(70000, u'x');
   EXPECT_EQ(system.TakeCalls()[1].size(), 6u + 65536u);
   EXPECT_EQ(TakeDebuggerLines(), Lines{"ClipSizeT failed - Size > MaxSize"});
-}
 
-TEST_F(Diagnostics, ConsoleWithoutHandlesIsReportedOnce) {
-  system.hasConsoleWindow = true;
-  system.failing = {"output", "error"};
-  Start();
+  DebugOutStreamer::Destroy();
+  system.failing = {"output", "error"};  // reported once
   Say(dolError);
   Say(dolInfo);
   EXPECT_EQ(system.TakeCalls(), (Lines{"flush", "flush"}));
@@ -205,17 +257,14 @@ TEST_F(Diagnostics, ConsoleWithoutHandlesIsReportedOnce) {
                                         "ConsoleOutputStreamer::GetStdHandle STD_ERROR failed"}));
 }
 
-TEST_F(Diagnostics, DebuggerLinesBeginWithTheNameOfAFile) {
-  const char* const prefixes[] = {"", "Finding.dll:", "viewer.exe:"};
-  for (std::uint8_t kind = 0; kind < 3; ++kind) {
-    Start("DebugWindowSourcePrefix", kind);
-    Say(dolError);
-    EXPECT_EQ(TakeDebuggerLines(), Lines{prefixes[kind] + kErrorLine});
+TEST_F(Diagnostics, DebuggerLinesBeginWithTheNameOfAFileOrFail) {
+  for (std::uint8_t kind = 0; const std::string prefix : {"", "Finding.dll:", "viewer.exe:"}) {
     DebugOutStreamer::Destroy();
+    Start("DebugWindowSourcePrefix", kind++);
+    Say(dolError);
+    EXPECT_EQ(TakeDebuggerLines(), Lines{prefix + kErrorLine});
   }
-}
-
-TEST_F(Diagnostics, FailingModuleNameIsASystemException) {
+  DebugOutStreamer::Destroy();
   Start("DebugWindowSourcePrefix", 1);
   DebugOutStreamer::Get()->SetOutputTargets(dotFile, otmReplace);
   system.executable = std::u16string(1024, u'x');
@@ -229,7 +278,7 @@ TEST_F(Diagnostics, FailingModuleNameIsASystemException) {
   EXPECT_THROW(DebugOut("NET", dolError), SystemException);
 }
 
-TEST_F(Diagnostics, EventsHaveTypeUserAndSource) {
+TEST_F(Diagnostics, EventsHaveTypeUserAndSourceOrGoToTheDebugger) {
   Start();
   system.executable = u"C:\\Programs\\two.dots.exe";
   system.sidBytes = 500;  // more than the first look-up has room for
@@ -241,9 +290,9 @@ TEST_F(Diagnostics, EventsHaveTypeUserAndSource) {
   std::string types;
   for (const std::string& call : system.TakeCalls()) types += call.substr(0, 9);
   EXPECT_EQ(types, "report 1 report 4 report 2 report 4 ");
-}
 
-TEST_F(Diagnostics, FailingEventLogSpeaksToTheDebugger) {
+  EventLog::Destroy();
+  system.TakeCalls();
   system.executable = u"viewer";
   system.failing = {"RegisterEventSourceW", "GetUserNameExW", "LookupAccountNameW"};
   EventLog::Get()->Write(u"first", 0);
@@ -256,92 +305,71 @@ TEST_F(Diagnostics, FailingEventLogSpeaksToTheDebugger) {
   EXPECT_EQ(TakeDebuggerLines(), (Lines{"first", "third"}));
 }
 
-bool Yes() {
-  return true;
-}
-bool No() {
-  return false;
+template <bool kResult>
+bool Check() {
+  return kResult;
 }
 
 /// Each in a process of its own, for the add-on is looked for once.
 TEST(EventLogAddOnDeathTest, IsReportedAndNotUsed) {
-  const struct {
-    bool isThere;
-    bool (*check)();
-    const char* lines;
-  } rows[] = {{false, Yes, "Check for EventLogOutput dll;Load EventLogOutput result: 0;$"},
-              {true, nullptr, "result: 0xab5;$"},
-              {true, No, "result: 0xab5;$"},
-              {true, Yes,
-               "result: 0xab5;EventLogOutput function pointers - WriteToEventLogWName:0x57  "
-               "WriteToEventLogAName:0;$"}};
+  const auto writeTwoEvents = [](const char16_t* addOn, bool (*check)()) {
+    fakes::TheSystem().modules = {addOn};
+    fakes::TheSystem().functions = {{"CheckForApplicationLog", reinterpret_cast<void*>(check)},
+                                    {"WriteToEventLogW", reinterpret_cast<void*>(std::uintptr_t{0x57})}};
+    for (int i = 0; i < 2; ++i) EventLog::Get()->Write(u"", 0);
+    for (const std::string& line : TakeDebuggerLines()) std::cerr << line << ";";
+    std::_Exit(0);
+  };
+  const std::string load = "Check for EventLogOutput dll;Load EventLogOutput result: ";
+  const std::string found = load + Address("AB5") + ";";
+  const std::string functions = "EventLogOutput function pointers - WriteToEventLogWName:" + Address("57") +
+                                "  WriteToEventLogAName:" + Address("") + ";";
+  const testing::ExitedWithCode success(0);
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  for (const auto& row : rows) {
-    const auto writeTwoEvents = [&row] {
-      if (row.isThere) fakes::TheSystem().modules.insert(u"EventLogOutput.dll");
-      fakes::TheSystem().functions = {{"CheckForApplicationLog", reinterpret_cast<void*>(row.check)},
-                                      {"WriteToEventLogW", reinterpret_cast<void*>(std::uintptr_t{0x57})}};
-      for (int i = 0; i < 2; ++i) EventLog::Get()->Write(u"", 0);
-      for (const std::string& line : TakeDebuggerLines()) std::cerr << line << ";";
-      std::_Exit(0);
-    };
-    EXPECT_EXIT(writeTwoEvents(), testing::ExitedWithCode(0), row.lines);
-  }
-}
-
-constexpr int kThreads = 8;
-
-template <class Work>
-void RunOnThreads(Work work) {
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) threads.emplace_back(work, t);
-  for (std::thread& thread : threads) thread.join();
-}
-
-TEST_F(Diagnostics, FirstMessagesOfEightThreadsMeetInOneDispatcher) {
-  Start();
-  RunOnThreads([](int) { Say(dolError); });
-  EXPECT_EQ(TakeDebuggerLines().size(), std::size_t{kThreads});
-  EXPECT_EQ(History().size(), std::size_t{kThreads});
+  EXPECT_EXIT(writeTwoEvents(u"other.dll", Check<true>), success, load + Address("") + ";$");
+  EXPECT_EXIT(writeTwoEvents(u"EventLogOutput.dll", nullptr), success, found + "$");
+  EXPECT_EXIT(writeTwoEvents(u"EventLogOutput.dll", Check<false>), success, found + "$");
+  EXPECT_EXIT(writeTwoEvents(u"EventLogOutput.dll", Check<true>), success, found + functions + "$");
 }
 
 TEST_F(Diagnostics, LinesOfEightThreadsDoNotMixAndTheHistoryKeeps1024) {
-  constexpr int kLines = 300;
+  constexpr int kThreads = 8, kLines = 150;
+  const auto runOnThreads = [](auto work) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) threads.emplace_back(work, t);
+    for (std::thread& thread : threads) thread.join();
+  };
   Start();
+  runOnThreads([](int) { Say(dolError); });  // the first message creates the dispatcher
+  EXPECT_EQ(TakeDebuggerLines().size(), std::size_t{kThreads});
+  EXPECT_EQ(History().size(), std::size_t{kThreads});
   OpenFile();
-  RunOnThreads([](int t) {
-    for (int i = 0; i < kLines; ++i) DebugOut("NET", dolInfo, dotFile) << t << std::string(100, 'x') << i;
+  const auto line = [](int t, int i) { return std::to_string(t) + std::string(100, 'x') + std::to_string(i) + "."; };
+  runOnThreads([=](int t) {
+    for (int i = 0; i < kLines; ++i) DebugOut("NET", dolInfo, dotFile) << line(t, i);
   });
-  std::string written = FileText();
-  std::string last;
-  int next[kThreads] = {};
-  while (written.size() > 41) {
-    const auto t = static_cast<std::size_t>(written[41] - '0');
-    ASSERT_LT(t, std::size(next));
-    last = std::to_string(t) + std::string(100, 'x') + std::to_string(next[t]++);
-    const std::string block = "<debugout type=\"INFO \" filter=\"NET\">\r\n<o>" + last + "</o>\r\n</debugout>\r\n";
-    ASSERT_TRUE(written.starts_with(block)) << block;
-    written.erase(0, block.size());
+  const std::string written = FileText();
+  std::size_t size = 0;
+  for (int n = 0; n < kThreads * kLines; ++n) {
+    const std::string block =
+        "<debugout type=\"INFO \" filter=\"NET\">\r\n<o>" + line(n / kLines, n % kLines) + "</o>\r\n</debugout>\r\n";
+    EXPECT_NE(written.find(block), std::string::npos) << block;
+    size += block.size();
   }
-  for (const int count : next) EXPECT_EQ(count, kLines);
+  EXPECT_EQ(written.size(), size);
   EXPECT_EQ(History().size(), 1024u);
-  EXPECT_EQ(WideToUtf8(History().back().line), "INFO  : [NET] " + last);
+  EXPECT_TRUE(written.ends_with(WideToUtf8(History().back().line.substr(14)) + "</o>\r\n</debugout>\r\n"));
 }
 
-TEST_F(Diagnostics, TcpAckSettingIsReported) {
-  const std::pair<fakes::Bytes, Lines> rows[] = {{{0, 0, 1, 0}, {"TCP ACKNOWLEDGES ON SEND() DISABLED"}},
-                                                 {{0, 0, 0, 0}, {}},
-                                                 {{1, 0, 0, 0, 0, 0, 0, 0}, {}},
-                                                 {{1}, {}}};
+TEST_F(Diagnostics, SocketStartIsUndoneWhereItSucceededAndTheTcpAckSettingReported) {
   ReadSocketSettings();
-  for (const auto& [data, lines] : rows) {
-    system.keys[u"Software\\Vantrell\\Kestrel\\Socket"] = {{"DisableTcpAck", platform::REG_DWORD, data}};
+  for (const Bytes& data : {Bytes{0, 0, 0, 0}, Bytes{1, 0, 0, 0, 0, 0, 0, 0}, Bytes{1}, Bytes{0, 0, 1, 0}}) {
+    EXPECT_EQ(TakeDebuggerLines(), Lines());
+    system.keys[u"Software\\Vantrell\\Kestrel\\Socket"] = {{"DisableTcpAck", REG_DWORD, data}};
     ReadSocketSettings();
-    EXPECT_EQ(TakeDebuggerLines(), lines);
   }
-}
-
-TEST_F(Diagnostics, SocketStartIsUndoneWhereItSucceeded) {
+  EXPECT_EQ(TakeDebuggerLines(), Lines{"TCP ACKNOWLEDGES ON SEND() DISABLED"});
+  system.TakeCalls();
   {
     const SocketStartup first;
     system.failing = {"WSAStartup"};
@@ -352,26 +380,21 @@ TEST_F(Diagnostics, SocketStartIsUndoneWhereItSucceeded) {
 
 TEST_F(Diagnostics, AddressResolutionReportsWhatIsMissing) {
   void* const function = reinterpret_cast<void*>(std::uintptr_t{0x57});
-  const auto import = [](void* getAddrInfo, void* freeAddrInfo) {
+  const auto expectLines = [&](const char* found, const Lines& lines) {
+    system.functions = {{found, function}};
     const AddressResolutionImport made;
-    EXPECT_EQ(made.GetAddrInfoW(), getAddrInfo);
-    EXPECT_EQ(made.FreeAddrInfoW(), freeAddrInfo);
+    EXPECT_EQ(made.GetAddrInfoW(), found == std::string("GetAddrInfoW") ? function : nullptr);
+    EXPECT_EQ(made.FreeAddrInfoW(), found == std::string("FreeAddrInfoW") ? function : nullptr);
+    EXPECT_EQ(TakeDebuggerLines(), lines);
   };
   system.modules = {u"C:\\System\\ws2_32.dll"};
-  system.functions = {{"GetAddrInfoW", function}};
-  import(function, nullptr);
-  EXPECT_EQ(system.TakeCalls(),
-            (Lines{"load C:\\System\\ws2_32.dll flags 0", "function GetAddrInfoW", "function FreeAddrInfoW", "free"}));
-  EXPECT_EQ(TakeDebuggerLines(), Lines{"Failed to import function: FreeAddrInfoW"});
-  system.functions = {{"FreeAddrInfoW", function}};
-  import(nullptr, function);
-  EXPECT_EQ(TakeDebuggerLines(), Lines{"Failed to import function: GetAddrInfoW"});
+  expectLines("GetAddrInfoW", {"Failed to import function: FreeAddrInfoW"});
+  EXPECT_EQ(system.TakeCalls().back(), "free");
+  expectLines("FreeAddrInfoW", {"Failed to import function: GetAddrInfoW"});
   system.modules.clear();
-  import(nullptr, nullptr);
-  EXPECT_EQ(TakeDebuggerLines(), (Lines{"STATOUT: ", "Failed to load C:\\System\\ws2_32.dll"}));
+  expectLines("", {"STATOUT: ", "Failed to load C:\\System\\ws2_32.dll"});
   system.systemDirectory = std::u16string(260, u'x');
-  import(nullptr, nullptr);
-  EXPECT_EQ(TakeDebuggerLines(), (Lines{"STATOUT: ", "Call to GetSystemDirectoryA failed"}));
+  expectLines("", {"STATOUT: ", "Call to GetSystemDirectoryA failed"});
 }
 
 }  // namespace

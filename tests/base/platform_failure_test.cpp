@@ -5,18 +5,14 @@
 #include "platform/errors.h"
 #include "thrown.h"
 
-namespace platform {
-
-int MultiByteToWideChar(std::uint32_t, std::uint32_t, const char*, int, char16_t*, int) {
+int platform::MultiByteToWideChar(std::uint32_t, std::uint32_t, const char*, int, char16_t*, int) {
   SetLastError(4321);
   return 0;
 }
-int WideCharToMultiByte(std::uint32_t, std::uint32_t, const char16_t*, int, char*, int) {
+int platform::WideCharToMultiByte(std::uint32_t, std::uint32_t, const char16_t*, int, char*, int) {
   SetLastError(4322);
   return 0;
 }
-
-}  // namespace platform
 
 namespace Kestrel {
 

@@ -20,36 +20,25 @@ Recorded& Calls() {
 
 }  // namespace
 
-namespace platform {
-
-void OutputDebugStringW(const char16_t* text) {
+void platform::OutputDebugStringW(const char16_t* text) {
   const std::lock_guard guard(Calls().lock);
   Calls().wide.emplace_back(text);
 }
-
-void OutputDebugStringA(const char* text) {
+void platform::OutputDebugStringA(const char* text) {
   const std::lock_guard guard(Calls().lock);
   Calls().narrow.emplace_back(text);
 }
 
-}  // namespace platform
-
-namespace fakes {
-
-std::vector<std::u16string> DebuggerLines() {
+std::vector<std::u16string> fakes::DebuggerLines() {
   const std::lock_guard guard(Calls().lock);
   return Calls().wide;
 }
-
-std::vector<std::string> NarrowDebuggerLines() {
+std::vector<std::string> fakes::NarrowDebuggerLines() {
   const std::lock_guard guard(Calls().lock);
   return Calls().narrow;
 }
-
-void ClearDebuggerLines() {
+void fakes::ClearDebuggerLines() {
   const std::lock_guard guard(Calls().lock);
   Calls().wide.clear();
   Calls().narrow.clear();
 }
-
-}  // namespace fakes

@@ -1,0 +1,182 @@
+/// What the base library does with texts: conversion, formats, escapes, bounded rooms, GUIDs.
+#include "base/checked_string.h"
+#include "base/guid.h"
+#include "base/text_conversion.h"
+#include "base/text_format.h"
+#include "base/xml_escape.h"
+#include "thrown.h"
+
+namespace Kestrel {
+namespace {
+
+using namespace std::string_literals;
+
+TEST(Guid, IsWrittenInLowerCaseAndReadWithAndWithoutBraces) {
+  constexpr Guid kGuid = {0x6F9619FF, 0x8B86, 0xD011, {0xB4, 0x2D, 0x00, 0xCF, 0x4F, 0xC9, 0x64, 0xFF}};
+  const std::string kText = "6f9619ff-8b86-d011-b42d-00cf4fc964ff";
+  EXPECT_EQ(GuidToString(kGuid), kText);
+  EXPECT_EQ(GuidToString({0x1, 0x2, 0x3, {4}}), "00000001-0002-0003-0400-000000000000");
+  for (const std::string& text : {kText, "{" + kText + "}", "6F9619FF-8B86-D011-B42D-00CF4FC964FF"s}) {
+    EXPECT_EQ(GuidFromString(text), kGuid) << text;
+  }
+  std::string hyphenMoved = kText;
+  std::swap(hyphenMoved[13], hyphenMoved[14]);
+  for (const std::string& text : {""s, "{" + kText, kText + "}", "{" + kText + "} ", "{" + kText + ")", kText + "0",
+                                  kText.substr(1), "g" + kText.substr(1), "\xFF" + kText.substr(1), hyphenMoved}) {
+    Guid guid = kGuid;
+    EXPECT_FALSE(StringToGuid(text, guid)) << text;
+    EXPECT_EQ(guid, kGuid) << text;
+  }
+  EXPECT_EQ(ErrorOf([] { GuidFromString("{x}"); }), "0/0 Conversion of guid '{x}' failed.");
+}
+
+TEST(XmlEscape, WritesEntitiesAndByteReferences) {
+  EXPECT_EQ(XmlEscape("<a b='1'>\t&\"\xC3\x80\x7F\xFF"),
+            "&lt;a b=&apos;1&apos;&gt;\t&amp;&quot;&#195;&#128;\x7F&#255;");
+}
+
+template <class Char>
+void ExpectRoomsToBeKept() {
+  const std::string tooSmall = "2/2147942522 [ErrorCode #2147942522] in Kestrel::CheckedStringCch";
+  const std::basic_string<Char> abc = {'a', 'b', 'c', 0, 'd'};
+  Char text[600];
+  // What stands in the room, up to a mark behind it that must not be touched.
+  const auto written = [&](std::size_t units) {
+    EXPECT_EQ(text[units], Char{'#'});
+    return std::string(text, text + std::char_traits<Char>::length(text));
+  };
+  const auto room = [&](std::size_t units) {
+    std::fill_n(text, 600, Char{'#'});
+    return BufferRest<Char>{text, units};
+  };
+  BufferRest<Char> rest = CheckedStringCchCopyEx(room(4), abc);
+  EXPECT_EQ(written(4), "abc");
+  EXPECT_EQ(rest.position, text + 3);
+  EXPECT_EQ(rest.units, 1u);
+  EXPECT_EQ(CheckedStringCchCopyEx(rest, std::basic_string_view<Char>()).units, 1u);
+
+  rest = CheckedStringCchPrintfEx(room(599), "%s|%0550u", "x", 1u);
+  EXPECT_EQ(written(599), "x|" + std::string(549, '0') + "1");
+  EXPECT_EQ(rest.units, 599u - 552u);
+
+  EXPECT_EQ(SystemErrorOf([&] { CheckedStringCchCopyEx(room(3), abc); }), tooSmall + "CopyEx");
+  EXPECT_EQ(written(3), "ab");
+  EXPECT_EQ(SystemErrorOf([&] { CheckedStringCchPrintfEx(room(3), "%02u%s", 7u, "x"); }), tooSmall + "PrintfEx");
+  EXPECT_EQ(written(3), "07");
+  for (const std::size_t units : {std::size_t{0}, std::size_t{0x80000000}}) {
+    EXPECT_EQ(SystemErrorOf([&] { CheckedStringCchCopyEx(room(units), abc); }),
+              "2/2147942487 [ErrorCode #2147942487] in Kestrel::CheckedStringCchCopyEx");
+  }
+}
+
+TEST(CheckedString, StopsAtTheEndOfTheRoomAndThrows) {
+  ExpectRoomsToBeKept<char>();
+  ExpectRoomsToBeKept<char16_t>();
+}
+
+void ExpectBothWays(std::uint32_t codePage, const std::string& narrow, const std::u16string& wide) {
+  const std::uint32_t widening = codePage == kUtf8CodePage ? 0 : kWidenFlags;
+  const std::uint32_t narrowing = codePage == kUtf8CodePage ? 0 : kNarrowFlags;
+  std::u16string wideTarget = u"before";
+  std::string narrowTarget = "before";
+  MultiToWide(wideTarget, codePage, widening, narrow.data(), static_cast<int>(narrow.size()));
+  EXPECT_EQ(wideTarget, wide);
+  WideToMulti(narrowTarget, codePage, narrowing, wide.data(), static_cast<int>(wide.size()));
+  EXPECT_EQ(narrowTarget, narrow);
+  MultiToWide(wideTarget, codePage, widening, narrow.c_str(), kNulTerminated);
+  EXPECT_EQ(wideTarget, wide.c_str());
+  WideToMulti(narrowTarget, codePage, narrowing, wide.c_str(), kNulTerminated);
+  EXPECT_EQ(narrowTarget, narrow.c_str());
+}
+
+TEST(TextConversion, ConvertsBothWaysWithLengthAndWithTerminator) {
+  ExpectBothWays(kUtf8CodePage, "T\xC3\xBCr \xE6\x9D\xB1 \xF0\x9F\x93\xB7", u"Tür 東 \U0001F4F7");
+  ExpectBothWays(kUtf8CodePage, "a\0b"s, u"a\0b"s);
+  ExpectBothWays(kAnsiCodePage, "\x80 \xFC", u"€ ü");
+  // Lengths about which the way changes.
+  std::string narrow;
+  for (std::size_t length = 1; length < 300; ++length) {
+    ExpectBothWays(kUtf8CodePage, narrow += "\xE6\x9D\xB1", std::u16string(length, u'東'));
+  }
+  // What has no counterpart.
+  EXPECT_EQ(Utf8ToWide("a\xFF-"), u"a\uFFFD-");
+  EXPECT_EQ(WideToUtf8(u"a\xD83D-"), "a\xEF\xBF\xBD-");
+  EXPECT_EQ(WideToAnsi(u"東"), "?");
+}
+
+TEST(TextConversion, EmptiesTheTargetForNoTextAndKeepsItsRoomOtherwise) {
+  std::u16string wide(100, u'x');
+  const char16_t* const room = wide.data();
+  MultiToWide(wide, kUtf8CodePage, 0, "Camera front door 12", 20);
+  EXPECT_EQ(wide, u"Camera front door 12");
+  EXPECT_EQ(wide.data(), room);
+  for (const auto& [source, length] : {std::pair<const char*, int>{nullptr, 5}, {"x", 0}, {"\0x", 2}, {"\0", -1}}) {
+    std::string narrow = "before";
+    wide = u"before";
+    MultiToWide(wide, kUtf8CodePage, 0, source, length);
+    EXPECT_EQ(wide, u"");
+    const std::u16string wideSource(source ? source : "", source ? source + 2 : "");
+    WideToMulti(narrow, kUtf8CodePage, 0, source ? wideSource.c_str() : nullptr, length);
+    EXPECT_EQ(narrow, "");
+  }
+}
+
+TEST(TextConversion, RefusesWhatTheSystemRefuses) {
+  std::u16string wide;
+  std::string narrow;
+  // Flags and a code page that no system knows; the number is the system's.
+  for (const int length : {1, -1}) {
+    const auto widen = [&] { MultiToWide(wide, kUtf8CodePage, 0x40000000, "x", length); };
+    const auto narrowDown = [&] { WideToMulti(narrow, 64999, 0, u"x", length); };
+    EXPECT_TRUE(SystemErrorOf(widen).ends_with("] in MultiByteToWideChar"));
+    EXPECT_TRUE(SystemErrorOf(narrowDown).ends_with("] in WideCharToMultiByte"));
+  }
+  // One unit more than three bytes each can count; the source is not read.
+  EXPECT_EQ(SystemErrorOf([&] { WideToMulti(narrow, kUtf8CodePage, 0, u"x", 715827883); }),
+            "2/87 [ErrorCode #87] in WideCharToMultiByte");
+}
+
+TEST(Format, ExpandsOrFailsWhereItMust) {
+  std::vector<std::u16string> arguments = {u"A", u"bc", u"", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"ten"};
+  // The output, and for an error its place and words; "~" stands for the format.
+  const auto outcome = [&](const std::u16string& format) {
+    std::u16string output = u"kept ";
+    try {
+      Text::Format(format.c_str(), output, arguments);
+    } catch (const Text::InvalidFormatStringException& error) {
+      EXPECT_EQ(error.GetFormatString(), format);
+      std::u16string words = error.GetWideDescription();
+      EXPECT_TRUE(words.ends_with(u": : " + format));
+      words.resize(words.size() - format.size());
+      output += u"|" + Utf8ToWide(std::to_string(error.GetPosition())) + u" " + words + u"~";
+    }
+    return output.substr(5);
+  };
+  const std::pair<std::u16string, std::u16string> rows[] = {
+      {u"", u""},
+      {u"{0}{1} {0}.", u"Abc A."},
+      {u"{10}{01}", u"tenbc"},
+      {u"{1,5}{1,-5}.{1,1}", u"   bcbc   .bc"},
+      {u"{1,512}", std::u16string(510, u' ') + u"bc"},
+      {u"{1,513}{1,18446744073709551620}", u"bcbc"},
+      {u"a}}b {{0}} {{{0}", u"a}b {0} {A"},
+      {u"ab{{c", u"{c"},
+      {u"{\u0131}{0,\u0134}{0,2\u0134}", u"bcA A"},                      // digits by their low byte
+      {std::u16string(1'000'000, u'{'), std::u16string(500'000, u'{')},  // in linear time
+      {u"a}b", u"|1 Text::Format illegal end of format string: : ~"},
+      {u"{0}}", u"A|3 Text::Format illegal end of format string: : ~"},
+      {u"x{0", u"|18446744073709551615 Text::Format illegal begin of format string: : ~"},
+      {u"x{11}", u"x|1 Text::Format illegal argument number : : ~"},
+      {u"{0} {}", u"A |4 Text::Format illegal format string : : ~"},
+  };
+  for (const auto& [format, expected] : rows) EXPECT_EQ(outcome(format), expected);
+  for (const auto* const format : {u"{a}", u"{001}", u"{10,2}", u"{0,}", u"{0,-}", u"{0,1x}"}) {
+    EXPECT_EQ(outcome(format), u"|0 Text::Format illegal format string : : ~");
+  }
+  arguments.clear();
+  EXPECT_EQ(outcome(u"..{0,3}"), u"..|2 Text::Format illegal argument number (,): : ~");
+  EXPECT_NO_THROW(Text::Format(nullptr, arguments.emplace_back(), {}));
+}
+
+}  // namespace
+}  // namespace Kestrel
