@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "fakes/fake_debugger.h"
-#include "protocol/samples.h"
+#include "protocol/recording_wizard.h"
 #include "valuelist/buffer_pool.h"
 
 namespace Tarn::CameraFinding {
 namespace {
-
-using nlohmann::json;
 
 /// Writes a block chunk by chunk.
 class Block {
@@ -50,8 +50,8 @@ class FinderBlock : public testing::Test {
  protected:
   FinderBlock() { fakes::ClearDebuggerLines(); }
 
-  json Delivered(std::uint32_t type, const Bytes& bytes) {
-    wizard_.delivered = json::array();
+  std::string Delivered(std::uint32_t type, const Bytes& bytes) {
+    wizard_.delivered.clear();
     block_ = Kestrel::CreateBuffer(bytes.data(), bytes.size());
     ParseFinderBlock(*receiver_.Get(), *block_, type);
     return wizard_.delivered;
@@ -65,42 +65,44 @@ class FinderBlock : public testing::Test {
 
 const Bytes kPicture = {1, 2, 3, 4};
 constexpr std::uint64_t kMost = ~std::uint64_t{0};
-const json kNothing = json::array();
 
-json Picture(const char* text, int bytes) {
-  return json::array({{{"picture", text}, {"bytes", bytes}}});
-}
-json Values(std::vector<std::string> numbers) {
-  return json::array({{{"values", "c"}, {"numbers", numbers}}});
-}
-
-TEST_F(FinderBlock, OfPictureOrValuesIsDeliveredOnlyWhenItIsWhole) {
+TEST_F(FinderBlock, IsDeliveredOnlyWhenItIsWhole) {
   const struct {
     const char* name;
     std::uint32_t type;
     Bytes block;
-    json delivered;
+    const char* delivered;
   } rows[] = {
-      {"picture without an end mark", 1, Block().Text(5, "c").Raw(6, kPicture), Picture("c", 4)},
-      {"picture before the text", 1, Block().Raw(6, kPicture).Text(5, "c").Number(0, 4), Picture("c", 4)},
-      {"later text and picture win", 1, Block().Text(5, "a").Raw(6, {}).Text(5, "c").Raw(6, kPicture), Picture("c", 4)},
-      {"empty picture", 1, Block().Text(5, "c").Raw(6, {}), Picture("c", 0)},
-      {"empty text", 1, Block().Text(5, "").Raw(6, kPicture), kNothing},
-      {"no picture", 1, Block().Text(5, "c"), kNothing},
-      {"what stands behind the end", 1, Block().Text(5, "c").Number(0, 4).Raw(6, kPicture), kNothing},
-      {"one byte before a tag", 1, Block().Text(5, "c").Raw(6, kPicture).Number(0, 1), kNothing},
-      {"cut in a length", 1, Block().Text(5, "c").Raw(6, kPicture).Number(6, 4).Number(0, 7), kNothing},
-      {"picture cut", 1, Block().Text(5, "c").Chunk(6, 5, kPicture), kNothing},
-      {"length that wraps", 1, Block().Text(5, "c").Chunk(6, kMost, kPicture), kNothing},
-      {"unknown chunk with a length that wraps", 1, Block().Text(5, "c").Raw(6, kPicture).Chunk(99, kMost), kNothing},
-      {"values of two chunks", 2, Block().Values(2, 8, {1, 2}).Text(5, "c").Values(1, 8, {3}), Values({"1", "2", "3"})},
-      {"fewer values than bytes", 2, Block().Text(5, "c").Values(1, 8, {1, 2}), Values({"1"})},
-      {"more values than bytes", 2, Block().Text(5, "c").Values(3, 8, {1, 2}), kNothing},
-      {"count that wraps", 2, Block().Text(5, "c").Values(kMost / 8 + 2, 8, {1}), kNothing},
-      {"no values", 2, Block().Text(5, "c").Values(0, 8, {}), kNothing},
-      {"values cut in their head", 2, Block().Text(5, "c").Values(1, 8, {1}).Raw(7, Bytes(15)), kNothing},
-      {"other types", 0, Block().Text(5, "c").Raw(6, kPicture), kNothing},
-      {"other types", kMost & 0xFFFFFFFF, Block().Text(5, "c").Raw(6, kPicture), kNothing},
+      {"picture without an end mark", 1, Block().Text(5, "c").Raw(6, kPicture), "c picture 4"},
+      {"picture before the text", 1, Block().Raw(6, kPicture).Text(5, "c").Number(0, 4), "c picture 4"},
+      {"later text and picture win", 1, Block().Text(5, "a").Raw(6, {}).Text(5, "c").Raw(6, kPicture), "c picture 4"},
+      {"empty picture", 1, Block().Text(5, "c").Raw(6, {}), "c picture 0"},
+      {"empty text", 1, Block().Text(5, "").Raw(6, kPicture), ""},
+      {"no picture", 1, Block().Text(5, "c"), ""},
+      {"what stands behind the end", 1, Block().Text(5, "c").Number(0, 4).Raw(6, kPicture), ""},
+      {"one byte before a tag", 1, Block().Text(5, "c").Raw(6, kPicture).Number(0, 1), ""},
+      {"cut in a length", 1, Block().Text(5, "c").Raw(6, kPicture).Number(6, 4).Number(0, 7), ""},
+      {"picture cut", 1, Block().Text(5, "c").Chunk(6, 5, kPicture), ""},
+      {"length that wraps", 1, Block().Text(5, "c").Chunk(6, kMost, kPicture), ""},
+      {"unknown chunk with a length that wraps", 1, Block().Text(5, "c").Raw(6, kPicture).Chunk(99, kMost), ""},
+      {"values of two chunks", 2, Block().Values(2, 8, {1, 2}).Text(5, "c").Values(1, 8, {3}), "c values 1 2 3"},
+      {"fewer values than bytes", 2, Block().Text(5, "c").Values(1, 8, {1, 2}), "c values 1"},
+      {"more values than bytes", 2, Block().Text(5, "c").Values(3, 8, {1, 2}), ""},
+      {"count that wraps", 2, Block().Text(5, "c").Values(kMost / 8 + 2, 8, {1}), ""},
+      {"no values", 2, Block().Text(5, "c").Values(0, 8, {}), ""},
+      {"values cut in their head", 2, Block().Text(5, "c").Values(1, 8, {1}).Raw(7, Bytes(15)), ""},
+      {"type 0", 0, Block().Text(5, "c").Raw(6, kPicture), ""},
+      {"camera without an address", 3, Block().Chunk(12, 0, {9}), ""},
+      {"record of another kind is skipped", 3, Block().Text(5, "m").Raw(2, {'V', 'L'}).Chunk(12, 0, {9}),
+       "||||||m|&!*KVMR*9%|&!*KVMR*9%|UNKNOWN||100009|0|0|0 kind 3 type 0"},
+      {"damaged record", 3, Block().Text(5, "m").Raw(1, {'V', 'L', 'I', 'T'}), ""},
+      {"assembled: the length behind the code is skipped too", 7,
+       Block().Text(10, "Sony IPC").Chunk(12, 2, {9, 0xAA, 0xBB}).Text(8, "i").Text(9, "v").Text(10, "Axis IPC"),
+       "v|i||||v|UNKNOWN|||Sony IPC|v|010009|0|131072|0 kind 3 type 1"},
+      {"assembled without a plug-in", 7, Block().Text(5, "m"), "||||||m|||UNKNOWN||010002|0|131072|0 kind 3 type 0"},
+      {"gone: a record chunk is nothing here", 8, Block().Raw(1, {1, 2}).Text(5, "m"),
+       "||||||m|&!*KVMR*9%|&!*KVMR*9%|UNKNOWN||100002|24|0|18446744073709551615 kind 4 type 24"},
+      {"type 9", 9, Block().Text(5, "m"), ""},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -115,48 +117,21 @@ TEST_F(FinderBlock, HandsThePictureOverInPlace) {
   EXPECT_EQ(wizard_.lastPicture, block_->GetData() + bytes.size() - kPicture.size());
 }
 
-TEST_F(FinderBlock, ReportsValuesOfAnotherSizeAndGoesOn) {
-  EXPECT_EQ(Delivered(2, Block().Text(5, "c").Values(9, 4, {1}).Values(1, 8, {2})), Values({"2"}));
+TEST_F(FinderBlock, ReportsValuesOfAnotherSizeAndAWizardThatThrowsAtValues) {
+  EXPECT_EQ(Delivered(2, Block().Text(5, "c").Values(9, 4, {1}).Values(1, 8, {2})), "c values 2");
   EXPECT_EQ(fakes::NarrowDebuggerLines(), std::vector<std::string>{"Invalid struct size in read vector\r\n"});
-}
-
-TEST_F(FinderBlock, OfACameraTakesItsChunksInOrder) {
-  const auto show = [](const json& delivered) {
-    std::string text;
-    for (const json& one : delivered) {
-      const json& camera = one["camera"];
-      for (const char* const key : {"mac", "ip", "vendor", "plugin", "ctt"}) text += camera[key].dump() + " ";
-      text += one["type"].dump();
-    }
-    return text;
-  };
-  const struct {
-    const char* name;
-    std::uint32_t type;
-    Bytes block;
-    const char* shown;
-  } rows[] = {
-      {"no address", 3, Block().Chunk(12, 0, {9}), ""},
-      {"address and code alone", 3, Block().Text(5, "m").Chunk(12, 0, {9}), R"("m" "" "" "UNKNOWN" 9 0)"},
-      {"record of another kind is skipped", 3, Block().Text(5, "m").Raw(2, {'V', 'L'}), R"("m" "" "" "UNKNOWN" 2 0)"},
-      {"record that is damaged", 3, Block().Text(5, "m").Raw(1, {'V', 'L', 'I', 'T'}), ""},
-      {"assembled: the length behind the code is skipped too", 7,
-       Block().Text(10, "Sony IPC").Chunk(12, 2, {9, 0xAA, 0xBB}).Text(8, "i").Text(9, "v").Text(10, "Axis IPC"),
-       R"("UNKNOWN" "i" "v" "Sony IPC" 9 1)"},
-      {"assembled without a plug-in", 7, Block().Text(5, "m"), R"("m" "" "" "UNKNOWN" 2 0)"},
-      {"gone: a record chunk is nothing here", 8, Block().Raw(1, {1, 2}).Text(5, "m"), R"("m" "" "" "UNKNOWN" 2 24)"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(show(Delivered(row.type, row.block)), row.shown);
-  }
+  wizard_.onCall = [] { throw std::runtime_error("closed"); };
+  EXPECT_NE(Delivered(1, Block().Text(5, "c").Raw(6, kPicture)) + Delivered(8, Block().Text(5, "m")), "");
+  EXPECT_TRUE(fakes::DebuggerLines().empty());
+  Delivered(2, Block().Text(5, "c").Values(1, 8, {2}));
+  EXPECT_EQ(fakes::DebuggerLines(), std::vector<std::u16string>{u"Wizzard wurde schon geschlossen\r\n"});
 }
 
 TEST_F(FinderBlock, IsParsedToItsEndWithoutACallWhenTheWizardHasGone) {
   receiver_->OnDetach();
-  EXPECT_EQ(Delivered(1, Block().Text(5, "c").Raw(6, kPicture)), kNothing);
-  EXPECT_EQ(Delivered(2, Block().Text(5, "c").Values(1, 8, {1})), kNothing);
-  EXPECT_EQ(Delivered(8, Block().Text(5, "m")), kNothing);
+  EXPECT_EQ(Delivered(1, Block().Text(5, "c").Raw(6, kPicture)), "");
+  EXPECT_EQ(Delivered(2, Block().Text(5, "c").Values(1, 8, {1})), "");
+  EXPECT_EQ(Delivered(8, Block().Text(5, "m")), "");
   EXPECT_EQ(block_->GetUnreadLength(), 0U);
 }
 
