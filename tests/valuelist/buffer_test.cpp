@@ -2,12 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <future>
 #include <limits>
 #include <numeric>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "fakes/counting_allocator.h"
+#include "valuelist/buffer_pool.h"
 #include "valuelist/error_of.h"
 #include "valuelist/poison.h"
 #include "valuelist/stream.h"
@@ -19,9 +25,8 @@ constexpr std::uint64_t kHuge = std::numeric_limits<std::uint64_t>::max();
 
 TEST(Buffer, GrowsByHalfOfWhatIsNeededInPages) {
   const std::pair<std::vector<std::size_t>, std::uint64_t> rows[] = {
-      {{0}, 0},         {{2731}, 4096},   {{2732}, 8192}, {{10, 4086}, 4096}, {{10, 4086, 1}, 8192},
-      {{43691}, 65536}, {{43692}, 69632},
-  };
+      {{0}, 0},         {{2731}, 4096},  {{2732}, 8192}, {{10, 4086}, 4096}, {{10, 4086, 1}, 8192},
+      {{43691}, 65536}, {{43692}, 69632}};
   for (const auto& [sizes, capacity] : rows) {
     Buffer buffer;
     for (const std::size_t n : sizes) buffer.Append(std::string(n, 'x').data(), n);
@@ -31,20 +36,18 @@ TEST(Buffer, GrowsByHalfOfWhatIsNeededInPages) {
 }
 
 TEST(Buffer, IsLeftWithoutStorageWhereItCannotGrow) {
-  struct Row {
-    std::uint64_t added;
-    const char* allocation;
-    std::int64_t failing;  ///< which allocation the heap refuses
-  };
-  for (const Row& row : {Row{kHuge, "18446744073709551615", 0}, Row{kHuge - 1, "18446744073709551615", 0},
-                         Row{0x5555555555554FFF, "9223372036854775808", 0}, Row{5000, "8192", 1}}) {
+  // how many more bytes, what is asked of the heap for them, and which allocation it refuses
+  for (const auto& [added, allocation, failing] : {std::tuple(kHuge, "18446744073709551615", 0),
+                                                   {kHuge - 1, "18446744073709551615", 0},
+                                                   {0x5555555555554FFF, "9223372036854775808", 0},
+                                                   {5000, "8192", 1}}) {
     Buffer buffer;
     buffer.Append("a", 1);
-    const auto grow = [&] {
-      const fakes::FailingAllocation failure(row.failing);
-      buffer.Reserve(row.added);
+    const auto grow = [&buffer, added = added, failing = failing] {
+      const fakes::FailingAllocation failure(failing);
+      buffer.Reserve(added);
     };
-    EXPECT_EQ(ErrorOf(grow), std::string("OutOfMemoryException: Out of memory during allocation of ") + row.allocation +
+    EXPECT_EQ(ErrorOf(grow), std::string("OutOfMemoryException: Out of memory during allocation of ") + allocation +
                                  " bytes in FlatMemory");
     EXPECT_TRUE(buffer.GetCapacity() == 0 && buffer.GetLength() == 0 && !buffer.GetData());
   }
@@ -75,19 +78,107 @@ TEST(Buffer, PoisonsWhatIsBehindItsLength) {
 #endif
 
 TEST(RawReader, ReadsUpToTheEndAndNotBeyond) {
+  const std::string failed = "IKestrelStream::IKestrelStreamException: ";
   char bytes[5] = {};
-  for (const std::uint64_t position : {0u, 1u, 3u, 4u}) {
-    RawReader reader("wxyz", 4);
-    reader.Read(bytes, position);
-    for (const std::uint64_t n : {5 - position, kHuge - position, kHuge})
-      EXPECT_EQ(ErrorOf([&] { reader.Read(bytes, n); }),
-                "IKestrelStream::IKestrelStreamException: RawStreamer - read failed");
-    reader.Read(bytes + position, 4 - position);
-    reader.Read(bytes, 0);
-    EXPECT_STREQ(bytes, "wxyz");
+  RawReader reader("wxyz", 4);
+  reader.Read(bytes, 1);
+  for (const std::uint64_t n : {std::uint64_t{4}, kHuge - 1, kHuge})
+    EXPECT_EQ(ErrorOf([&] { reader.Read(bytes, n); }), failed + "RawStreamer - read failed");
+  reader.Read(bytes + 1, 3);
+  reader.Read(bytes, 0);
+  EXPECT_STREQ(bytes, "wxyz");
+  EXPECT_EQ(ErrorOf([&] { reader.Write("", 0); }), failed + "RawReader - write not allowed");
+}
+
+TEST(BufferPool, RoutesByCapacity) {
+  const std::pair<std::uint64_t, BufferPoolListIndex> rows[] = {
+      {65535, SmallBufferList}, {65536, MediumBufferList}, {524287, MediumBufferList}, {524288, LargeBufferList}};
+  for (const auto& [bytes, index] : rows) {
+    EXPECT_EQ(BufferPool::ListFor(bytes), index);
+    BufferPoolList& list = BufferPool::GetPool()->GetList(index);
+    const std::uint64_t held = list.GetBytesHeld();
+    ReferencePointer<Buffer>(new Buffer)->Reserve(bytes / 4096 * 4096 * 2 / 3);
+    EXPECT_EQ(list.GetBytesHeld(), held + bytes / 4096 * 4096);
   }
-  EXPECT_EQ(ErrorOf([] { RawReader("", 0).Write("", 0); }),
-            "IKestrelStream::IKestrelStreamException: RawReader - write not allowed");
+}
+
+TEST(BufferPoolList, DeletesAndCountsWhatIsBeyondItsLimits) {
+  const auto& statistics = GetBufferStatistics();
+  for (const auto& [index, capacity, returned, kept] :
+       {std::tuple(SmallBufferList, 0u, 257u, 256u), std::tuple(SmallBufferList, 61440u, 35u, 34u),
+        std::tuple(MediumBufferList, 65536u, 17u, 16u), std::tuple(MediumBufferList, 520192u, 13u, 12u),
+        std::tuple(LargeBufferList, 524288u, 5u, 4u), std::tuple(LargeBufferList, 3145728u, 1u, 1u),
+        std::tuple(LargeBufferList, 3149824u, 1u, 0u)}) {
+    SCOPED_TRACE(testing::Message() << index << " " << capacity);
+    const std::uint64_t refused = statistics.refusedReturns;
+    const std::int64_t live = statistics.liveBlocks;
+    {
+      BufferPoolList list(kBufferPoolLimits[index]);
+      std::vector<ReferencePointer<Buffer>> buffers(returned);
+      for (auto& buffer : buffers) (buffer = list.GetBuffer())->Reserve(capacity * 2 / 3);
+      for (auto& buffer : buffers) list.Return(std::move(buffer));
+      EXPECT_EQ(list.GetCount(), kept);
+      EXPECT_EQ(list.GetBytesHeld(), kept * capacity);
+      EXPECT_EQ(statistics.liveBlocks - live, static_cast<std::int64_t>(kept));
+      EXPECT_EQ(statistics.refusedReturns - refused, returned - kept);
+    }
+    EXPECT_EQ(statistics.liveBlocks, live);
+  }
+}
+
+TEST(BufferPoolList, RecyclesFirstInFirstOutWithStorageAndUseCount) {
+  BufferPoolList list(kBufferPoolLimits[SmallBufferList]);
+  ReferencePointer<Buffer> first = list.GetBuffer(), second = list.GetBuffer();
+  const Buffer* const expected = first.Get();
+  first->Append("abc", 3);
+  first->Take(2);
+  list.Return(std::move(first));
+  list.Return(std::move(second));
+  const ReferencePointer<Buffer> again = list.GetBuffer();
+  EXPECT_EQ(again.Get(), expected);
+  EXPECT_TRUE(again->GetLength() == 0 && again->GetReadPosition() == 0 && again->GetCapacity() == 4096);
+  EXPECT_EQ(again->GetUseCount(), 2u);
+  again->Reset();
+  EXPECT_EQ(again->GetUseCount(), 0u);
+}
+
+TEST(BufferPool, NeverAllocatesInTheSteadyState) {
+  std::int64_t before = 0;
+  for (int i = 0; i < 1000; ++i) {
+    if (i == 500) before = fakes::CountAllocations();  // every buffer in the list has its storage by then
+    ReferencePointer<Buffer> copy = CreateBuffer("abc", 3), other;
+    ReserveAtEnd(other, 7);
+    ASSERT_EQ(ReserveAtEnd(other, 5), other->GetData());
+  }
+  EXPECT_EQ(fakes::CountAllocations(), before);
+}
+
+TEST(BufferPool, GivesEachBufferToOneThread) {
+  const auto use = [](char letter) {
+    for (std::size_t i = 0; i < 300; ++i) {
+      const std::string block(i % 3 == 0 ? 50000 : 100, letter);
+      const auto a = CreateBuffer(block.data(), block.size()), b = a, c = GetBuffer(SmallBufferList);
+      c->Append("0123456789", 10);
+      if (std::memcmp(a->GetData(), block.data(), block.size()) != 0 || a->GetLength() != block.size()) return false;
+    }
+    return true;
+  };
+  std::vector<std::future<bool>> threads;
+  for (const char letter : {'a', 'b', 'c', 'd'}) threads.push_back(std::async(std::launch::async, use, letter));
+  for (auto& thread : threads) EXPECT_TRUE(thread.get());
+}
+
+TEST(BufferPoolDeathTest, FreesEverythingAfterItsEnd) {
+  const auto everythingIsFreed = [] {
+    const auto& live = GetBufferStatistics().liveBlocks;
+    ReferencePointer<Buffer> late = GetBuffer(SmallBufferList);
+    BufferPool::DestroySharedPool();
+    const bool keepsWhatIsInUse = live == 1;
+    late.Reset();
+    CreateBuffer("abc", 3);
+    return keepsWhatIsInUse && live == 0 && BufferPool::GetPool() != BufferPool::GetPool();
+  };
+  EXPECT_EXIT(std::exit(everythingIsFreed() ? 7 : 1), testing::ExitedWithCode(7), "");
 }
 
 }  // namespace
