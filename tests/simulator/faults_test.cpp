@@ -123,7 +123,6 @@ TEST(LastError, BelongsToItsThreadAndHasAllTexts) {
       {"function": "TarnLiveStream_Start", "call": 3, "error": true}]})");
   Tarn::TTarnLiveStream* const stream = dbi.StartStream();
   DBIErrorRecord record{};
-  EXPECT_FALSE(dbi.getLastError(&record));
   EXPECT_FALSE(dbi.start(stream));
   ASSERT_TRUE(dbi.getLastError(&record));
   std::thread([&] {
