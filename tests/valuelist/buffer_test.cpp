@@ -59,10 +59,8 @@ TEST(Buffer, ReadsLittleEndianNumbersAndRefusesMoreThanIsThere) {
   EXPECT_EQ(buffer.ReadUInt32(), 0x04030201u);
   EXPECT_EQ(buffer.ReadUInt64(), 0x0C0B0A0908070605u);
   EXPECT_EQ(buffer.ReadUInt8(), 0xF1u);
-  for (const std::uint64_t n : {std::uint64_t{4}, kHuge - 12, kHuge}) {
+  for (const std::uint64_t n : {std::uint64_t{4}, kHuge - 12, kHuge})
     EXPECT_EQ(ErrorOf([&] { buffer.Take(n); }), kTooFewBytes) << n;
-    EXPECT_EQ(buffer.GetUnreadLength(), 3u);
-  }
   buffer.Take(3);
   buffer.Take(0);
 }
@@ -155,7 +153,7 @@ TEST(BufferPool, NeverAllocatesInTheSteadyState) {
 
 TEST(BufferPool, GivesEachBufferToOneThread) {
   const auto use = [](char letter) {
-    for (std::size_t i = 0; i < 300; ++i) {
+    for (std::size_t i = 0; i < 2000; ++i) {
       const std::string block(i % 3 == 0 ? 50000 : 100, letter);
       const auto a = CreateBuffer(block.data(), block.size()), b = a, c = GetBuffer(SmallBufferList);
       c->Append("0123456789", 10);

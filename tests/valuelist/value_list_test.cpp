@@ -49,7 +49,6 @@ TEST(ValueListWrite, GivesTheWireForm) {
   example.Add("GetInfoByIp", "10.0.0.5");
   EXPECT_EQ(Encoded(example), Hex(kExample));
   EXPECT_EQ(example.ToText(), kExampleText);
-
   list.SetName("ab");
   list.Add("X", std::uint64_t{0xFFFFFFFFFFFFFFFE});
   list.Add("X", std::uint8_t{200});
@@ -99,7 +98,6 @@ TEST(ValueListGet, TakesTheFirstOfANameAndLeavesTheOutputWithoutOne) {
   EXPECT_TRUE(list.Get("n", number) && number == 42);
   list.Read(*Holding(Hex("56 4C 49 53  06 0A000000  01000000  07 FFFFFFFF  02 07")));  // appends, with any type of name
   EXPECT_TRUE(list.GetName() == "10" && list.Get("-1", number) && number == 7 && list.GetEntries().size() == 4);
-
   const auto untouched = Holding("x");
   ReferencePointer<Buffer> out = untouched, again;
   list.GetBinaryData("x", out);

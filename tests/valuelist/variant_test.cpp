@@ -47,7 +47,7 @@ TEST(VariantText, IsWrittenInTheFormOfTheType) {
       {FromRaw(vtBinaryData, std::string(58, '\0')), "binarydata 58 " + std::string(76, 'A') + "\r\nAA=="},
       {Variant(u"\u00E4\0b"s), "\u00E4"},
       {Variant(platform::FileTime{0, 0xFFFFFFFF}), kNoText}};
-  for (const auto& [value, text] : rows) EXPECT_EQ(TextOrError([&] { return value.ToString(); }), text);
+  for (const auto& row : rows) EXPECT_EQ(TextOrError([&] { return row.first.ToString(); }), row.second);
 
   std::string texts;
   for (const float number : {-0.1f, 0.05f, 999999.0f, 1234567.0f, 1e20f, 100.0f, -0.0f, -kInf})
@@ -145,8 +145,7 @@ std::string Raw(const Variant& value) {
 }
 
 /// A stream that is not the library's own: nobody can tell how much is left in it.
-class OtherStream : public IKestrelStream {
- public:
+struct OtherStream : IKestrelStream {
   explicit OtherStream(std::string content = {}) : bytes(std::move(content)) {}
   void Write(const void* source, std::uint64_t n) override { bytes.append(static_cast<const char*>(source), n); }
   void Read(void* destination, std::uint64_t n) override {
@@ -168,8 +167,7 @@ TEST(VariantRaw, EveryTypeIsCopiedMovedAndWrittenAsItWasRead) {
     if (tag == vtReferencePointer) payload.assign(size, '\0');
     if (tag == vtString) payload.pop_back();
     std::optional<Variant> value = FromRaw(tag, payload);
-    Variant copy(*value);
-    Variant assigned("old");
+    Variant copy(*value), assigned("old");
     assigned = copy;
     copy = Variant::Create(tag);
     EXPECT_EQ(Raw(*value), payload);
@@ -232,8 +230,7 @@ TEST(BinaryDataValue, HasABufferOfItsOwn) {
     Variant copy(original);
     buffer->Append("d", 1);
     EXPECT_EQ(original.GetIf<BinaryData>()->GetBuffer(), buffer);
-    EXPECT_EQ(Raw(original), "abcd");
-    EXPECT_EQ(Raw(copy), "abc");
+    EXPECT_EQ(Raw(original) + Raw(copy), "abcdabc");
     copy = original;
     copy.ReadRaw(reinterpret_cast<const std::uint8_t*>("x"), 1);
     EXPECT_EQ(Raw(copy), "x");
@@ -255,7 +252,6 @@ TEST(BlobValue, PointsIntoItsSourceUntilItOwnsItsBytesAndNowhereFromText) {
   BlobPtr shared = BlobPtr::AllocateShared(1);
   shared.Refer(source.data(), 2);
   EXPECT_FALSE(shared.IsShared()) << "no count lies before bytes of somebody else";
-
   value.FromString("blobptr 4 4096");
   Variant unreadable(value);
   unreadable.OwnBytes();
@@ -302,7 +298,7 @@ TEST(ReferenceValue, DyingObjectsAreNeverFollowed) {
       EXPECT_TRUE(error == kBadPointer || text == "<refptr/>" || text == "<nullref/>") << text << error;
     }
   });
-  for (int i = 0; i < 5'000; ++i) {
+  for (int i = 0; i < 20'000; ++i) {
     const VariantReferencePointer value(new ReferenceCounted);
     object = value.Get();
   }
