@@ -30,7 +30,7 @@ bool EnsureStreamStarted(LiveStreamInfo& info) {
     void* output2 = nullptr;
     if (!TarnLiveStream_Open(info.stream.get(), &parameters, 0, &output1, &output2, 0)) ThrowLastDBIError();
     if (!TarnLiveStream_Start(info.stream.get())) ThrowLastDBIError();
-  } catch (const DBIException&) {
+  } catch (...) {  // the error, or no memory to tell of it
     return false;
   }
   info.started.store(true);

@@ -17,7 +17,7 @@ class DspReply {
     if (!data_) return;
     try {
       if (!TarnDBI_ReleaseReference(data_)) ThrowLastDBIError();
-    } catch (const Kestrel::KestrelException&) {
+    } catch (...) {  // the error, or no memory to tell of it
     }
   }
   DspReply(const DspReply&) = delete;
