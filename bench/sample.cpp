@@ -83,15 +83,17 @@ Kestrel::ValueList ListOf(const std::vector<CameraRecord>& cameras) {
   return list;
 }
 
+void Append(Bytes& block, const void* bytes, std::size_t count) {
+  const std::size_t before = block.size();
+  block.resize(before + count);
+  std::memcpy(block.data() + before, bytes, count);
+}
+
 void AppendChunk(Bytes& block, std::uint32_t tag, const Bytes& payload) {
   const std::uint64_t length = payload.size();
-  const auto append = [&](const void* bytes, std::size_t count) {
-    const auto* const first = static_cast<const std::uint8_t*>(bytes);
-    block.insert(block.end(), first, first + count);
-  };
-  append(&tag, sizeof tag);
-  append(&length, sizeof length);
-  append(payload.data(), payload.size());
+  Append(block, &tag, sizeof tag);
+  Append(block, &length, sizeof length);
+  Append(block, payload.data(), payload.size());
 }
 
 Bytes ListBytes(const std::vector<CameraRecord>& cameras) {
@@ -125,7 +127,7 @@ Bytes PictureBlock(std::size_t pictureBytes) {
   Bytes block;
   AppendChunk(block, 5, text);
   AppendChunk(block, 6, SampleBytes(pictureBytes));
-  block.insert(block.end(), 4, 0);
+  block.resize(block.size() + 4);
   return block;
 }
 

@@ -125,7 +125,9 @@ constexpr char kGenerated[] = R"({"seed": 5, "generate":
 /// Frozen: another system, compiler or library must come to the same bytes.
 TEST(GeneratedWorld, ASeedMakesTheSameBlocksEverywhere) {
   EXPECT_EQ(DigestOfAllBlocks(kGenerated), 0xA1714F019C8F9617U);
-  EXPECT_NE(DigestOfAllBlocks(std::string(kGenerated).replace(9, 1, "6")), DigestOfAllBlocks(kGenerated));
+  std::string otherSeed = kGenerated;
+  otherSeed[otherSeed.find('5')] = '6';
+  EXPECT_NE(DigestOfAllBlocks(otherSeed), DigestOfAllBlocks(kGenerated));
 }
 
 TEST(GeneratedWorld, AddressesAreNobodyElses) {
