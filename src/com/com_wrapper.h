@@ -41,6 +41,9 @@ class ComWrapperBase : public T {
     return left;
   }
 
+  /// For the holder of a reference: true where it is the only one.
+  bool HasOneReference() const { return refCount_.load() == 1; }
+
   /// Failure leaves the object without marshaling support, which is all that it means.
   void CreateMarshaler() {
     void* marshaler = nullptr;

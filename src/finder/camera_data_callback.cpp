@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "finder/live_stream.h"
+#include "platform/modules.h"
 
 namespace Tarn::CameraFinding {
 
@@ -16,6 +17,10 @@ CameraDataCallback::CameraDataCallback(INewCameraDataCallback* callback, std::sh
 CameraDataCallback::~CameraDataCallback() {
   SetStreamDataCallback(*streamInfo_, kUnregisterDataCallback, wrapper_.Get());
   streamInfo_.reset();
+  // Somebody else still holds the receiver: a block is being delivered, or about to be. The wizard may unload the
+  // library as soon as it has released the finder, and neither can wait for the other: the wizard's callback may need
+  // the loader's lock, which is held while a library is unloaded. So the threads inside must find the code in its place.
+  if (!wrapper_->HasOneReference()) platform::KeepThisModuleLoaded();
 }
 
 }  // namespace Tarn::CameraFinding

@@ -170,6 +170,9 @@ void* GetProcAddress(ModuleHandle, const char* name) {
   const auto function = TheSystem().functions.find(name);
   return function == TheSystem().functions.end() ? nullptr : function->second;
 }
+bool KeepThisModuleLoaded() {
+  return false;
+}
 bool FreeLibrary(ModuleHandle) {
   return TheSystem().Call("", "free");
 }

@@ -1,7 +1,9 @@
 /// Loading and unloading, again and again.
 #include <filesystem>
+#include <future>
 #include <iterator>
 #include <system_error>
+#include <thread>
 
 #include "wizard/finder_library.h"
 
@@ -35,6 +37,32 @@ TEST_F(Reload, AThousandLoadsWithADeliveryEachLeaveNothingBehind) {
     ASSERT_EQ(receiver.cameras.size(), 3U);
     ASSERT_EQ(callback.references, 0U);
     ASSERT_EQ(ThreadCount(), threads);
+    dbi.ForgetCalls();
+  }
+}
+
+/// The wizard releases the finder, and frees the library, while its callback still holds a delivery up. The threads
+/// inside go on in code that is there. (Which is why the library stays, and why this comes last.)
+TEST_F(Reload, WhatIsUnloadedDuringADeliveryIsThereUntilItsThreadsHaveLeft) {
+  for (int i = 0; i < 50; ++i) {
+    RecordingCallback callback;
+    std::promise<void> entered, unloaded;
+    std::thread delivery;
+    callback.onCamera = [&] {
+      entered.set_value();
+      unloaded.get_future().wait();
+    };
+    {
+      const FinderLibrary library;
+      const auto finder = library.MakeFinder();
+      finder->SetNewCameraDataCallback(&callback);
+      delivery = std::thread([&] { dbi.Push(3, ReadSample("block-3-camera.bin")); });
+      entered.get_future().wait();
+    }
+    unloaded.set_value();
+    delivery.join();
+    ASSERT_EQ(callback.Count(), 1U);
+    ASSERT_EQ(callback.references, 0U);
     dbi.ForgetCalls();
   }
 }

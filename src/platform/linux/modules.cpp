@@ -123,6 +123,12 @@ bool FreeLibrary(ModuleHandle module) {
   return Failed<bool>(ERROR_INVALID_HANDLE);
 }
 
+bool KeepThisModuleLoaded() {
+  const ModuleHandle module = ModuleContaining(&socketModule);
+  void* const kept = module ? dlopen(PathOf(module).c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE) : nullptr;
+  return kept && dlclose(kept) == 0;
+}
+
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units) {
   const std::u16string directory = WideText(EnvironmentText("TARN_SYSTEM_DIRECTORY", kDefaultSystemDirectory));
   const auto length = static_cast<std::uint32_t>(directory.size());

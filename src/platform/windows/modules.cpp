@@ -48,6 +48,12 @@ bool FreeLibrary(ModuleHandle module) {
   return ::FreeLibrary(Module(module)) != FALSE;
 }
 
+bool KeepThisModuleLoaded() {
+  HMODULE module = nullptr;
+  return ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                              reinterpret_cast<const wchar_t*>(&KeepThisModuleLoaded), &module) != FALSE;
+}
+
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units) {
   return ::GetSystemDirectoryW(Wide(path), units);
 }
