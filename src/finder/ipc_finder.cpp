@@ -1,11 +1,14 @@
 #include "finder/ipc_finder.h"
 
+#include <cstdint>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "com/bstr.h"
 #include "protocol/camera_info.h"
+#include "protocol/camera_reply.h"
 #include "protocol/finder_messages.h"
 #include "protocol/record_wire.h"
 
@@ -78,14 +81,11 @@ void IPCFinder::RequestInfoByIp(const OLECHAR* ipAddress) {
 
 void IPCFinder::ListFoundCameras(IFoundCameraReceiver* receiver) {
   if (!streamInfo_ || !EnsureStreamStarted(*streamInfo_)) return;
-  CameraListMessage found;
-  {
-    Kestrel::ValueList reply;
-    SendCommand(CommandOf(ListFoundMessage{}), reply);
-    Serialize(reply, Direction::kRead, found);
-  }
+  std::vector<CameraRecord> cameras;
+  Exchange(CommandOf(ListFoundMessage{}),
+           [&cameras](std::span<const std::uint8_t> reply) { cameras = ReadCameraReply(reply); });
   if (!receiver) return;
-  for (CameraRecord& record : found.cameras) {
+  for (CameraRecord& record : cameras) {
     const Kestrel::ComPtr<ICameraInfo> camera = MakeCameraInfo(std::move(record));
     receiver->CameraFound(camera.Get());
   }

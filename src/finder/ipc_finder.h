@@ -6,7 +6,10 @@
 ///          ListFoundCameras and SetNewCameraDataCallback let them through. The asymmetry is part of the contract.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <span>
 
 #include "com/com_wrapper.h"
 #include "finder/live_stream.h"
@@ -43,6 +46,9 @@ class IPCFinder : public ICameraFinder, public IPCFindingSender {
   void SendCommand(const Kestrel::ValueList& command, Kestrel::ValueList& reply) override;
 
  private:
+  /// Sends the command and hands a reply of at least one byte to read, which may throw. The channel and errors are
+  /// those of SendCommand.
+  void Exchange(const Kestrel::ValueList& command, const std::function<void(std::span<const std::uint8_t>)>& read);
   std::uint8_t SendNetworkCommand(ICameraInfo* camera, std::uint32_t networkCommandType);
 
   std::unique_ptr<CameraDataCallback> dataCallback_;

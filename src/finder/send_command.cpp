@@ -1,4 +1,6 @@
 #include <cstdint>
+#include <functional>
+#include <span>
 
 #include "base/text_conversion.h"
 #include "finder/ipc_finder.h"
@@ -38,13 +40,18 @@ class DspReply {
 }  // namespace
 
 void IPCFinder::SendCommand(const Kestrel::ValueList& command, Kestrel::ValueList& reply) {
+  Exchange(command, [&reply](std::span<const std::uint8_t> bytes) { DecodeReply(bytes, reply); });
+}
+
+void IPCFinder::Exchange(const Kestrel::ValueList& command,
+                         const std::function<void(std::span<const std::uint8_t>)>& read) {
   if (!streamInfo_ || !EnsureStreamStarted(*streamInfo_)) return;
   const Kestrel::ReferencePointer<Kestrel::Buffer> request = EncodeRequest(command);
   DspReply answer;
   if (!TarnLiveStream_SendSynchDSPCommand(streamInfo_->stream.get(), request->GetData(),
                                           Kestrel::ClipSizeT(request->GetLength()), answer.PutData(), answer.PutSize()))
     ThrowLastDBIError();
-  if (!answer.GetBytes().empty()) DecodeReply(answer.GetBytes(), reply);
+  if (!answer.GetBytes().empty()) read(answer.GetBytes());
 }
 
 }  // namespace Tarn::CameraFinding
