@@ -7,27 +7,22 @@
 
 namespace Kestrel {
 
-DebugOut::Message::Message(const char* source, std::uint32_t level, std::uint32_t targetFlags)
-    : record{platform::GetCurrentThreadId(), source, level}, flags(targetFlags), streamer(DebugOutStreamer::Get()) {}
-
-/// The settings may have come since the statement was created.
-void DebugOut::Message::Emit() const {
-  if (!streamer->IsActive() || !Passes(record.source, record.level)) return;
-  if (DebugOutReadyMark::IsSet()) return streamer->Emit(record, text, flags);
-  platform::OutputDebugStringW(u"STATOUT: ");
-  if (!text.empty()) platform::OutputDebugStringW(text.c_str());
+void DebugOut::Begin(const char* source, std::uint32_t level, std::uint32_t flags) {
+  message_.reset(new Message{{platform::GetCurrentThreadId(), source, level}, flags, DebugOutStreamer::Get(), {}});
 }
 
+/// The settings may have come since the statement was created.
 void DebugOut::Finish() {
-  if (!message_) return;
-  const Message message = std::move(*message_);
-  message_.reset();
-  message.Emit();
+  const std::unique_ptr<const Message> message = std::move(message_);
+  if (!message || !message->streamer->IsActive() || !Passes(message->record.source, message->record.level)) return;
+  if (DebugOutReadyMark::IsSet()) return message->streamer->Emit(message->record, message->text, message->flags);
+  platform::OutputDebugStringW(u"STATOUT: ");
+  if (!message->text.empty()) platform::OutputDebugStringW(message->text.c_str());
 }
 
 void DebugOut::FinishQuietly() {
   try {
-    message_->Emit();
+    Finish();
   } catch (...) {  // a destructor must not throw
   }
 }

@@ -7,7 +7,7 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
 
 #include "base/append_text.h"
@@ -23,7 +23,7 @@ class DebugOut final : public ReferenceCounted {
   /// source may be null; it must outlive the statement. level is a DebugOutLevel, flags are of DebugOutTarget.
   /// May make the dispatcher, and throws what that throws.
   DebugOut(const char* source, std::uint32_t level, std::uint32_t flags = dotDefault) {
-    if (Passes(source, level)) message_.emplace(source, level, flags);
+    if (Passes(source, level)) Begin(source, level, flags);
   }
   /// Finishes the statement. What a target throws then is lost.
   ~DebugOut() override {
@@ -43,12 +43,9 @@ class DebugOut final : public ReferenceCounted {
 
  private:
   struct Message {
-    Message(const char* source, std::uint32_t level, std::uint32_t targetFlags);
-    void Emit() const;
-
-    const DebugOutRecord record;
-    const std::uint32_t flags;
-    const ReferencePointer<DebugOutStreamer> streamer;
+    DebugOutRecord record;
+    std::uint32_t flags;
+    ReferencePointer<DebugOutStreamer> streamer;
     std::u16string text;
   };
 
@@ -57,9 +54,10 @@ class DebugOut final : public ReferenceCounted {
     return !settings || settings->IsEnabled(source, level);
   }
 
+  void Begin(const char* source, std::uint32_t level, std::uint32_t flags);
   void FinishQuietly();
 
-  std::optional<Message> message_;  ///< none in a statement that does not pass, or is finished
+  std::unique_ptr<Message> message_;  ///< none in a statement that does not pass, or is finished
 };
 
 }  // namespace Kestrel
