@@ -88,17 +88,21 @@ TEST(FinderReply, IsTheSameByLinesAsItIsAsAWhole) {
   }
   const Bytes whole = ReadSample("reply-list-300.bin");
   EXPECT_EQ(ReadCameraReply(whole).size(), 300U);
-  // Damage at the seams: lines of 78 units, read 128 at a time.
-  const std::size_t units = (whole.size() - 5) / 2 - 1;
+  // Damage in the lengths and at the seams: lines of 78 units, read 128 at a time.
+  const std::size_t last = (whole.size() - 5) / 2 - 2;
   for (const std::size_t at :
-       std::initializer_list<std::size_t>{0, 5, 60, 75, 76, 77, 78, 9983, 9984, 9985, 19968, units - 1}) {
-    for (const char16_t damage : {u'A', u'=', u'\r', u'!', u'\u0338', u'\0'}) {
+       std::vector<std::size_t>{0, 47, 48, 49, 50, 51, 75, 76, 77, 9983, 9984, 9985, 19968, last}) {
+    for (const char16_t damage : {u'A', u'/', u'=', u'\r', u'!', u'\u0338', u'\0'}) {
       SCOPED_TRACE(testing::Message() << at << " " << static_cast<int>(damage));
       Bytes damaged = whole;
       std::memcpy(&damaged[5 + 2 * at], &damage, sizeof damage);
       EXPECT_EQ(OutcomeOf(damaged, ReadCameraReply), OutcomeOf(damaged, ReadAsAWhole));
     }
   }
+  Bytes joined = whole;  // the 201st line goes on in the 200th: longer than usual, and allowed
+  joined.erase(joined.begin() + 5 + 2 * (200 * 78 - 2), joined.begin() + 5 + 2 * 200 * 78);
+  joined[1] = static_cast<std::uint8_t>(joined[1] - 4);
+  EXPECT_EQ(ReadCameraReply(joined).size(), 300U);
 }
 
 TEST(FinderReply, IsWrittenAsRecordedByteForByte) {

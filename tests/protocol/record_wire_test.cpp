@@ -60,7 +60,10 @@ TEST(StringList, IsAppendedIgnoredOrRefused) {
       {"wrong marker", Binary(Bytes{0xFE, 0x45, 0x43, 0x42, 1, 0, 0, 0} + kElementA), {}, ""},
       {"cut in the count", Binary(kMarker + Bytes{1}), {}, kCut},
       {"empty", Binary(kMarker + Bytes{0, 0, 0, 0}), {}, ""},
-      {"element without mac", Binary(kMarker + Bytes{1, 0, 0, 0} + kElementWithoutMac), {""}, ""},
+      {"elements with and without mac",
+       Binary(kMarker + Bytes{3, 0, 0, 0} + kElementWithoutMac + kElementA + kElementWithoutMac),
+       {"", "a", ""},
+       ""},
       {"bytes behind", Binary(kMarker + Bytes{1, 0, 0, 0} + kElementA + Bytes{0}), {"a"}, ""},
       {"count too large", Binary(kMarker + Bytes{0xFF, 0xFF, 0xFF, 0xFF} + kElementA), {"a"}, kCut},
       {"wrong identifier", Binary(kMarker + Bytes{1, 0, 0, 0, 'V', 'L', 'I', 'T'}), {}, "Wrong value list identifier"},
@@ -85,9 +88,10 @@ TEST(StringList, IsAppendedIgnoredOrRefused) {
 TEST(RecordEntries, ConvertFromAnyTypeAndTheFirstOfANameCounts) {
   ValueList list;
   list.Add("LUN", "usual");
+  list.Add("CTT", "300");
+  list.Add("CTT", "1");
   list.Add("MAC", std::uint32_t{7});
   list.Add("MAC", "second");
-  list.Add("CTT", "300");
   list.Add("ICB", "1");
   list.Add("CVT", "64");
   list.AddVariant("DCV", Variant(std::int16_t{-1}));
