@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
@@ -35,7 +36,7 @@ constexpr std::array<std::array<std::uint8_t, kGlyphHeight>, 10> kGlyphs = {{
 /// Grey values, row after row, each behind the filter byte 0 that the format wants.
 class Image {
  public:
-  Image() : rows_(kHeight * (kWidth + 1)) {}
+  Image() : rows_(std::size_t{kHeight} * (kWidth + 1)) {}
 
   std::uint8_t& At(std::uint32_t x, std::uint32_t y) { return rows_[y * (kWidth + 1) + 1 + x]; }
   const Bytes& Rows() const { return rows_; }
