@@ -7,8 +7,6 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -25,9 +23,6 @@ TEST(Debugger, LinesGoToTheFileAsTheyAre) {
   platform::OutputDebugStringW(nullptr);
   const std::u16string longLine(5000, u'\u6771');
   platform::OutputDebugStringW(longLine.c_str());
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) threads.emplace_back([] { platform::OutputDebugStringW(u"<>"); });
-  for (std::thread& thread : threads) thread.join();
   unsetenv("TARN_DEBUGGER");
 
   std::string expected =
@@ -35,7 +30,7 @@ TEST(Debugger, LinesGoToTheFileAsTheyAre) {
       "e\r\n\xC3\xA4|";
   for (int i = 0; i < 5000; ++i) expected += "\xE6\x9D\xB1";
   std::ifstream file(path, std::ios::binary);
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), expected + "<><><><>");
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), expected);
   std::filesystem::remove(path);
 }
 
