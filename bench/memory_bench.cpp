@@ -4,9 +4,9 @@
 
 #include <atomic>
 #include <cerrno>
+#include <vector>
 
-#include "protocol/finder_messages.h"
-#include "protocol/request_wire.h"
+#include "protocol/camera_reply.h"
 #include "sample.h"
 
 extern "C" {
@@ -78,15 +78,10 @@ void ReplyMemory(benchmark::State& state) {
   for (auto _ : state) {
     live = peak = 0;
     counting = true;
-    CameraListMessage message;
-    {
-      Kestrel::ValueList list;
-      DecodeReply(reply, list);
-      Serialize(list, Direction::kRead, message);
-    }
+    const std::vector<CameraRecord> records = ReadCameraReply(reply);
     kept = live;
     counting = false;
-    sample::Require(message.cameras.size() == count, "reply");
+    sample::Require(records.size() == count, "reply");
   }
   const auto cameras = static_cast<double>(count);
   state.counters["peak"] = static_cast<double>(peak) / cameras;

@@ -1,5 +1,6 @@
 #include <benchmark/benchmark.h>
 
+#include "protocol/camera_reply.h"
 #include "protocol/finder_messages.h"
 #include "protocol/record_wire.h"
 #include "protocol/request_wire.h"
@@ -85,19 +86,11 @@ void RecordsRead(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(ReadCameras(bytes));
 }
 
-std::vector<CameraRecord> DecodeCameras(const Bytes& reply) {
-  CameraListMessage message;
-  ValueList list;
-  DecodeReply(reply, list);
-  Serialize(list, Direction::kRead, message);
-  return std::move(message.cameras);
-}
-
 void ReplyDecode(benchmark::State& state) {
   const auto count = static_cast<std::size_t>(state.range(0));
   const Bytes reply = sample::Reply(count);
-  sample::Require(DecodeCameras(reply) == sample::Cameras(count), "reply");
-  for (auto _ : state) benchmark::DoNotOptimize(DecodeCameras(reply));
+  sample::Require(ReadCameraReply(reply) == sample::Cameras(count), "reply");
+  for (auto _ : state) benchmark::DoNotOptimize(ReadCameraReply(reply));
 }
 
 template <class Message>
