@@ -13,6 +13,8 @@
 ///   4. Every object may be called and released on any thread.
 ///   5. ListFoundCameras, SetNewCameraDataCallback and GetFindingInterface let C++ exceptions through, all derived from
 ///      std::exception; every other operation keeps them inside and returns its failure value.
+///   6. The library may be unloaded once every object of it has been released. Where a delivery is still under way then,
+///      it ends as usual, and the library stays in the process.
 ///   There is no time-out: an operation blocks until the server has answered.
 #pragma once
 
