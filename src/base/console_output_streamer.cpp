@@ -6,6 +6,7 @@
 #include "base/date_time_text.h"
 #include "base/debug_out_settings.h"
 #include "base/exceptions.h"
+#include "base/text_conversion.h"
 #include "platform/clock.h"
 #include "platform/debugger.h"
 
@@ -13,7 +14,7 @@ namespace Kestrel {
 namespace {
 
 /// The most that a console takes in one call.
-constexpr std::size_t kMostUnits = 65536;
+constexpr std::uint32_t kMostUnits = 65536;
 
 /// Row = level: bright red, magenta, yellow and cyan.
 constexpr std::uint16_t kColours[] = {12, 13, 14, 11};
@@ -86,9 +87,9 @@ void ConsoleOutputStreamer::Write(const DebugOutRecord& record, const std::u16st
   const platform::ConsoleHandle console = record.level == dolError ? error_ : output_;
   if (console == platform::InvalidConsoleHandle()) return;
   const std::u16string line = TimeStamp() + StandardLine(record, text);
-  if (line.size() > kMostUnits) platform::OutputDebugStringW(u"ClipSizeT failed - Size > MaxSize");
+  const std::uint32_t units = ClipSizeT(line.size(), kMostUnits);
   const ConsoleColour colour(console, ColourOf(record.level));
-  platform::WriteConsoleW(console, line.data(), static_cast<std::uint32_t>(std::min(line.size(), kMostUnits)));
+  platform::WriteConsoleW(console, line.data(), units);
 }
 
 void ConsoleOutputStreamer::Flush() {

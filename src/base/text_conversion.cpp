@@ -146,11 +146,10 @@ std::string WideToAnsiOrAscii(std::u16string_view wide) {
   return ConvertedOrAscii<Narrowing>(kNarrowFlags, wide);
 }
 
-std::uint32_t ClipSizeT(std::uint64_t size) {
-  constexpr std::uint32_t kMaxSize = std::numeric_limits<std::uint32_t>::max();
-  if (size <= kMaxSize) return static_cast<std::uint32_t>(size);
+std::uint32_t ClipSizeT(std::uint64_t size, std::uint32_t most) {
+  if (size <= most) return static_cast<std::uint32_t>(size);
   platform::OutputDebugStringW(u"ClipSizeT failed - Size > MaxSize");
-  return kMaxSize;
+  return most;
 }
 
 }  // namespace Kestrel

@@ -36,7 +36,7 @@ std::string WideToAnsi(std::u16string_view wide);
 std::u16string AnsiToWideOrAscii(std::string_view narrow);
 std::string WideToAnsiOrAscii(std::u16string_view wide);
 
-/// size, or 0xFFFFFFFF and the debugger line "ClipSizeT failed - Size > MaxSize" where it does not fit into 32 bits.
-std::uint32_t ClipSizeT(std::uint64_t size);
+/// size, or most and the debugger line "ClipSizeT failed - Size > MaxSize" where it is larger.
+std::uint32_t ClipSizeT(std::uint64_t size, std::uint32_t most = 0xFFFFFFFF);
 
 }  // namespace Kestrel

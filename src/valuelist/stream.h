@@ -23,8 +23,10 @@ class IKestrelStream {
   ~IKestrelStream() = default;
 };
 
+inline constexpr char kReadFailed[] = "RawStreamer - read failed";
+
 /// Reads memory that it does not own; the memory must outlive it.
-/// Read throws "RawStreamer - read failed" where fewer than n bytes are left, Write "RawReader - write not allowed".
+/// Read throws kReadFailed where fewer than n bytes are left, Write "RawReader - write not allowed".
 class RawReader final : public IKestrelStream {
  public:
   RawReader(const void* bytes, std::uint64_t size) : bytes_(static_cast<const std::uint8_t*>(bytes)), size_(size) {}

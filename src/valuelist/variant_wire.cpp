@@ -11,7 +11,6 @@ namespace Kestrel {
 namespace {
 
 constexpr std::size_t kUnit = sizeof(char16_t);
-constexpr char kReadFailed[] = "RawStreamer - read failed";
 constexpr std::size_t kSlice = 0x10000;
 
 void WriteLength(IKestrelStream& stream, std::uint64_t length) {

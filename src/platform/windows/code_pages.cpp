@@ -3,15 +3,24 @@
 #include "platform/windows/api.h"
 
 namespace platform {
+namespace {
+
+/// UTF-8 may be set as the system's ANSI code page; it takes no flags, under that name either.
+std::uint32_t AllowedFlags(std::uint32_t codePage, std::uint32_t flags) {
+  return codePage == CP_ACP && ::GetACP() == CP_UTF8 ? 0 : flags;
+}
+
+}  // namespace
 
 int MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* source, int sourceBytes,
                         char16_t* target, int targetUnits) {
-  return ::MultiByteToWideChar(codePage, flags, source, sourceBytes, Wide(target), targetUnits);
+  return ::MultiByteToWideChar(codePage, AllowedFlags(codePage, flags), source, sourceBytes, Wide(target), targetUnits);
 }
 
 int WideCharToMultiByte(std::uint32_t codePage, std::uint32_t flags, const char16_t* source, int sourceUnits,
                         char* target, int targetBytes) {
-  return ::WideCharToMultiByte(codePage, flags, Wide(source), sourceUnits, target, targetBytes, nullptr, nullptr);
+  return ::WideCharToMultiByte(codePage, AllowedFlags(codePage, flags), Wide(source), sourceUnits, target, targetBytes,
+                               nullptr, nullptr);
 }
 
 }  // namespace platform
