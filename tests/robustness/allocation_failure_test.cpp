@@ -9,24 +9,7 @@
 namespace wizard {
 namespace {
 
-/// Looks at what it is given without keeping anything: the test's own memory must not count.
-class LookingWizard : public OwnedByTest<INewCameraDataCallback> {
- public:
-  HRESULT PictureReceived(const std::uint8_t*, std::uint64_t, BSTR cameraText) override { return Took(cameraText); }
-  HRESULT ValuesReceived(BSTR cameraText, const std::uint64_t*, std::uint64_t) override { return Took(cameraText); }
-  HRESULT CameraInfoReceived(std::uint32_t, ICameraInfo* camera, std::int32_t) override {
-    return Took(camera->GetMacAddress());
-  }
-  int taken = 0;
-
- private:
-  HRESULT Took(BSTR text) {
-    SysFreeString(text);
-    ++taken;
-    return S_OK;
-  }
-};
-
+/// Keeps nothing: the test's own memory must not count.
 class LookingReceiver : public OwnedByTest<IFoundCameraReceiver> {
  public:
   HRESULT CameraFound(ICameraInfo* camera) override {
@@ -39,10 +22,9 @@ class LookingReceiver : public OwnedByTest<IFoundCameraReceiver> {
 
 struct Scene {
   ComPtr<ICameraFinder> finder;
-  LookingWizard wizard;
+  CountingCallback wizard;
   LookingReceiver receiver;
   ComPtr<ICameraInfo> camera;
-  Bytes block;
 };
 
 struct OperationRow {
@@ -53,9 +35,7 @@ struct OperationRow {
 
 void MakeFinder(Scene& scene) {
   scene.finder.Reset();
-  ICameraFinder* finder = nullptr;
-  GetFindingInterface(kServer, kChannel, &finder);
-  scene.finder = ComPtr<ICameraFinder>::Attach(finder);
+  scene.finder = MakeFinderBy(GetFindingInterface);
 }
 
 const OperationRow kOperations[] = {
@@ -86,7 +66,10 @@ std::int64_t CountBlocks() {
 
 class AllocationFailure : public WizardTest {
  protected:
-  AllocationFailure() { dbi.SetReply(ReadSample("reply-list-3.bin")); }
+  AllocationFailure() {
+    dbi.SetReply(ReadSample("reply-list-3.bin"));
+    dbi.StopNotingCalls();
+  }
 
   /// Fails the n-th allocation of the operation for n = 1, 2, … until none fails, and checks each time.
   void FailEach(Scene& scene, bool throws, const std::function<void()>& operation) {
@@ -112,70 +95,48 @@ class AllocationFailure : public WizardTest {
       if (!failed) return;
     }
   }
-  void Prepare(Scene& scene) {
+  /// Two rounds of failures; the first fills what is kept for later.
+  void ExpectNoLeak(bool throws, const std::function<void(Scene&)>& operation) {
+    Scene scene;
     MakeFinder(scene);
-    struct Keeper : OwnedByTest<IFoundCameraReceiver> {
-      HRESULT CameraFound(ICameraInfo* camera) override {
-        kept = ComPtr<ICameraInfo>(camera);
-        return S_OK;
-      }
-      ComPtr<ICameraInfo> kept;
-    } keeper;
-    scene.finder->ListFoundCameras(&keeper);
-    scene.camera = keeper.kept;
+    {
+      RecordingReceiver receiver;
+      scene.finder->ListFoundCameras(&receiver);
+      scene.camera = receiver.kept[0];
+    }
+    scene.finder->SetNewCameraDataCallback(&scene.wizard);
+    FailEach(scene, throws, [&] { operation(scene); });
+    const std::int64_t blocks = CountBlocks();
+    FailEach(scene, throws, [&] { operation(scene); });
+    EXPECT_EQ(CountBlocks(), blocks);
+    scene.finder.Reset();
+    EXPECT_EQ(scene.wizard.references, 0U);
   }
 };
 
 class EachOperation : public AllocationFailure, public testing::WithParamInterface<OperationRow> {};
 
 TEST_P(EachOperation, EndsAsStatedAndLeaksNothing) {
-  Scene scene;
-  Prepare(scene);
-  scene.finder->SetNewCameraDataCallback(&scene.wizard);
-  std::int64_t blocks = 0;
-  for (int round = 0; round < 2; ++round) {
-    blocks = CountBlocks();
-    FailEach(scene, GetParam().throws, [&] { GetParam().run(scene); });
-    dbi.ForgetCalls();
-  }
-  EXPECT_EQ(CountBlocks(), blocks);
-  scene.finder.Reset();
-  EXPECT_EQ(scene.wizard.references, 0U);
+  ExpectNoLeak(GetParam().throws, GetParam().run);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, EachOperation, testing::ValuesIn(kOperations),
                          [](const auto& row) { return row.param.name; });
 
-class EachBlock : public AllocationFailure, public testing::WithParamInterface<const char*> {};
+class EachBlock : public AllocationFailure, public testing::WithParamInterface<std::uint32_t> {};
 
 TEST_P(EachBlock, IsDeliveredOrDroppedAndLeaksNothing) {
-  const std::string name = GetParam();
-  Scene scene;
-  Prepare(scene);
-  scene.block = ReadSample("block-" + name + ".bin");
-  scene.finder->SetNewCameraDataCallback(&scene.wizard);
-  const auto type = static_cast<std::uint32_t>(name[0] - '0');
-  std::int64_t blocks = 0;
-  for (int round = 0; round < 2; ++round) {
-    blocks = CountBlocks();
-    // What cannot even be copied is thrown into the platform library's call.
-    FailEach(scene, true, [&] { dbi.Push(type, scene.block); });
-    dbi.ForgetCalls();
-  }
-  EXPECT_EQ(CountBlocks(), blocks);
-  EXPECT_GE(scene.wizard.taken, 2);
-  scene.finder.Reset();
-  EXPECT_EQ(scene.wizard.references, 0U);
+  const Bytes block = SampleOfType(GetParam());
+  int delivered = 0;
+  // What cannot even be copied is thrown into the platform library's call.
+  ExpectNoLeak(true, [&](Scene& scene) {
+    dbi.Push(GetParam(), block);
+    delivered = scene.wizard.count;
+  });
+  EXPECT_GE(delivered, 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Blocks, EachBlock,
-                         testing::Values("1-picture", "2-values", "3-camera", "4-camera", "5-camera", "6-camera",
-                                         "7-assembled", "8-gone"),
-                         [](const auto& row) {
-                           std::string name = row.param;
-                           name[1] = '_';
-                           return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(OfType, EachBlock, testing::Range(1U, 9U), testing::PrintToStringParamName());
 
 }  // namespace
 }  // namespace wizard

@@ -2,6 +2,8 @@
 /// release and re-create finders, and the callbacks call back, throw, dawdle or release. TARN_STRESS_SECONDS: how long.
 #include <chrono>
 #include <cstdlib>
+#include <memory>
+#include <mutex>
 #include <random>
 #include <stdexcept>
 #include <thread>
@@ -13,35 +15,13 @@ namespace {
 
 constexpr int kFinders = 4, kDeliveryThreads = 8;
 
-/// Counts what it gets, and misbehaves by turns.
-class MisbehavingWizard final : public INewCameraDataCallback {
- public:
-  explicit MisbehavingWizard(std::atomic<std::int64_t>& received) : received_(received) {}
-  HRESULT QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }
-  std::uint32_t AddRef() override { return ++references_; }
+/// Goes with its last reference.
+struct OwnWizard final : CountingCallback {
   std::uint32_t Release() override {
-    const std::uint32_t left = --references_;
+    const std::uint32_t left = --references;
     if (left == 0) delete this;
     return left;
   }
-  HRESULT PictureReceived(const std::uint8_t*, std::uint64_t, BSTR text) override { return Received(text); }
-  HRESULT ValuesReceived(BSTR text, const std::uint64_t*, std::uint64_t) override { return Received(text); }
-  HRESULT CameraInfoReceived(std::uint32_t, ICameraInfo* camera, std::int32_t) override {
-    return Received(camera->GetMacAddress());
-  }
-
-  /// What one of its callbacks does besides counting; may be empty.
-  std::function<void()> inside;
-
- private:
-  HRESULT Received(BSTR text) {
-    SysFreeString(text);
-    ++received_;
-    if (inside) inside();
-    return S_OK;
-  }
-  std::atomic<std::uint32_t> references_{0};
-  std::atomic<std::int64_t>& received_;
 };
 
 /// A finder that is replaced now and then, and the stream by which its blocks come.
@@ -64,84 +44,80 @@ struct Place {
 
 class Stress : public WizardTest {
  protected:
-  ComPtr<ICameraFinder> MakeFinder(Place& place) const {
-    ICameraFinder* finder = nullptr;
-    library.getFindingInterface(&place, kChannel, &finder);
-    return ComPtr<ICameraFinder>::Attach(finder);
-  }
+  /// Only one thread at a time may replace the callback of a finder.
   void Install(Place& place, std::minstd_rand& random) {
-    const ComPtr<ICameraFinder> finder = place.Get();
-    auto* const wizard = new MisbehavingWizard(place.received);
+    std::function<void()> mischief = [] {};
     switch (random() % 6) {
       case 0:
-        wizard->inside = [] { throw std::runtime_error("wizard"); };
+        mischief = [] { throw std::runtime_error("wizard"); };
         break;
       case 1:
-        wizard->inside = [&place] { place.Get()->SendBareCommand(); };
+        mischief = [&place] { place.Get()->SendBareCommand(); };
         break;
       case 2:
-        wizard->inside = [n = std::make_shared<std::atomic<int>>(0)] {
+        mischief = [n = std::make_shared<std::atomic<int>>(0)] {
           if ((*n)++ % 64 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(50));
         };
         break;
       default:
         break;
     }
-    // Only one thread at a time may replace the callback of a finder.
+    auto* const wizard = new OwnWizard;
+    wizard->inside = [&place, mischief] {
+      ++place.received;
+      mischief();
+    };
     const ComPtr<INewCameraDataCallback> held(wizard);
-    finder->SetNewCameraDataCallback(wizard);
+    place.Get()->SetNewCameraDataCallback(wizard);
+  }
+
+  /// On a thread of its own: pushes blocks of all types to all finders, until it has pushed enough.
+  void Push(std::size_t seed, const std::function<bool(std::size_t)>& goesOn) {
+    for (std::size_t i = 0; goesOn(i); ++i) {
+      const std::size_t type = (i * 7 + seed) % blocks.size();
+      if (dbi.Push(static_cast<std::uint32_t>(type + 1), blocks[type], 2, &places[i % kFinders])) ++pushed;
+    }
+  }
+  std::int64_t Received() const {
+    std::int64_t received = 0;
+    for (const Place& place : places) received += place.received;
+    return received;
   }
 
   const FinderLibrary library;
+  std::vector<Bytes> blocks;
+  std::vector<Place> places = std::vector<Place>(kFinders);
+  std::atomic<std::int64_t> pushed{0};
 };
 
 TEST_F(Stress, NoDeliveryIsLostDoubledOrLate) {
   const char* const asked = std::getenv("TARN_STRESS_SECONDS");
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(asked ? std::atoi(asked) : 2);
-  const auto running = [&] { return std::chrono::steady_clock::now() < end; };
+  const auto running = [end](std::size_t) { return std::chrono::steady_clock::now() < end; };
   dbi.SetReply(ReadSample("reply-list-3.bin"));
   dbi.StopNotingCalls();
-  std::vector<std::pair<std::uint32_t, Bytes>> blocks;
-  for (const char* name :
-       {"1-picture", "2-values", "3-camera", "4-camera", "5-camera", "6-camera", "7-assembled", "8-gone"})
-    blocks.emplace_back(name[0] - '0', ReadSample("block-" + std::string(name) + ".bin"));
-
-  std::vector<Place> places(kFinders);
+  for (std::uint32_t type = 1; type <= 8; ++type) blocks.push_back(SampleOfType(type));
   std::minstd_rand first(1);
   for (Place& place : places) {
-    place.finder = MakeFinder(place);
+    place.finder = library.MakeFinder(&place);
     Install(place, first);
   }
 
   // Pushed while nobody replaces anything: each of these must arrive, once.
   std::vector<std::thread> threads;
-  std::atomic<std::int64_t> pushed{0};
-  for (int t = 0; t < kDeliveryThreads; ++t)
-    threads.emplace_back([&, t] {
-      for (std::size_t i = 0; i < 400; ++i) {
-        const auto& [type, block] = blocks[(i + static_cast<std::size_t>(t)) % blocks.size()];
-        if (dbi.Push(type, block, 2, &places[i % kFinders])) ++pushed;
-      }
-    });
+  for (unsigned t = 0; t < kDeliveryThreads; ++t)
+    threads.emplace_back([this, t] { Push(t, [](std::size_t i) { return i < 400; }); });
   for (auto& thread : threads) thread.join();
-  std::int64_t received = 0;
-  for (Place& place : places) received += place.received;
-  EXPECT_EQ(received, pushed);
+  EXPECT_EQ(Received(), pushed);
 
   threads.clear();
-  for (int t = 0; t < kDeliveryThreads; ++t)
-    threads.emplace_back([&, t] {
-      for (std::size_t i = 0; running(); ++i) {
-        const auto& [type, block] = blocks[(i * 7 + static_cast<std::size_t>(t)) % blocks.size()];
-        if (dbi.Push(type, block, 2, &places[i % kFinders])) ++pushed;
-      }
-    });
+  for (unsigned t = 0; t < kDeliveryThreads; ++t) threads.emplace_back([&, t] { Push(t, running); });
   for (unsigned t = 0; t < kFinders; ++t)
     threads.emplace_back([&, t] {
       std::minstd_rand random(t + 1);
       Place& place = places[t];
-      RecordingReceiver receiver;
-      while (running()) {
+      while (running(0)) {
+        RecordingReceiver receiver;
         switch (random() % 8) {
           case 0:
             place.Get()->ListFoundCameras(&receiver);
@@ -153,24 +129,19 @@ TEST_F(Stress, NoDeliveryIsLostDoubledOrLate) {
             dbi.Detach(&place);
             break;
           case 3:
-            place.Exchange(MakeFinder(place));
+            place.Exchange(library.MakeFinder(&place));
             Install(place, random);
             break;
           default:
             Install(place, random);
         }
-        receiver.cameras.clear();
       }
     });
   for (auto& thread : threads) thread.join();
 
-  received = 0;
-  for (Place& place : places) {
-    place.finder.Reset();
-    received += place.received;
-  }
-  EXPECT_LE(received, pushed) << "blocks that find no callback are dropped, none is delivered twice";
-  EXPECT_GT(received, 0);
+  for (Place& place : places) place.finder.Reset();
+  EXPECT_LE(Received(), pushed) << "blocks that find no callback are dropped, none is delivered twice";
+  EXPECT_GT(Received(), 0);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "wizard/finder_library.h"
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "base/text_conversion.h"
@@ -13,22 +15,14 @@ FinderLibrary::FinderLibrary() : module_(platform::LoadLibraryExW(TARN_LIBRARY_F
       reinterpret_cast<decltype(getFindingInterface)>(platform::GetProcAddress(module_, "GetFindingInterface"));
 }
 
-FinderLibrary::~FinderLibrary() {
-  platform::FreeLibrary(module_);
-}
-
-ComPtr<ICameraFinder> FinderLibrary::MakeFinder() const {
+ComPtr<ICameraFinder> MakeFinderBy(decltype(&GetFindingInterface) getFindingInterface, void* server) {
   ICameraFinder* finder = nullptr;
-  getFindingInterface(kServer, kChannel, &finder);
+  getFindingInterface(server, kChannel, &finder);
   return ComPtr<ICameraFinder>::Attach(finder);
 }
 
-std::string Utf8(const char16_t* text) {
-  return text ? Kestrel::WideToUtf8(text) : "(null)";
-}
-
 std::string TakeUtf8(BSTR text) {
-  std::string utf8 = Utf8(text);
+  std::string utf8 = text ? Kestrel::WideToUtf8(text) : "(null)";
   SysFreeString(text);
   return utf8;
 }
@@ -65,34 +59,28 @@ BSTR JsonCamera::Text(const char* member) {
   return SysAllocString(Kestrel::Utf8ToWide(camera_[member].get<std::string>()).c_str());
 }
 
-void RecordingCallback::Add(json event) {
-  const std::lock_guard guard(lock_);
-  delivered_.push_back(std::move(event));
-}
-
-json RecordingCallback::Delivered() {
-  const std::lock_guard guard(lock_);
-  return delivered_;
-}
-
 HRESULT RecordingCallback::PictureReceived(const std::uint8_t* picture, std::uint64_t byteCount, BSTR cameraText) {
   lastPicture.assign(picture, picture + byteCount);
-  Add({{"picture", TakeUtf8(cameraText)}, {"bytes", byteCount}});
-  if (onPicture) onPicture();
+  delivered_.push_back({{"picture", TakeUtf8(cameraText)}, {"bytes", byteCount}});
   return S_OK;
 }
 
 HRESULT RecordingCallback::ValuesReceived(BSTR cameraText, const std::uint64_t* values, std::uint64_t valueCount) {
   json numbers = json::array();
   for (std::uint64_t i = 0; i < valueCount; ++i) numbers.push_back(std::to_string(values[i]));
-  Add({{"values", TakeUtf8(cameraText)}, {"numbers", numbers}});
-  if (onValues) onValues();
+  delivered_.push_back({{"values", TakeUtf8(cameraText)}, {"numbers", numbers}});
   return S_OK;
 }
 
 HRESULT RecordingCallback::CameraInfoReceived(std::uint32_t eventKind, ICameraInfo* camera, std::int32_t cameraType) {
-  Add({{"camera", CameraAsJson(*camera)}, {"kind", eventKind}, {"type", cameraType}});
-  if (onCamera) onCamera();
+  delivered_.push_back({{"camera", CameraAsJson(*camera)}, {"kind", eventKind}, {"type", cameraType}});
+  return S_OK;
+}
+
+HRESULT CountingCallback::Took(BSTR text) {
+  SysFreeString(text);
+  ++count;
+  if (inside) inside();
   return S_OK;
 }
 
@@ -100,6 +88,11 @@ Bytes ReadSample(const std::string& name) {
   std::ifstream file(TARN_TEST_DATA "/" + name, std::ios::binary);
   if (!file) throw std::runtime_error("no sample " + name);
   return Bytes(std::istreambuf_iterator<char>(file), {});
+}
+
+Bytes SampleOfType(std::uint32_t messageType) {
+  constexpr const char* kKinds[] = {"picture", "values", "camera", "camera", "camera", "camera", "assembled", "gone"};
+  return ReadSample("block-" + std::to_string(messageType) + "-" + kKinds[messageType - 1] + ".bin");
 }
 
 const json& ExpectedOfSamples() {

@@ -4,11 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <condition_variable>
-#include <fstream>
 #include <functional>
-#include <iterator>
-#include <mutex>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -32,16 +28,18 @@ using Tarn::CameraFinding::INewCameraDataCallback;
 inline void* const kServer = reinterpret_cast<void*>(std::uintptr_t{0x5E4E4});
 inline void* const kChannel = reinterpret_cast<void*>(std::uintptr_t{0xC4A22E1});
 
+ComPtr<ICameraFinder> MakeFinderBy(decltype(&GetFindingInterface) getFindingInterface, void* server = kServer);
+
 /// Loads the library; unloads it at the end of the scope.
 class FinderLibrary {
  public:
   FinderLibrary();
-  ~FinderLibrary();
+  ~FinderLibrary() { platform::FreeLibrary(module_); }
   FinderLibrary(const FinderLibrary&) = delete;
   FinderLibrary& operator=(const FinderLibrary&) = delete;
 
   decltype(&GetFindingInterface) getFindingInterface = nullptr;
-  ComPtr<ICameraFinder> MakeFinder() const;
+  ComPtr<ICameraFinder> MakeFinder(void* server = kServer) const { return MakeFinderBy(getFindingInterface, server); }
 
  private:
   platform::ModuleHandle module_;
@@ -61,7 +59,6 @@ class OwnedByTest : public Interface {
   std::atomic<std::uint32_t> references{0};
 };
 
-std::string Utf8(const char16_t* text);
 /// Frees the text.
 std::string TakeUtf8(BSTR text);
 /// Every getter of a camera, under the names of expected.json.
@@ -107,37 +104,51 @@ class JsonCamera : public OwnedByTest<ICameraInfo> {
   json camera_;
 };
 
-/// Notes what arrives as expected.json says it. Each hook, where set, runs inside the call, before it returns.
+/// Notes what arrives as expected.json says it.
 class RecordingCallback : public OwnedByTest<INewCameraDataCallback> {
  public:
   HRESULT PictureReceived(const std::uint8_t* picture, std::uint64_t byteCount, BSTR cameraText) override;
   HRESULT ValuesReceived(BSTR cameraText, const std::uint64_t* values, std::uint64_t valueCount) override;
   HRESULT CameraInfoReceived(std::uint32_t eventKind, ICameraInfo* camera, std::int32_t cameraType) override;
 
-  json Delivered();
-  std::size_t Count() { return Delivered().size(); }
-
-  std::function<void()> onPicture, onValues, onCamera;
+  const json& Delivered() const { return delivered_; }
   Bytes lastPicture;
 
  private:
-  void Add(json event);
-
-  std::mutex lock_;
   json delivered_ = json::array();
 };
 
-class RecordingReceiver : public OwnedByTest<IFoundCameraReceiver> {
+/// Counts what arrives, on any thread, and keeps nothing of it.
+class CountingCallback : public OwnedByTest<INewCameraDataCallback> {
  public:
+  HRESULT PictureReceived(const std::uint8_t*, std::uint64_t, BSTR text) override { return Took(text); }
+  HRESULT ValuesReceived(BSTR text, const std::uint64_t*, std::uint64_t) override { return Took(text); }
+  HRESULT CameraInfoReceived(std::uint32_t, ICameraInfo* camera, std::int32_t) override {
+    return Took(camera->GetMacAddress());
+  }
+
+  std::atomic<int> count{0};
+  std::function<void()> inside;  ///< runs within the call, where set
+
+ private:
+  HRESULT Took(BSTR text);
+};
+
+/// Notes its cameras, and keeps them by references of its own.
+struct RecordingReceiver : OwnedByTest<IFoundCameraReceiver> {
   HRESULT CameraFound(ICameraInfo* camera) override {
     cameras.push_back(CameraAsJson(*camera));
-    return S_OK;
+    kept.emplace_back(camera);
+    return E_POINTER;  // ignored
   }
   json cameras = json::array();
+  std::vector<ComPtr<ICameraInfo>> kept;
 };
 
 /// One file of tests/data.
 Bytes ReadSample(const std::string& name);
+/// A whole block of a message type, 1 to 8.
+Bytes SampleOfType(std::uint32_t messageType);
 const json& ExpectedOfSamples();
 
 /// Starts each test with a forgetful platform library, and checks that nothing is left open at its end.
@@ -146,7 +157,7 @@ class WizardTest : public testing::Test {
   WizardTest() { dbi.Reset(); }
   void TearDown() override {
     EXPECT_EQ(dbi.OpenReplies(), 0);
-    EXPECT_EQ(dbi.OpenStreams(), 0);
+    EXPECT_EQ(dbi.Locked()->openStreams, 0);
   }
   scripted::Dbi& dbi = *GetScriptedDbi();
 };

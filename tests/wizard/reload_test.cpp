@@ -24,17 +24,17 @@ TEST_F(Reload, AThousandLoadsWithADeliveryEachLeaveNothingBehind) {
   const std::ptrdiff_t threads = ThreadCount();
   dbi.SetReply(ReadSample("reply-list-3.bin"));
   for (int i = 0; i < 1000; ++i) {
-    RecordingCallback callback;
-    RecordingReceiver receiver;
+    CountingCallback callback;
     {
       const FinderLibrary library;
       const auto finder = library.MakeFinder();
+      RecordingReceiver receiver;
       finder->SetNewCameraDataCallback(&callback);
       ASSERT_TRUE(dbi.Push(3, block));
       finder->ListFoundCameras(&receiver);
+      ASSERT_EQ(receiver.cameras.size(), 3U);
     }
-    ASSERT_EQ(callback.Count(), 1U);
-    ASSERT_EQ(receiver.cameras.size(), 3U);
+    ASSERT_EQ(callback.count, 1);
     ASSERT_EQ(callback.references, 0U);
     ASSERT_EQ(ThreadCount(), threads);
     dbi.ForgetCalls();
@@ -45,10 +45,10 @@ TEST_F(Reload, AThousandLoadsWithADeliveryEachLeaveNothingBehind) {
 /// inside go on in code that is there. (Which is why the library stays, and why this comes last.)
 TEST_F(Reload, WhatIsUnloadedDuringADeliveryIsThereUntilItsThreadsHaveLeft) {
   for (int i = 0; i < 50; ++i) {
-    RecordingCallback callback;
+    CountingCallback callback;
     std::promise<void> entered, unloaded;
     std::thread delivery;
-    callback.onCamera = [&] {
+    callback.inside = [&] {
       entered.set_value();
       unloaded.get_future().wait();
     };
@@ -61,7 +61,7 @@ TEST_F(Reload, WhatIsUnloadedDuringADeliveryIsThereUntilItsThreadsHaveLeft) {
     }
     unloaded.set_value();
     delivery.join();
-    ASSERT_EQ(callback.Count(), 1U);
+    ASSERT_EQ(callback.count, 1);
     ASSERT_EQ(callback.references, 0U);
     dbi.ForgetCalls();
   }

@@ -75,7 +75,7 @@ TEST_F(Samples, EveryBlockIsDeliveredAsStated) {
       EXPECT_EQ(callback.lastPicture, Bytes(block.begin() + 55, block.begin() + 55 + 42853));
     }
     ASSERT_TRUE(dbi.Push(expected["messageType"], block, 1));  // not the finder's kind
-    EXPECT_EQ(callback.Count(), expected["delivered"].size());
+    EXPECT_EQ(callback.Delivered().size(), expected["delivered"].size());
     finder->SetNewCameraDataCallback(nullptr);
     ASSERT_TRUE(dbi.Push(expected["messageType"], block));  // dropped: nobody is there
     EXPECT_EQ(callback.references, 0U);

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -23,100 +22,72 @@ enum class Failure { kWithRecord, kWithoutRecord };
 
 using Bytes = std::vector<std::uint8_t>;
 
+/// What a test says, and what was asked since.
+struct Script {
+  bool notesCalls = true;
+  std::string calls;  ///< their names, separated by blanks
+  std::map<Function, Failure> failures;
+  Bytes reply, lastRequest;
+  void* channelArgument = nullptr;
+};
+
+struct Registration {
+  void* stream;
+  IGenericDataReceivedCallback* receiver;
+};
+
+/// What is open now.
+struct State {
+  Script script;
+  std::vector<Registration> receivers;  ///< in order of registration; one reference each
+  int openReplies = 0;
+  int openStreams = 0;
+};
+
 class Dbi {
  public:
-  /// Forgets calls, failures and replies.
-  void Reset() {
-    const std::lock_guard guard(lock_);
-    calls_.clear();
-    failures_.clear();
-    lastRequest_.clear();
-    reply_.clear();
-    channelArgument_ = nullptr;
-    notesCalls_ = true;
-  }
-  /// For long runs: calls are not noted from now on.
-  void StopNotingCalls() {
-    const std::lock_guard guard(lock_);
-    notesCalls_ = false;
-  }
-  /// Every call of the function fails from now on.
-  void Fail(Function function, Failure failure) {
-    const std::lock_guard guard(lock_);
-    failures_[function] = failure;
-  }
-  void SetReply(Bytes reply) {
-    const std::lock_guard guard(lock_);
-    reply_ = std::move(reply);
-  }
+  struct Access {
+    std::unique_lock<std::mutex> guard;
+    State& state;
+    State* operator->() const { return &state; }
+  };
+  /// The state, locked while the result lives.
+  Access Locked() { return {std::unique_lock(lock_), state_}; }
 
-  /// Names of the calls so far, separated by blanks.
-  std::string Calls() {
-    const std::lock_guard guard(lock_);
-    std::string text;
-    for (const Function call : calls_) text += (text.empty() ? "" : " ") + std::string(kNames[static_cast<int>(call)]);
-    return text;
-  }
-  void ForgetCalls() {
-    const std::lock_guard guard(lock_);
-    calls_.clear();
-  }
-  Bytes LastRequest() {
-    const std::lock_guard guard(lock_);
-    return lastRequest_;
-  }
-  void* ChannelArgument() { return channelArgument_; }
-  int OpenReplies() {
-    const std::lock_guard guard(lock_);
-    return openReplies_;
-  }
-  int OpenStreams() {
-    const std::lock_guard guard(lock_);
-    return openStreams_;
-  }
+  /// Forgets calls, failures and replies.
+  void Reset() { Locked()->script = {}; }
+  /// For long runs: calls are not noted from now on.
+  void StopNotingCalls() { Locked()->script.notesCalls = false; }
+  /// Every call of the function fails from now on.
+  void Fail(Function function, Failure failure) { Locked()->script.failures[function] = failure; }
+  void SetReply(Bytes reply) { Locked()->script.reply = std::move(reply); }
+  std::string Calls() { return Locked()->script.calls; }
+  void ForgetCalls() { Locked()->script.calls.clear(); }
+  Bytes LastRequest() { return Locked()->script.lastRequest; }
+  int OpenReplies() { return Locked()->openReplies; }
 
   /// Delivers a block to the receiver that was registered last, on the calling thread. A stream is what its finder was
   /// given as server handle; null stands for any. False where no receiver is registered.
   bool Push(std::uint32_t messageType, const Bytes& block, std::int32_t blockKind = 2, void* stream = nullptr) {
-    return WithReceiver(
-        stream, [&](auto& receiver) { receiver.OnGenericData(blockKind, messageType, block.data(), block.size()); });
-  }
-  bool Detach(void* stream = nullptr) {
-    return WithReceiver(stream, [](auto& receiver) { receiver.OnDetach(); });
-  }
-
-  /// For the eight functions. True where the call shall succeed.
-  bool Note(Function function);
-
- private:
-  template <class Action>
-  bool WithReceiver(void* stream, Action action) {
-    Kestrel::ComPtr<IGenericDataReceivedCallback> receiver;
-    {
-      const std::lock_guard guard(lock_);
-      for (const Registration& registration : receivers_)
-        if (!stream || registration.stream == stream) receiver = Kestrel::ComPtr(registration.receiver);
-    }
-    if (receiver) action(*receiver.Get());
+    const auto receiver = Receiver(stream);
+    if (receiver) receiver->OnGenericData(blockKind, messageType, block.data(), block.size());
     return static_cast<bool>(receiver);
   }
+  void Detach(void* stream = nullptr) {
+    if (const auto receiver = Receiver(stream)) receiver->OnDetach();
+  }
 
-  friend struct Functions;
+ private:
+  Kestrel::ComPtr<IGenericDataReceivedCallback> Receiver(void* stream) {
+    Kestrel::ComPtr<IGenericDataReceivedCallback> receiver;
+    const Access access = Locked();
+    for (const Registration& registration : access->receivers)
+      if (!stream || registration.stream == stream) receiver = Kestrel::ComPtr(registration.receiver);
+    return receiver;
+  }
 
   std::mutex lock_;
-  std::vector<Function> calls_;
-  std::map<Function, Failure> failures_;
-  Bytes lastRequest_;
-  bool notesCalls_ = true;
-  Bytes reply_;
-  struct Registration {
-    void* stream;
-    IGenericDataReceivedCallback* receiver;
-  };
-  std::vector<Registration> receivers_;  ///< in order of registration; one reference each
-  void* channelArgument_ = nullptr;
-  int openReplies_ = 0;
-  int openStreams_ = 0;
+  State state_;
 };
 
 }  // namespace scripted
