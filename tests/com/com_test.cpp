@@ -2,12 +2,12 @@
 
 #include <new>
 #include <thread>
+#include <utility>
 
 #include "com/bstr.h"
 #include "com/com_wrapper.h"
 #include "platform/com.h"
-#include "tarn/camera_finding.h"
-#include "tarn/dbi.h"
+#include "tarn/com_types.h"
 
 namespace {
 
@@ -49,22 +49,19 @@ namespace {
 using namespace std::string_literals;
 
 TEST(Bstr, HoldsTheTextUpToTheFirstNulAndIsTheOnlyOneLeft) {
-  const struct {
-    std::string utf8;
-    std::u16string wide;
-  } rows[] = {{"", u""},
-              {"p\xC3\xA4ss\xE2\x82\xAC\xF0\x9F\x93\xB7", u"p\u00E4ss\u20AC\U0001F4F7"},
-              {"ab\0cd"s, u"ab\0cd"s},
-              {"\0ab"s, u"\0ab"s}};
-  for (const auto& row : rows) {
-    for (const BSTR text : {Kestrel::MakeBstr(row.wide), Kestrel::MakeBstrFromUtf8(row.utf8)}) {
+  const std::pair<std::string, std::u16string> rows[] = {
+      {"", u""},
+      {"p\xC3\xA4ss\xE2\x82\xAC\xF0\x9F\x93\xB7", u"p\u00E4ss\u20AC\U0001F4F7"},
+      {"ab\0cd"s, u"ab\0cd"s},
+      {"\0ab"s, u"\0ab"s}};
+  for (const auto& [utf8, wide] : rows) {
+    for (const BSTR text : {Kestrel::MakeBstr(wide), Kestrel::MakeBstrFromUtf8(utf8)}) {
       ASSERT_NE(text, nullptr);
-      EXPECT_EQ(std::u16string(text, SysStringByteLen(text) / sizeof(OLECHAR)), row.wide.c_str());
-      EXPECT_EQ(Kestrel::TakeBstrAsUtf8(text), row.utf8.c_str());
+      EXPECT_EQ(std::u16string(text, SysStringByteLen(text) / sizeof(OLECHAR)), wide.c_str());
+      EXPECT_EQ(Kestrel::TakeBstrAsUtf8(text), utf8.c_str());
     }
   }
   EXPECT_EQ(Kestrel::TakeBstrAsUtf8(nullptr), "");
-  EXPECT_EQ(Kestrel::Utf8FromNulTerminated(nullptr), "");
   for (const int failing : {1, 2}) {
     failingBstr = failing;
     EXPECT_THROW(Kestrel::MakeBstrFromUtf8("camera"), std::bad_alloc);
@@ -80,6 +77,7 @@ struct Probe : IUnknown {
   ~Probe() { destroyed = true; }
 };
 constexpr IID kIidProbe = {0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
+constexpr IID kIidOther = {0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 9}};
 
 /// Refuses every query.
 struct Marshaler : IUnknown {
@@ -99,54 +97,44 @@ inline constexpr IID Kestrel::kInterfaceId<Probe> = kIidProbe;
 
 namespace {
 
-TEST(ComWrapper, AnswersUnknownAndItsOwnInterfaceOnly) {
-  const struct {
-    IID id;
-    HRESULT result;
-  } rows[] = {
-      {IID_IUnknown, S_OK},
-      {kIidProbe, S_OK},
-      {{0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 9}}, E_NOINTERFACE},
-      {Tarn::CameraFinding::IID_ICameraInfo, E_NOINTERFACE},
-      {Kestrel::kIidMarshal, E_NOINTERFACE},  // it could not be made
-  };
-  bool destroyed = false;
-  auto* const probe = Kestrel::MakeComObject<Probe, Probe>(destroyed).Detach();
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.id.Data1);
-    void* object = &destroyed;
-    EXPECT_EQ(probe->QueryInterface(row.id, &object), row.result);
-    EXPECT_EQ(object, row.result == S_OK ? static_cast<Probe*>(probe) : nullptr);
-    EXPECT_EQ(probe->AddRef(), object ? 3U : 2U);
-    for (int i = object ? 2 : 1; i > 0; --i) probe->Release();
+TEST(ComWrapper, AnswersUnknownItsOwnInterfaceAndTheMarshalerWhereThereIsOne) {
+  Marshaler marshaler;
+  for (IUnknown* const aggregated : {static_cast<IUnknown*>(nullptr), static_cast<IUnknown*>(&marshaler)}) {
+    nextMarshaler = aggregated;
+    bool destroyed = false;
+    auto* const probe = Kestrel::MakeComObject<Probe, Probe>(destroyed).Detach();
+    const std::pair<IID, HRESULT> rows[] = {{IID_IUnknown, S_OK},
+                                            {kIidProbe, S_OK},
+                                            {kIidOther, E_NOINTERFACE},
+                                            {Kestrel::kIidMarshal, aggregated ? S_OK : E_NOINTERFACE}};
+    for (const auto& [id, result] : rows) {
+      void* object = &destroyed;
+      EXPECT_EQ(probe->QueryInterface(id, &object), result);
+      const bool isTheProbe = id == IID_IUnknown || id == kIidProbe;
+      EXPECT_EQ(object, isTheProbe ? static_cast<Probe*>(probe) : nullptr) << "the marshaler's answer is discarded";
+      if (object) {
+        EXPECT_EQ(probe->Release(), 1U);
+      }
+    }
+    EXPECT_EQ(probe->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+    EXPECT_FALSE(destroyed);
+    EXPECT_EQ(probe->Release(), 0U);
+    EXPECT_TRUE(destroyed);
   }
-  EXPECT_EQ(probe->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
-  EXPECT_FALSE(destroyed);
-  EXPECT_EQ(probe->Release(), 0U);
-  EXPECT_TRUE(destroyed);
+  EXPECT_EQ(marshaler.references, 0U);
 }
 
-TEST(ComWrapper, ForwardsToTheMarshalerDiscardsItsAnswerAndReleasesIt) {
-  Marshaler marshaler;
-  nextMarshaler = &marshaler;
-  bool destroyed = false;
-  auto* const probe = Kestrel::MakeComObject<Probe, Probe>(destroyed).Detach();
+TEST(ComWrapper, CountsReferencesOfSeveralThreads) {
   nextMarshaler = nullptr;
-  void* object = &destroyed;
-  EXPECT_EQ(probe->QueryInterface(Kestrel::kIidMarshal, &object), S_OK);
-  EXPECT_EQ(object, nullptr);
-  const auto takeAndDrop = [probe] {
-    for (int i = 0; i < 10000; ++i) {
-      probe->AddRef();
-      probe->Release();
-    }
+  bool destroyed = false;
+  const auto probe = Kestrel::MakeComObject<Probe, Probe>(destroyed);
+  const auto takeAndDrop = [&probe] {
+    for (int i = 0; i < 10000; ++i) Kestrel::ComPtr<Probe>(probe.Get());
   };
   std::thread other(takeAndDrop);
   takeAndDrop();
   other.join();
-  EXPECT_EQ(marshaler.references, 1U);
-  EXPECT_EQ(probe->Release(), 0U);
-  EXPECT_EQ(marshaler.references, 0U);
+  EXPECT_TRUE(probe->HasOneReference());
 }
 
 }  // namespace

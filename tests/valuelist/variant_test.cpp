@@ -166,17 +166,14 @@ TEST(VariantRaw, EveryTypeIsCopiedMovedAndWrittenAsItWasRead) {
     if (tag == vtString || tag == vtWString) payload = "a string beyond the small ones\0\0"s;
     if (tag == vtReferencePointer) payload.assign(size, '\0');
     if (tag == vtString) payload.pop_back();
-    std::optional<Variant> value = FromRaw(tag, payload);
-    Variant copy(*value), assigned("old");
+    Variant value = FromRaw(tag, payload), copy(value), assigned("old");
     assigned = copy;
     copy = Variant::Create(tag);
-    EXPECT_EQ(Raw(*value), payload);
-    Variant moved(std::move(*value));
-    value.reset();
+    EXPECT_EQ(Raw(value), payload);
+    copy = std::move(assigned);
+    const Variant moved(std::move(copy));
     EXPECT_EQ(Raw(moved), payload);
-    assigned = std::move(moved);
-    EXPECT_EQ(Raw(assigned), payload);
-    EXPECT_EQ(assigned.GetTypeInfo(), Variant::Create(tag).GetTypeInfo());
+    EXPECT_EQ(moved.GetTypeInfo(), Variant::Create(tag).GetTypeInfo());
   }
 }
 
@@ -224,16 +221,14 @@ TEST(VariantStream, RefusesTooLittleAtNoCost) {
 
 TEST(BinaryDataValue, HasABufferOfItsOwn) {
   for (const Variant& original : {Variant(BinaryData(CreateBuffer("abc", 3))), FromRaw(vtBinaryData, "abc")}) {
-    const auto bytes = original.GetIf<BinaryData>()->GetBytes();
     const ReferencePointer<Buffer> buffer = original.GetIf<BinaryData>()->GetBuffer();
-    EXPECT_EQ(bytes[0], 'a') << "making the buffer leaves the bytes where they are";
     Variant copy(original);
     buffer->Append("d", 1);
     EXPECT_EQ(original.GetIf<BinaryData>()->GetBuffer(), buffer);
     EXPECT_EQ(Raw(original) + Raw(copy), "abcdabc");
     copy = original;
     copy.ReadRaw(reinterpret_cast<const std::uint8_t*>("x"), 1);
-    EXPECT_EQ(Raw(copy), "x");
+    EXPECT_EQ(Raw(original) + Raw(copy), "abcdx");
   }
   const Variant empty{BinaryData(GetBuffer(SmallBufferList))};
   EXPECT_EQ(Variant(empty).GetIf<BinaryData>()->GetBuffer(), nullptr);
@@ -245,10 +240,8 @@ TEST(BlobValue, PointsIntoItsSourceUntilItOwnsItsBytesAndNowhereFromText) {
   source[0] = 'x';
   EXPECT_EQ(Raw(value), "xbc");
   value.OwnBytes();
-  source.assign(source.size(), 'y');
-  const Variant copy(value);
-  value = FromRaw(vtBlobPtr, source);
-  EXPECT_EQ(Raw(copy) + Raw(value), "xbcyyy");
+  source[0] = 'y';
+  EXPECT_EQ(Raw(Variant(value)), "xbc");
   BlobPtr shared = BlobPtr::AllocateShared(1);
   shared.Refer(source.data(), 2);
   EXPECT_FALSE(shared.IsShared()) << "no count lies before bytes of somebody else";
@@ -273,16 +266,17 @@ TEST(ReferenceValue, FollowsOnlyWhatAValueHolds) {
     std::string ToString() const override { return "an object"; }
     int& alive;
   };
-  int alive = 0, others = 0;
+  int alive = 0;
+  const ReferencePointer<ReferenceCounted> outside(new ReferenceCounted);
   std::optional<Variant> value = Variant(VariantReferencePointer(new Counted(alive)));
   const std::string address = Raw(*value);
   std::optional<Variant> read = FromRaw(vtReferencePointer, address);
   value.reset();
-  EXPECT_EQ(read->ToString(), "an object");
-  EXPECT_EQ(ErrorOf([&] { read->ReadRaw(reinterpret_cast<const std::uint8_t*>("\0\0\0\0\0\0\0\1"), 8); }), kBadPointer);
-  EXPECT_EQ(alive, 1) << "a refused address leaves the value as it was";
-  const ReferencePointer<Counted> outside(new Counted(others));
-  EXPECT_EQ(ErrorOf([&] { FromRaw(vtReferencePointer, AddressOf(outside.Get())); }), kBadPointer) << "held by no value";
+  for (const std::string& refused : {"\0\0\0\0\0\0\0\1"s, AddressOf(outside.Get())}) {
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(refused.data());
+    EXPECT_EQ(ErrorOf([&] { read->ReadRaw(bytes, refused.size()); }), kBadPointer) << "held by no value";
+    EXPECT_EQ(read->ToString(), "an object") << "a refused address leaves the value as it was";
+  }
   read.reset();
   EXPECT_EQ(alive, 0);
   EXPECT_EQ(ErrorOf([&] { FromRaw(vtReferencePointer, address); }), kBadPointer) << "the object is dead";
@@ -293,9 +287,8 @@ TEST(ReferenceValue, DyingObjectsAreNeverFollowed) {
   std::atomic<bool> done{false};
   std::thread follower([&] {
     while (!done) {
-      std::string text;
-      const std::string error = ErrorOf([&] { text = FromRaw(vtReferencePointer, AddressOf(object)).ToString(); });
-      EXPECT_TRUE(error == kBadPointer || text == "<refptr/>" || text == "<nullref/>") << text << error;
+      const auto follow = [&] { return FromRaw(vtReferencePointer, AddressOf(object)).ToString(); };
+      EXPECT_NE(("|<refptr/>|<nullref/>|"s + kBadPointer).find(TextOrError(follow)), std::string::npos);
     }
   });
   for (int i = 0; i < 20'000; ++i) {

@@ -11,11 +11,6 @@ namespace {
 
 using Lifecycle = WizardTest;
 
-const Bytes& CameraBlock() {
-  static const Bytes block = ReadSample("block-3-camera.bin");
-  return block;
-}
-
 TEST_F(Lifecycle, AFreshFinderHasOneReferenceAndAnswersItsOwnInterfaceOnly) {
   const FinderLibrary library;
   library.getFindingInterface(kServer, kChannel, nullptr);
@@ -69,23 +64,6 @@ TEST_F(Lifecycle, AReceiverKeepsACameraByItsOwnReference) {
   EXPECT_EQ(camera->Release(), 0U);
 }
 
-TEST_F(Lifecycle, ADeliveryReturnsAfterTheWizardAndNeverOnItsThread) {
-  const FinderLibrary library;
-  const auto finder = library.MakeFinder();
-  CountingCallback callback;
-  std::thread::id worker;
-  bool finished = false;
-  callback.inside = [&] {
-    worker = std::this_thread::get_id();
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    finished = true;
-  };
-  finder->SetNewCameraDataCallback(&callback);
-  dbi.Push(3, CameraBlock());
-  EXPECT_TRUE(finished);
-  EXPECT_NE(worker, std::this_thread::get_id());
-}
-
 /// What the wizard does inside a callback, while the platform library's thread waits.
 struct InsideRow {
   const char* name;
@@ -94,19 +72,23 @@ struct InsideRow {
 };
 class InsideACallback : public WizardTest, public testing::WithParamInterface<InsideRow> {};
 
-TEST_P(InsideACallback, NothingDeadlocksOrIsFreedTooEarly) {
+TEST_P(InsideACallback, RunsOnAWorkerBeforeTheDeliveryReturnsAndDeadlocksNothing) {
   const FinderLibrary library;
   auto finder = library.MakeFinder();
   CountingCallback callback;
   finder->SetNewCameraDataCallback(&callback);
   dbi.ForgetCalls();
-  bool once = true;
-  callback.inside = [&] {
+  bool once = true, finished = false;
+  callback.inside = [&, platformThread = std::this_thread::get_id()] {
     if (!std::exchange(once, false)) return;
+    EXPECT_NE(std::this_thread::get_id(), platformThread);
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    finished = true;
     GetParam().action(dbi, finder, callback);
     EXPECT_GE(callback.references, 1U) << "the task holds a reference of its own";
   };
-  dbi.Push(3, CameraBlock());
+  dbi.Push(3, SampleOfType(3));
+  EXPECT_TRUE(finished);
   finder.Reset();
   EXPECT_EQ(dbi.Calls(), GetParam().calls);
   EXPECT_EQ(callback.references, 0U);
@@ -123,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "send release unregister destroy"},
         InsideRow{"CausesAnotherDelivery",
                   [](auto& dbi, auto&, auto& callback) {
-                    dbi.Push(3, CameraBlock());
+                    dbi.Push(3, SampleOfType(3));
                     EXPECT_EQ(callback.count, 2);
                   },
                   "unregister destroy"},
