@@ -11,7 +11,6 @@
 #include <functional>
 #include <iterator>
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,37 +24,38 @@ namespace simulator {
 using Delivered = std::pair<std::uint32_t, std::vector<std::uint8_t>>;  ///< message type, bytes
 
 class DbiLibrary {
+  struct Found {
+    void* address;
+    template <class Function>
+    operator Function*() const {
+      return reinterpret_cast<Function*>(address);
+    }
+  };
+  Found Find(const char* name) const { return {platform::GetProcAddress(module_, name)}; }
+
+  const platform::ModuleHandle module_ = platform::LoadLibraryExW(TARN_DBI_FILE, 0);
+
  public:
   /// The scenario is what the library reads from here on.
-  explicit DbiLibrary(const std::string& scenario) : module_(platform::LoadLibraryExW(TARN_DBI_FILE, 0)) {
-    if (!module_) throw std::runtime_error("the library cannot be loaded");
-    Find(create, "TarnServer_CreateLiveStream");
-    Find(open, "TarnLiveStream_Open");
-    Find(start, "TarnLiveStream_Start");
-    Find(setCallback, "TarnLiveStream_SetGenericDataCallback");
-    Find(send, "TarnLiveStream_SendSynchDSPCommand");
-    Find(releaseReference, "TarnDBI_ReleaseReference");
-    Find(destroy, "TarnLiveStream_Destroy");
-    Find(getLastError, "TarnDBIGetLastError");
-    WriteScenario(scenario);
-  }
+  explicit DbiLibrary(const std::string& scenario) { WriteScenario(scenario); }
   ~DbiLibrary() { platform::FreeLibrary(module_); }
   DbiLibrary(const DbiLibrary&) = delete;
   DbiLibrary& operator=(const DbiLibrary&) = delete;
 
+  /// Where ctest says.
   static void WriteScenario(const std::string& scenario) {
-    const char* const path = std::getenv("TARN_SIMULATOR_SCENARIO");
-    if (!path) throw std::runtime_error("run by ctest, which sets TARN_SIMULATOR_SCENARIO");
-    std::ofstream(path, std::ios::binary) << scenario;
+    std::ofstream(std::getenv("TARN_SIMULATOR_SCENARIO"), std::ios::binary) << scenario;
   }
-
-  /// Created, opened and started.
-  Tarn::TTarnLiveStream* StartStream() const {
+  /// Created, opened and started; with a receiver registered too.
+  Tarn::TTarnLiveStream* StartStream(IGenericDataReceivedCallback* receiver = nullptr) const {
     Tarn::TTarnLiveStream* stream = nullptr;
     EXPECT_TRUE(create(nullptr, &stream)) << LastError();
     const StreamOpenParameters parameters = {sizeof parameters, 0, nullptr};
     EXPECT_TRUE(open(stream, &parameters, 0, nullptr, nullptr, 0));
     EXPECT_TRUE(start(stream));
+    if (receiver) {
+      EXPECT_TRUE(setCallback(stream, kRegisterDataCallback, receiver));
+    }
     return stream;
   }
   std::uint8_t Send(Tarn::TTarnLiveStream* stream, const std::string& sample, void** reply) const {
@@ -64,28 +64,25 @@ class DbiLibrary {
     std::uint32_t replySize = 0;
     return send(stream, request.data(), static_cast<std::uint32_t>(request.size()), reply, &replySize);
   }
+  void SendAndRelease(Tarn::TTarnLiveStream* stream, const std::string& sample) const {
+    void* reply = nullptr;
+    EXPECT_TRUE(Send(stream, sample, &reply));
+    EXPECT_TRUE(releaseReference(reply));
+  }
   /// Description of the calling thread's last failure, UTF-8; "none" without one.
   std::string LastError() const {
     DBIErrorRecord record{};
     return getLastError(&record) ? Kestrel::WideToUtf8(record.description) : "none";
   }
 
-  decltype(&TarnServer_CreateLiveStream) create;
-  decltype(&TarnLiveStream_Open) open;
-  decltype(&TarnLiveStream_Start) start;
-  decltype(&TarnLiveStream_SetGenericDataCallback) setCallback;
-  decltype(&TarnLiveStream_SendSynchDSPCommand) send;
-  decltype(&TarnDBI_ReleaseReference) releaseReference;
-  decltype(&TarnLiveStream_Destroy) destroy;
-  decltype(&TarnDBIGetLastError) getLastError;
-
- private:
-  template <class Function>
-  void Find(Function*& function, const char* name) const {
-    function = reinterpret_cast<Function*>(platform::GetProcAddress(module_, name));
-  }
-
-  platform::ModuleHandle module_;
+  decltype(&TarnServer_CreateLiveStream) create = Find("TarnServer_CreateLiveStream");
+  decltype(&TarnLiveStream_Open) open = Find("TarnLiveStream_Open");
+  decltype(&TarnLiveStream_Start) start = Find("TarnLiveStream_Start");
+  decltype(&TarnLiveStream_SetGenericDataCallback) setCallback = Find("TarnLiveStream_SetGenericDataCallback");
+  decltype(&TarnLiveStream_SendSynchDSPCommand) send = Find("TarnLiveStream_SendSynchDSPCommand");
+  decltype(&TarnDBI_ReleaseReference) releaseReference = Find("TarnDBI_ReleaseReference");
+  decltype(&TarnLiveStream_Destroy) destroy = Find("TarnLiveStream_Destroy");
+  decltype(&TarnDBIGetLastError) getLastError = Find("TarnDBIGetLastError");
 };
 
 class Receiver : public IGenericDataReceivedCallback {
@@ -109,15 +106,10 @@ class Receiver : public IGenericDataReceivedCallback {
     changed_.wait_for(guard, std::chrono::seconds(30), [&] { return blocks_.size() >= count; });
     return blocks_;
   }
-  /// Whether nobody holds a reference, within half a minute.
-  bool WaitUntilReleased() {
+  /// Whether only so many references are left, within half a minute.
+  bool WaitForReferences(int references) {
     std::unique_lock guard(lock_);
-    return changed_.wait_for(guard, std::chrono::seconds(30), [&] { return references_ == 0; });
-  }
-
-  int References() {
-    const std::lock_guard guard(lock_);
-    return references_;
+    return changed_.wait_for(guard, std::chrono::seconds(30), [&] { return references_ == references; });
   }
 
   std::function<void()> onBlock;  ///< runs inside each delivery
