@@ -11,10 +11,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string Content(const std::filesystem::path& file) {
-  std::ostringstream content;
-  content << std::ifstream(file, std::ios::binary).rdbuf();
-  return content.str();
+std::string Content(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 struct Result {
@@ -54,9 +53,10 @@ class Program : public testing::Test {
 };
 
 constexpr char kTheCameraAsFound[] =
-    R"({"type":0,"mac":"00:40:8C:00:00:01","ip":"10.0.0.1","subnetMask":"255.255.255.0","gateway":"10.0.0.254",)"
-    R"("model":"M\u001b[2J","firmware":"","user":"operator","password":"********","dhcp":true,"plugin":"UNKNOWN",)"
-    R"("flag17":false,"deviceFlags":0,"vendorTypeMask":"0x0","icb":false,"gcb":false,"ctt":2,"vendor":""})";
+    R"({"type":2,"mac":"00:40:8C:00:00:01","ip":"10.0.0.1","subnetMask":"255.255.255.0","gateway":"10.0.0.254",)"
+    R"("model":"M\u001b[2J","firmware":"5.7.1","user":"operator","password":"********","dhcp":true,)"
+    R"("plugin":"Axis IPC","flag17":false,"deviceFlags":4294836223,"vendorTypeMask":"0x40","icb":true,"gcb":false,)"
+    R"("ctt":255,"vendor":"北"})";
 
 TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
   const struct {
@@ -66,8 +66,9 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
     std::string error;
   } rows[] = {
       {"--version", 0, "tarnfind 1.", ""},
+      {"set-network --help", 0, "\nExamples:\n  tarnfind set-network 00:40:8C:12:34:56 --dhcp\n", ""},
       {"list", 0, "2 cameras\n", ""},
-      {"info 10.0.0.2", 0, "MAC           00:40:8C:00:00:02\n", ""},
+      {"info 10.0.0.1", 0, "Type          2 (Axis IPC)\nUser          operator\nPassword      ********\n", ""},
       {"send-mac 00:40:8C:00:00:01", 0, "Sent", ""},
       {"bare", 0, "Sent", ""},
       {"set-network 00-40-8c-00-00-01 --static", 0,
@@ -86,29 +87,20 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
     EXPECT_NE(result.output.find(row.output), std::string::npos) << result.output;
     EXPECT_EQ(result.error.substr(0, row.error.size()), row.error);
     EXPECT_EQ(result.error.empty(), row.error.empty()) << result.error;
-    EXPECT_EQ(result.output.find('\x1b'), std::string::npos) << "not on a terminal";
+    EXPECT_EQ(result.output.find('\x1b'), std::string::npos);
   }
 }
 
-TEST_F(Program, HelpsWithExamplesOnEachCommand) {
-  for (const std::string command : {"search", "list", "info", "send-mac", "bare", "set-network"}) {
-    const Result result = Run(command + " --help");
-    EXPECT_EQ(result.code, 0);
-    EXPECT_NE(result.output.find("\nExamples:\n  tarnfind " + command), std::string::npos) << result.output;
-    EXPECT_NE(result.output.find("--show-passwords"), std::string::npos);
-  }
-}
-
-TEST_F(Program, SearchesInOrderOfArrivalAndKeepsPictures) {
+TEST_F(Program, SearchesWithAnObjectForEachEventAndKeepsPictures) {
   const Result result = Run("search --for 2 --json --pictures pictures");
   ASSERT_EQ(result.code, 0);
   EXPECT_EQ(result.error, "");
   const std::vector<Json> objects = Objects(result.output);
   ASSERT_EQ(objects.size(), 7U) << result.output;
   EXPECT_EQ(objects[0].dump(),
-            R"({"event":"camera","change":"new","kind":0,"type":0,"camera":)" + std::string(kTheCameraAsFound) + "}");
-  EXPECT_EQ(objects[1]["file"], "Camera A-0001.png");
-  const std::string picture = Content("pictures/Camera A-0001.png");
+            R"({"event":"camera","change":"new","kind":0,"type":2,"camera":)" + std::string(kTheCameraAsFound) + "}");
+  EXPECT_EQ(objects[1]["file"], "Camera A_-0001.png");
+  const std::string picture = Content("pictures/Camera A_-0001.png");
   EXPECT_EQ(objects[1]["bytes"], picture.size());
   EXPECT_EQ(picture.substr(0, 8), "\x89PNG\r\n\x1A\n");
   EXPECT_EQ(objects[2]["camera"]["user"], nullptr) << "never supplied";
@@ -119,8 +111,16 @@ TEST_F(Program, SearchesInOrderOfArrivalAndKeepsPictures) {
                                R"("gone":1,"pictures":1,"values":1})");
 }
 
-TEST_F(Program, ShowsDebuggerLinesOnRequest) {
-  EXPECT_NE(Run("search --for 2 --debug-output").error.find("Invalid struct size in read vector"), std::string::npos);
+TEST_F(Program, SearchesWithALineForEachEventAndDebuggerLinesOnRequest) {
+  const Result result = Run("search --for 2 --debug-output");
+  EXPECT_NE(result.error.find("Invalid struct size in read vector"), std::string::npos);
+  for (const std::string lines :
+       {"+ 00:40:8C:00:00:01 10.0.0.1        yes  北               M�[2J                  5.7.1      Axis IPC     ",
+        "     2\n* picture of Camera A�: 5500 bytes\n+ 00:40:8C:00:00:02 ",
+        "\n~ 00:40:8C:00:00:02 10.0.0.2        yes ",
+        "\n* values of Camera A�: 1 18446744073709551615\n- 00:40:8C:00:00:02 ",
+        "\n2 cameras: 2 new, 1 changed, 1 gone; 1 picture, 1 value list in "})
+    EXPECT_NE(result.output.find(lines), std::string::npos) << lines << result.output;
 }
 
 TEST_F(Program, ListsObjectsAndHidesPasswords) {
@@ -128,9 +128,7 @@ TEST_F(Program, ListsObjectsAndHidesPasswords) {
   EXPECT_EQ(hidden.output.substr(0, hidden.output.find('\n')),
             R"({"event":"camera","camera":)" + std::string(kTheCameraAsFound) + "}");
   EXPECT_EQ(Objects(hidden.output).back().dump(), R"({"event":"summary","command":"list","cameras":2})");
-  EXPECT_EQ(hidden.output.find("hunter2"), std::string::npos);
   EXPECT_EQ(Objects(Run("list --json --show-passwords").output)[0]["camera"]["password"], "hunter2");
-  EXPECT_EQ(Run("info 10.0.0.1").output.find("hunter2"), std::string::npos);
 }
 
 TEST_F(Program, ChangesWhatIsGivenAndKeepsTheRest) {
@@ -139,13 +137,9 @@ TEST_F(Program, ChangesWhatIsGivenAndKeepsTheRest) {
   ASSERT_EQ(result.code, 0) << result.error;
   const std::vector<Json> objects = Objects(result.output);
   ASSERT_EQ(objects.size(), 2U);
-  const Json& camera = objects[0]["camera"];
-  EXPECT_EQ(camera["ip"], "10.0.0.7");
-  EXPECT_EQ(camera["subnetMask"], "255.255.255.0");
-  EXPECT_EQ(camera["gateway"], "10.0.0.254");
-  EXPECT_EQ(camera["dhcp"], false);
-  EXPECT_EQ(camera["user"], "operator");
-  EXPECT_EQ(camera["password"], "n3w");
+  Json expected = Json::parse(kTheCameraAsFound);
+  expected.update({{"ip", "10.0.0.7"}, {"dhcp", false}, {"password", "n3w"}});
+  EXPECT_EQ(objects[0]["camera"], expected);
   EXPECT_EQ(objects[1].dump(),
             R"({"event":"summary","command":"set-network","mac":"00:40:8C:00:00:01","listed":true})");
 }
