@@ -1,9 +1,12 @@
-/// A whole conversation: the input chooses replies, blocks, calls, failures, detach and release.
+/// A whole conversation: the input chooses replies, blocks, calls, failures, detach and release. Its first byte and a
+/// step choose allocations that fail.
 #include <exception>
+#include <optional>
 #include <vector>
 
 #include "com/com_ptr.h"
 #include "counting_wizard.h"
+#include "platform/threads.h"
 #include "tarn/camera_finding.h"
 #include "tarn/dbi.h"
 
@@ -76,7 +79,10 @@ std::uint8_t TarnDBIGetLastError(DBIErrorRecord* record) {
 
 namespace {
 
-void Step(fuzz::Choices& choices, Kestrel::ComPtr<ICameraFinder>& finder, fuzz::CountingWizard& wizard) {
+using Failing = std::optional<fakes::FailingAllocation>;
+
+void Step(fuzz::Choices& choices, Kestrel::ComPtr<ICameraFinder>& finder, fuzz::CountingWizard& wizard,
+          Failing& failing) {
   const std::uint8_t choice = choices.Byte();
   server.failing = choice & 0x40;
   server.withRecord = choice & 0x80;
@@ -103,9 +109,12 @@ void Step(fuzz::Choices& choices, Kestrel::ComPtr<ICameraFinder>& finder, fuzz::
     case 7:
       if (server.receiver) server.receiver->OnDetach();
       return;
-    case 8:
-      wizard.throws = choices.Byte() & 1;
+    case 8: {
+      const std::uint8_t behaviour = choices.Byte();
+      wizard.throws = behaviour & 1;
+      if (behaviour > 1) failing.emplace(behaviour / 2);
       return;
+    }
     case 9:
       server.reply = choices.Take(choices.Byte() * std::size_t{16});
       return;
@@ -120,20 +129,24 @@ void Step(fuzz::Choices& choices, Kestrel::ComPtr<ICameraFinder>& finder, fuzz::
 }  // namespace
 
 FUZZ_TARGET(input) {
-  fuzz::CountingWizard wizard;
-  fuzz::Choices choices(input);
-  const fakes::FailingAllocation failing(choices.Byte());
-  server.reply = {};
-  {
-    Kestrel::ComPtr<ICameraFinder> finder;
-    for (int steps = 0; steps < 64 && !choices.IsEmpty(); ++steps) {
-      try {
-        Step(choices, finder, wizard);
-      } catch (const std::exception&) {
+  // Kept from here on, so that it is not what an input leaves behind.
+  [[maybe_unused]] static const bool workerStarted = platform::RunOnWorkerAndWait([](void*) {}, nullptr);
+  fuzz::Bounded(input, [&] {
+    fuzz::CountingWizard wizard(input.size());
+    fuzz::Choices choices(input);
+    Failing failing(choices.Byte());
+    server.reply = {};
+    {
+      Kestrel::ComPtr<ICameraFinder> finder;
+      for (int steps = 0; steps < 64 && !choices.IsEmpty(); ++steps) {
+        try {
+          Step(choices, finder, wizard, failing);
+        } catch (const std::exception&) {
+        }
       }
+      server.failing = false;
     }
-    server.failing = false;
-  }
-  fuzz::Check(wizard.references == 0, "nobody holds the wizard");
-  fuzz::Check(server.streams == 0 && server.replies == 0 && !server.receiver, "stream and replies are let go");
+    fuzz::Check(wizard.references == 0, "nobody holds the wizard");
+    fuzz::Check(server.streams == 0 && server.replies == 0 && !server.receiver, "stream and replies are let go");
+  });
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "com/com_ptr.h"
 #include "fuzz_target.h"
 #include "tarn/camera_finding.h"
 
@@ -18,21 +19,37 @@ inline std::size_t TakeLength(BSTR text) {
   return units;
 }
 
+using TextGetter = BSTR (Tarn::CameraFinding::ICameraInfo::*)();
+inline constexpr TextGetter kTextGetters[] = {
+    &Tarn::CameraFinding::ICameraInfo::GetModel,
+    &Tarn::CameraFinding::ICameraInfo::GetIpAddress,
+    &Tarn::CameraFinding::ICameraInfo::GetSubnetMask,
+    &Tarn::CameraFinding::ICameraInfo::GetGateway,
+    &Tarn::CameraFinding::ICameraInfo::GetFirmwareVersion,
+    &Tarn::CameraFinding::ICameraInfo::GetModelName,
+    &Tarn::CameraFinding::ICameraInfo::GetUserName,
+    &Tarn::CameraFinding::ICameraInfo::GetPassword,
+    &Tarn::CameraFinding::ICameraInfo::GetMacAddress,
+    &Tarn::CameraFinding::ICameraInfo::GetPluginName,
+    &Tarn::CameraFinding::ICameraInfo::GetVendorDisplayName,
+};
+
 /// Calls every getter.
 inline void LookAt(Tarn::CameraFinding::ICameraInfo& camera) {
-  using Tarn::CameraFinding::ICameraInfo;
-  for (const auto getter : {&ICameraInfo::GetModel, &ICameraInfo::GetIpAddress, &ICameraInfo::GetSubnetMask,
-                            &ICameraInfo::GetGateway, &ICameraInfo::GetFirmwareVersion, &ICameraInfo::GetModelName,
-                            &ICameraInfo::GetUserName, &ICameraInfo::GetPassword, &ICameraInfo::GetMacAddress,
-                            &ICameraInfo::GetPluginName, &ICameraInfo::GetVendorDisplayName})
-    TakeLength((camera.*getter)());
+  for (const TextGetter getter : kTextGetters) TakeLength((camera.*getter)());
   Check(camera.GetCameraType() >= 0 && camera.GetCameraType() <= 26, "a camera type of the table");
   Check(camera.IsReserved() == 0, "reserved is false");
 }
 
+/// Its account takes no memory while it is told something, so that it has no part in an allocation that fails.
 class CountingWizard : public Tarn::CameraFinding::INewCameraDataCallback,
                        public Tarn::CameraFinding::IFoundCameraReceiver {
  public:
+  explicit CountingWizard(std::size_t inputBytes) {
+    lastPicture.reserve(inputBytes);
+    lastValues.reserve(inputBytes / sizeof(std::uint64_t));
+  }
+
   HRESULT QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }
   std::uint32_t AddRef() override { return ++references; }
   std::uint32_t Release() override { return --references; }
@@ -54,6 +71,9 @@ class CountingWizard : public Tarn::CameraFinding::INewCameraDataCallback,
                              std::int32_t cameraType) override {
     Check(eventKind <= 4 && cameraType >= 0 && cameraType <= 26, "kinds and types of the tables");
     LookAt(*camera);
+    lastKind = eventKind;
+    lastType = cameraType;
+    lastCamera = Kestrel::ComPtr<Tarn::CameraFinding::ICameraInfo>(camera);
     ++cameras;
     if (throws) throw 2;
     return S_OK;
@@ -69,6 +89,9 @@ class CountingWizard : public Tarn::CameraFinding::INewCameraDataCallback,
   bool throws = false;
   std::vector<std::uint8_t> lastPicture;
   std::vector<std::uint64_t> lastValues;
+  std::uint32_t lastKind = 0;
+  std::int32_t lastType = 0;
+  Kestrel::ComPtr<Tarn::CameraFinding::ICameraInfo> lastCamera;
 };
 
 }  // namespace fuzz

@@ -7,9 +7,17 @@
 #include "valuelist/buffer_pool.h"
 
 namespace fuzz {
+namespace {
+
+constexpr Kestrel::BufferPoolListIndex kLists[] = {Kestrel::SmallBufferList, Kestrel::MediumBufferList,
+                                                   Kestrel::LargeBufferList};
+
+}  // namespace
 
 void Check(bool holds, const char* property) {
   if (holds) return;
+  // Whoever writes the input down needs memory.
+  const fakes::FailingAllocation none(0);
   std::fprintf(stderr, "property does not hold: %s\n", property);
   std::abort();
 }
@@ -29,6 +37,30 @@ Bytes Choices::Take(std::size_t count) {
 
 Kestrel::ReferencePointer<Kestrel::Buffer> BufferOf(Bytes bytes) {
   return Kestrel::CreateBuffer(bytes.data(), bytes.size());
+}
+
+Held GetHeld() {
+  const auto pool = Kestrel::BufferPool::GetPool();
+  Held held = {fakes::GetHeapUse().bytes, Kestrel::GetBufferStatistics().liveBlocks};
+  for (const auto list : kLists) {
+    const auto count = static_cast<std::int64_t>(pool->GetList(list).GetCount());
+    held.heapBytes -= static_cast<std::int64_t>(pool->GetList(list).GetBytesHeld());
+    held.heapBytes -= count * static_cast<std::int64_t>(sizeof(Kestrel::Buffer));
+    held.buffers -= count;
+  }
+  return held;
+}
+
+void EmptyPool() {
+  for (const auto list : kLists) {
+    while (Kestrel::BufferPool::GetPool()->GetList(list).GetCount() > 0) {
+      auto lent = Kestrel::GetBuffer(list);
+      Kestrel::Buffer* const buffer = lent.Get();
+      buffer->AddRef();  // the last Release would take it back to the pool
+      lent.Reset();
+      delete buffer;
+    }
+  }
 }
 
 }  // namespace fuzz

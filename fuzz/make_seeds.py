@@ -40,11 +40,11 @@ def main():
     for name in small:
         message = read(name)
         if name.startswith("block-"):
-            write("finder_block", f"seed-{name}", bytes([expected[name]["messageType"]]) + message)
+            write("finder_block", f"seed-{name}", bytes([expected[name]["messageType"], 0]) + message)
         elif name.startswith("reply-"):
             write("variant_stream", f"seed-{name}", message)
             write("value_list_text", f"seed-{name}", message[5:])
-            write("value_list_read", f"seed-{name}", decoder.decode_base64(message[5:].replace(b"\0", b"")))
+            write("value_list_read", f"seed-{name}", b"\0" + decoder.decode_base64(message[5:].replace(b"\0", b"")))
             size = -(-len(message) // 16)
             if size < 256:
                 #  reply; list; install; a block; release
@@ -55,11 +55,17 @@ def main():
     size = -(-len(block) // 8)
     write("conversation", "seed-block-3", bytes([0, 0, 10, 3, size]) + block.ljust(size * 8, b"\0") + bytes([7, 10, 3, 0, 6, 0, 1]))
     write("conversation", "seed-failures", bytes([0, 0xC2, 1, 0x42, 1, 0xC0, 0x40, 0xC6]))
+    reply = read("reply-list-0.bin")
+    size = -(-len(reply) // 16)
+    #  reply; for several n: the n-th allocation fails; list
+    write("conversation", "seed-failing-allocations",
+          bytes([0, 9, size]) + reply.ljust(size * 16, b"\0") + b"".join(bytes([8, 2 * n, 2, 1]) for n in range(1, 100, 8)))
 
     for i in range(12):
         write("record_list", f"seed-{i}", generator.elements(1))
-        write("value_list_read", f"seed-{i}", generator.list([(generator.name(b"n"), generator.value()) for _ in range(i)]))
-        write("finder_block", f"seed-type{i % 9}-{i}", bytes([i % 9]) + generator.block(i % 9))
+        write("value_list_read", f"seed-{i}", bytes([i]) + generator.list([(generator.name(b"n"), generator.value()) for _ in range(i)]))
+        write("finder_block", f"seed-failing-{3 * i}", bytes([3, 3 * i]) + read("block-3-camera.bin"))
+        write("finder_block", f"seed-type{i % 9}-{i}", bytes([i % 9, i]) + generator.block(i % 9))
     random.seed(1)
     for tag in range(21):
         write("wide_string", f"seed-{tag}", generator.value(tag))

@@ -32,8 +32,8 @@ void Convert(const Kestrel::Variant& value) {
 FUZZ_TARGET(input) {
   if (input.empty()) return;
   fuzz::Bounded(input, [&] {
+    Kestrel::RawReader reader(input.data() + 1, input.size() - 1);
     try {
-      Kestrel::RawReader reader(input.data() + 1, input.size() - 1);
       Kestrel::Variant value = Kestrel::Variant::Create(input[0]);
       value.ReadFromStream(reader);
       Sink sink;
@@ -50,5 +50,6 @@ FUZZ_TARGET(input) {
       Convert<std::u16string>(copy);
     } catch (const Kestrel::KestrelException&) {
     }
+    fuzz::Check(reader.GetPosition() <= input.size() - 1, "the position stays inside");
   });
 }
