@@ -84,6 +84,13 @@ def main():
         write("base64", f"seed-{i}", b"\r\n".join(text[at:at + 76] for at in range(0, len(text), 76)))
     for i, text in enumerate(["Load result: {0} of {1}", "{0,5}|{0,-5}|{0,600}", "a}}b{{c}}", "ab{{c", "x{0", "a}b", "{10}{1,}"]):
         write("text_format", f"seed-{i}", bytes([i]) + text.encode("utf-16-le"))
+    wide = "utf-16-le"
+    values = [(1, "10\0".encode(wide)), (1, "\t \n-2147483648".encode(wide)), (1, "+2147483648\0".encode(wide)), (1, b" 42\0 behind"),
+              (1, "00000000000000000007".encode(wide) + b"0"), (1, "12 \0".encode(wide)), (2, "%HOME%\0".encode(wide)), (2, b"  5%\0"),
+              (2, " 99999999999\0".encode(wide)), (3, b"\1\0\0\x80"), (4, b"\xff\xff\xff\xff"), (5, b"\0\0\1\2"), (7, "3\0\0".encode(wide)),
+              (8, struct.pack("<q", -2**31)), (8, struct.pack("<q", 2**31)), (9, b"\1\0\0\0")]
+    for i, (kind, content) in enumerate(values):
+        write("registry_value", f"seed-{i}", bytes([kind]) + content)
 
 
 if __name__ == "__main__":
