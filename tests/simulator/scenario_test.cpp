@@ -2,7 +2,6 @@
 
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <string>
 
 #include "simulator/scenario_reader.h"
@@ -34,9 +33,7 @@ TEST(ScenarioMistakes, AreOneLineWithFileLineAndKey) {
   const std::pair<std::string, std::string> rows[] = {
       {"", "1: top level: this is not JSON, near ''"},
       {"{\"seed\": 1,\n\n\"speed\"", "3: speed: this is not JSON, near '\"speed\"'"},
-      {"{\"seed\": -1\n}", "1: seed: must be a whole number from 0 to 18446744073709551615"},
       {"{\n\"generate\": {\"count\": 1.5}}", "2: generate.count: must be a whole number from 1 to 100000"},
-      {"[]", "1: top level: must be an object"},
       {"{\n\n\"colour\": 3}", "3: colour: is no key of this object"},
       {"{\"seed\": 1,\n\"seed\": 2}", "2: seed: is given twice"},
       {"{\"seed\":\n[[[[[[[[[[]]]]]]]]]]}", "2: seed[0][0][0][0][0][0][0]: is nested too deeply"},
@@ -59,8 +56,6 @@ TEST(ScenarioMistakes, AreOneLineWithFileLineAndKey) {
        "1: events[0].set: only events that carry a camera's record can change it"},
       {"{\"functionFaults\": [{\"call\": 1, \"function\": \"TarnLiveStream_Stop\"}]}",
        "1: functionFaults[0].function: must be one of the eight functions, such as TarnLiveStream_Open"},
-      {"{\"blockFaults\": [{\"block\": 0}]}",
-       "1: blockFaults[0].block: must be a whole number from 1 to 18446744073709551615"},
   };
   for (const auto& [text, line] : rows) EXPECT_EQ(MistakeIn(text), "s.json:" + line);
 }
@@ -95,17 +90,6 @@ TEST(GeneratedWorld, ASeedMakesTheSameBlocksEverywhere) {
   while (world.NextBlockTime())
     for (const std::uint8_t byte : world.TakeBlock().bytes) digest = (digest ^ byte) * 0x100000001B3;
   EXPECT_EQ(digest, 0xA1714F019C8F9617U);
-}
-
-TEST(GeneratedWorld, AddressesAreNobodyElses) {
-  const Scenario scenario = ReadScenario(R"({"generate": {"count": 66000}})", "s.json");
-  std::set<std::string> macs, ips;
-  for (const CameraPlan& camera : scenario.cameras) {
-    macs.insert(camera.record->mac);
-    ips.insert(camera.record->ip);
-  }
-  EXPECT_EQ(macs.size(), 66'000U);
-  EXPECT_EQ(ips.size(), 66'000U);
 }
 
 }  // namespace

@@ -56,8 +56,6 @@ TEST(CommandLine, TellsNothingGivenFromNothingAndTakesCommonOptionsAnywhere) {
 
 TEST(CommandLine, WrongUseIsRefusedInOneLineWithoutAPassword) {
   const std::pair<std::vector<std::string>, std::string> rows[] = {
-      {{}, "A subcommand is required; see tarnfind --help"},
-      {{"find"}, "\"find\" is not understood; see tarnfind --help"},
       {{"info"}, "IP is required; see tarnfind info --help"},
       {{"info", "\x1b[2J"}, "IP: \"�[2J\" is no IPv4 address such as 192.168.0.9; see tarnfind info --help"},
       {{"set-network", "00:40:8C:00:00:01", "--type", "2"}, "--type: must be 1 or 4; see tarnfind set-network --help"},

@@ -25,6 +25,7 @@ TEST(Pictures, AreKeptByteForByteUnderNewNamesOrReported) {
   PictureStore store(folder.string());
   EXPECT_EQ(store.Keep(Bytes("\x89PNG\r\n\x1A\nab"), "Cam").file, "Cam-0001.png");
   EXPECT_EQ(store.Keep(Bytes("first"), "Cam").file, "Cam-0002.bin");
+  EXPECT_EQ(store.Keep(Bytes("\xFF\xD8\xFF\xE0"), "Cam").file, "Cam-0003.jpg");
   // A later run.
   EXPECT_EQ(PictureStore(folder.string()).Keep(Bytes("second"), "Cam").file, "Cam-0001.bin");
   EXPECT_EQ(PictureStore(folder.string()).Keep(Bytes("third"), "Cam").file, "Cam-0003.bin");
@@ -32,7 +33,7 @@ TEST(Pictures, AreKeptByteForByteUnderNewNamesOrReported) {
   EXPECT_EQ(content("Cam-0002.bin"), "first");
 
   std::filesystem::remove_all(folder);
-  EXPECT_EQ(store.Keep(Bytes("x"), "Cam").error, "cannot write the picture \"Cam-0003.bin\"");
+  EXPECT_EQ(store.Keep(Bytes("x"), "Cam").error, "cannot write the picture \"Cam-0004.bin\"");
   std::ofstream(folder) << "a file in its place";
   EXPECT_THROW(PictureStore(folder.string()), Failure);
   EXPECT_THROW(PictureStore((folder / "below").string()), Failure);
@@ -50,12 +51,6 @@ TEST(FileName, IsSafeOnEverySystem) {
       {std::string(119, 'a') + "京", std::string(119, 'a')},
   };
   for (const auto& [text, name] : rows) EXPECT_EQ(SafeFileName(text), name);
-}
-
-TEST(PictureExtension, FollowsTheFirstBytes) {
-  EXPECT_EQ(PictureExtension(Bytes("\xFF\xD8\xFF\xE0")), "jpg");
-  EXPECT_EQ(PictureExtension(Bytes("BMxy")), "bmp");
-  EXPECT_EQ(PictureExtension(Bytes("\x89PNG\r\n\x1A")), "bin");
 }
 
 TEST(Checksum, IsTheOneOfZipAndPng) {

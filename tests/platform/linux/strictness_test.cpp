@@ -2,12 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 
 #include "platform/clock.h"
 #include "platform/code_pages.h"
-#include "platform/error_codes.h"
-#include "platform/errors.h"
 
 using namespace platform;
 
@@ -33,27 +30,10 @@ TEST(Strictness, InvalidUtf8IsReplacedByMaximalParts) {
     }
 }
 
-TEST(Strictness, FlagsAndCodePagesAndDatesOutsideTheInterfaceAreRefused) {
-  char16_t wide[8];
-  char narrow[8];
-  EXPECT_EQ(MultiByteToWideChar(CP_UTF8, MB_PRECOMPOSED, "a", 1, wide, 8), 0);
-  EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
-  EXPECT_EQ(WideCharToMultiByte(CP_UTF8, WC_COMPOSITECHECK, u"a", 1, narrow, 8), 0);
-  EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
-  EXPECT_EQ(MultiByteToWideChar(12345, 0, "a", 1, wide, 8), 0);
-  EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+TEST(Strictness, DaysThatAYearHasNotAreRefused) {
   FileTime time{};
   EXPECT_FALSE(SystemTimeToFileTime({30828, 1, 0, 1, 0, 0, 0, 0}, &time));
   EXPECT_FALSE(SystemTimeToFileTime({2023, 2, 0, 29, 0, 0, 0, 0}, &time));
-}
-
-TEST(Strictness, LastErrorBelongsToTheThread) {
-  SetLastError(5);
-  std::thread([] {
-    EXPECT_EQ(GetLastError(), 0U);
-    SetLastError(6);
-  }).join();
-  EXPECT_EQ(GetLastError(), 5U);
 }
 
 }  // namespace
