@@ -34,8 +34,8 @@ inline constexpr TextGetter kTextGetters[] = {
     &Tarn::CameraFinding::ICameraInfo::GetVendorDisplayName,
 };
 
-/// Calls every getter.
-inline void LookAt(Tarn::CameraFinding::ICameraInfo& camera) {
+/// Calls every getter; no exception crosses the interface.
+inline void LookAt(Tarn::CameraFinding::ICameraInfo& camera) noexcept {
   for (const TextGetter getter : kTextGetters) TakeLength((camera.*getter)());
   Check(camera.GetCameraType() >= 0 && camera.GetCameraType() <= 26, "a camera type of the table");
   Check(camera.IsReserved() == 0, "reserved is false");
