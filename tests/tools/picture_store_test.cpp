@@ -5,7 +5,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "tools/crc32.h"
 #include "tools/failure.h"
 
 namespace tarnfind {
@@ -51,10 +50,6 @@ TEST(FileName, IsSafeOnEverySystem) {
       {std::string(119, 'a') + "京", std::string(119, 'a')},
   };
   for (const auto& [text, name] : rows) EXPECT_EQ(SafeFileName(text), name);
-}
-
-TEST(Checksum, IsTheOneOfZipAndPng) {
-  EXPECT_EQ(Crc32(Bytes("123456789")), 0xCBF43926U);
 }
 
 }  // namespace

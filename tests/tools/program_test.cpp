@@ -25,12 +25,12 @@ struct Result {
 /// Runs it in a folder of its own, so that no path needs quoting.
 class Program : public testing::Test {
  protected:
-  void SetUp() override {
+  Program() {
     std::filesystem::remove_all(folder_);
     std::filesystem::create_directories(folder_);
     std::filesystem::current_path(folder_);
   }
-  void TearDown() override {
+  ~Program() override {
     std::filesystem::current_path(folder_.parent_path());
     std::filesystem::remove_all(folder_);
   }
@@ -68,9 +68,12 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
       {"--version", 0, "tarnfind 1.", ""},
       {"set-network --help", 0, "\nExamples:\n  tarnfind set-network 00:40:8C:12:34:56 --dhcp\n", ""},
       {"list", 0, "2 cameras\n", ""},
+      {"list --json", 0, R"({"event":"camera","camera":)" + std::string(kTheCameraAsFound) + "}\n", ""},
+      {"list --json", 0, "}\n{\"event\":\"summary\",\"command\":\"list\",\"cameras\":2}\n", ""},
+      {"list --json --show-passwords", 0, "\"password\":\"hunter2\"", ""},
       {"info 10.0.0.1", 0, "Type          2 (Axis IPC)\nUser          operator\nPassword      ********\n", ""},
       {"send-mac 00:40:8C:00:00:01", 0, "Sent", ""},
-      {"bare", 0, "Sent", ""},
+      {"bare --json", 0, "{\"event\":\"summary\",\"command\":\"bare\"}\n", ""},
       {"set-network 00-40-8c-00-00-01 --static", 0,
        "IP 10.0.0.1, mask 255.255.255.0, gateway 10.0.0.254, static. The server lists them.", ""},
       {"info 10.0.0.3 --for 0.1", 1, "", "tarnfind: nothing arrived about a camera at 10.0.0.3 within 0.1 s\n"},
@@ -96,18 +99,21 @@ TEST_F(Program, SearchesWithAnObjectForEachEventAndKeepsPictures) {
   ASSERT_EQ(result.code, 0);
   EXPECT_EQ(result.error, "");
   const std::vector<Json> objects = Objects(result.output);
-  ASSERT_EQ(objects.size(), 7U) << result.output;
+  std::string news;
+  for (const Json& object : objects)
+    news += object.value("change", object.value("event", "")) + std::to_string(object.value("kind", 0)) + " ";
+  ASSERT_EQ(news, "new0 picture0 new0 changed1 values0 gone4 same2 same3 changed3 summary0 ");
   EXPECT_EQ(objects[0].dump(),
             R"({"event":"camera","change":"new","kind":0,"type":2,"camera":)" + std::string(kTheCameraAsFound) + "}");
-  EXPECT_EQ(objects[1]["file"], "Camera A_-0001.png");
   const std::string picture = Content("pictures/Camera A_-0001.png");
-  EXPECT_EQ(objects[1]["bytes"], picture.size());
   EXPECT_EQ(picture.substr(0, 8), "\x89PNG\r\n\x1A\n");
+  EXPECT_EQ(objects[1].dump(), R"({"event":"picture","camera":"Camera A\u001b","bytes":)" +
+                                   std::to_string(picture.size()) +
+                                   R"(,"crc32":"52e21dfe","file":"Camera A_-0001.png"})");
   EXPECT_EQ(objects[2]["camera"]["user"], nullptr) << "never supplied";
-  EXPECT_EQ(objects[3]["change"], "changed");
   EXPECT_EQ(objects[4]["values"].dump(), "[1,18446744073709551615]");
-  EXPECT_EQ(objects[5]["change"], "gone");
-  EXPECT_EQ(objects[6].dump(), R"({"event":"summary","command":"search","cameras":2,"new":2,"changed":1,"same":0,)"
+  EXPECT_EQ(objects[8]["camera"]["plugin"], "Axis IPC");
+  EXPECT_EQ(objects[9].dump(), R"({"event":"summary","command":"search","cameras":2,"new":2,"changed":2,"same":2,)"
                                R"("gone":1,"pictures":1,"values":1})");
 }
 
@@ -119,16 +125,8 @@ TEST_F(Program, SearchesWithALineForEachEventAndDebuggerLinesOnRequest) {
         "     2\n* picture of Camera A�: 5500 bytes\n+ 00:40:8C:00:00:02 ",
         "\n~ 00:40:8C:00:00:02 10.0.0.2        yes ",
         "\n* values of Camera A�: 1 18446744073709551615\n- 00:40:8C:00:00:02 ",
-        "\n2 cameras: 2 new, 1 changed, 1 gone; 1 picture, 1 value list in "})
+        "\n2 cameras: 2 new, 2 changed, 1 gone; 1 picture, 1 value list in "})
     EXPECT_NE(result.output.find(lines), std::string::npos) << lines << result.output;
-}
-
-TEST_F(Program, ListsObjectsAndHidesPasswords) {
-  const Result hidden = Run("list --json");
-  EXPECT_EQ(hidden.output.substr(0, hidden.output.find('\n')),
-            R"({"event":"camera","camera":)" + std::string(kTheCameraAsFound) + "}");
-  EXPECT_EQ(Objects(hidden.output).back().dump(), R"({"event":"summary","command":"list","cameras":2})");
-  EXPECT_EQ(Objects(Run("list --json --show-passwords").output)[0]["camera"]["password"], "hunter2");
 }
 
 TEST_F(Program, ChangesWhatIsGivenAndKeepsTheRest) {
