@@ -1,5 +1,6 @@
 #include "base/exceptions.h"
 
+#include <memory>
 #include <utility>
 
 #include "base/exception_history.h"
@@ -15,11 +16,10 @@ std::u16string TextOfSystemError(std::uint32_t code) {
   char16_t* text = nullptr;
   const std::uint32_t length = platform::FormatMessageW(code, &text);
   if (length == 0) return u"Unknown system error";
+  const std::unique_ptr<char16_t, decltype(&platform::LocalFree)> owner(text, platform::LocalFree);
   std::u16string_view line(text, length);
   while (!line.empty() && (line.back() == u'\r' || line.back() == u'\n')) line.remove_suffix(1);
-  std::u16string result(line);
-  platform::LocalFree(text);
-  return result;
+  return std::u16string(line);
 }
 
 std::u16string DescribeSystemError(std::uint32_t code, const char* context) {
