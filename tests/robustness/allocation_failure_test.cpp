@@ -126,10 +126,9 @@ INSTANTIATE_TEST_SUITE_P(Operations, EachOperation, testing::ValuesIn(kOperation
 class EachBlock : public AllocationFailure, public testing::WithParamInterface<std::uint32_t> {};
 
 TEST_P(EachBlock, IsDeliveredOrDroppedAndLeaksNothing) {
-  const Bytes block = SampleOfType(GetParam());
   int delivered = 0;
   // What cannot even be copied is thrown into the platform library's call.
-  ExpectNoLeak(true, [&](Scene& scene) {
+  ExpectNoLeak(true, [&, block = SampleOfType(GetParam())](Scene& scene) {
     dbi.Push(GetParam(), block);
     delivered = scene.wizard.count;
   });

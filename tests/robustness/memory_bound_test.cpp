@@ -52,8 +52,7 @@ struct GeneratorRow {
 
 const GeneratorRow kGenerators[] = {
     {"SmallestEntries", 3, [](std::size_t n) { return BlockOfEntries("\0\0\0\0"s, n); }},
-    {"EntriesWithOneByteOfData", 3, [](std::size_t n) { return BlockOfEntries("\0\0\x0D\1\0\0\0\7"s, n); }},
-    {"EntriesWithASmallBlob", 3, [](std::size_t n) { return BlockOfEntries("\0\0\x0E\1\0\0\0\7"s, n); }},
+    {"EntriesOfOneByte", 3, [](std::size_t n) { return BlockOfEntries("\0\0\x0D\1\0\0\0\7"s, n); }},
     {"NamesOfLongDigits", 3,  // 1e308
      [](std::size_t n) { return BlockOfEntries("\x0A\xA0\xC8\xEB\x85\xF3\xCC\xE1\x7F\0\0"s, n); }},
     {"EmptyRecords", 3, [](std::size_t n) { return kCameraChunk + RecordOf("CAMERAINFOLIST", kEmptyRecord, n); }},
@@ -65,13 +64,10 @@ const GeneratorRow kGenerators[] = {
     {"ACountThatLies", 3,
      [](std::size_t n) { return kCameraChunk + kUnnamed + Number(~0U, 4) + std::string(n, '\0'); }},
     {"ManyChunks", 7, [](std::size_t n) { return Repeated(Number(10, 4) + Number(0, 10), n); }},
-    {"ManyTexts", 2, [](std::size_t n) { return Repeated(Number(5, 4) + Number(0, 10), n); }},
     {"ManySingleValues", 2,
      [](std::size_t n) {
        return Repeated(Number(7, 4) + Number(24, 8) + Number(1, 8) + Number(8, 8) + Number(1, 8), n);
      }},
-    {"OneLongText", 1,
-     [](std::size_t n) { return Number(5, 4) + Number(0, 8) + '\x0B' + Number(n, 4) + std::string(n, 'x'); }},
     {"BinaryAsText", 1,
      [](std::size_t n) { return Number(5, 4) + Number(0, 8) + '\x0D' + Number(n, 4) + std::string(n, 'x'); }},
 };

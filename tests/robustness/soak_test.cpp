@@ -1,31 +1,11 @@
 /// A long run in one process: memory, threads and open replies stay where they were after warming up.
 /// TARN_SOAK_FACTOR multiplies its length; 50 makes 1,000,000 blocks and 100,000 commands.
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "wizard/finder_library.h"
 
 namespace wizard {
 namespace {
-
-/// Resident memory and threads of this process where the system tells, else zeroes.
-struct ProcessUse {
-  std::int64_t residentBytes = 0;
-  std::ptrdiff_t threads = 0;
-};
-
-ProcessUse GetProcessUse() {
-  ProcessUse use;
-  std::ifstream statm("/proc/self/statm");
-  std::int64_t total = 0, residentPages = 0;
-  if (statm >> total >> residentPages) use.residentBytes = residentPages * 4096;
-  std::error_code none;
-  const std::filesystem::directory_iterator tasks("/proc/self/task", none), end;
-  if (!none) use.threads = std::distance(tasks, end);
-  return use;
-}
 
 using Soak = WizardTest;
 
@@ -54,8 +34,6 @@ TEST_F(Soak, MemoryAndThreadsStayWhereTheyWere) {
   EXPECT_EQ(wizard.count, rounds * kBlocks / 4 * 3);
   EXPECT_EQ(end.threads, warm.threads);
   EXPECT_LE(end.residentBytes, warm.residentBytes + (4 << 20));
-  RecordProperty("resident_bytes_warm", std::to_string(warm.residentBytes));
-  RecordProperty("resident_bytes_end", std::to_string(end.residentBytes));
 }
 
 }  // namespace

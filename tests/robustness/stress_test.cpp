@@ -2,7 +2,6 @@
 /// release and re-create finders, and the callbacks call back, throw, dawdle or release. TARN_STRESS_SECONDS: how long.
 #include <chrono>
 #include <cstdlib>
-#include <memory>
 #include <mutex>
 #include <random>
 #include <stdexcept>
@@ -46,26 +45,12 @@ class Stress : public WizardTest {
  protected:
   /// Only one thread at a time may replace the callback of a finder.
   void Install(Place& place, std::minstd_rand& random) {
-    std::function<void()> mischief = [] {};
-    switch (random() % 6) {
-      case 0:
-        mischief = [] { throw std::runtime_error("wizard"); };
-        break;
-      case 1:
-        mischief = [&place] { place.Get()->SendBareCommand(); };
-        break;
-      case 2:
-        mischief = [n = std::make_shared<std::atomic<int>>(0)] {
-          if ((*n)++ % 64 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        };
-        break;
-      default:
-        break;
-    }
     auto* const wizard = new OwnWizard;
-    wizard->inside = [&place, mischief] {
+    wizard->inside = [&place, wizard, mischief = random() % 6] {
       ++place.received;
-      mischief();
+      if (mischief == 0) throw std::runtime_error("wizard");
+      if (mischief == 1) place.Get()->SendBareCommand();
+      if (mischief == 2 && wizard->count % 64 == 1) std::this_thread::sleep_for(std::chrono::milliseconds(50));
     };
     const ComPtr<INewCameraDataCallback> held(wizard);
     place.Get()->SetNewCameraDataCallback(wizard);
@@ -118,23 +103,12 @@ TEST_F(Stress, NoDeliveryIsLostDoubledOrLate) {
       Place& place = places[t];
       while (running(0)) {
         RecordingReceiver receiver;
-        switch (random() % 8) {
-          case 0:
-            place.Get()->ListFoundCameras(&receiver);
-            break;
-          case 1:
-            place.Get()->RequestInfoByIp(u"10.0.0.5");
-            break;
-          case 2:
-            dbi.Detach(&place);
-            break;
-          case 3:
-            place.Exchange(library.MakeFinder(&place));
-            Install(place, random);
-            break;
-          default:
-            Install(place, random);
-        }
+        const auto choice = random() % 8;
+        if (choice == 0) place.Get()->ListFoundCameras(&receiver);
+        if (choice == 1) place.Get()->RequestInfoByIp(u"10.0.0.5");
+        if (choice == 2) dbi.Detach(&place);
+        if (choice == 3) place.Exchange(library.MakeFinder(&place));
+        if (choice >= 3) Install(place, random);
       }
     });
   for (auto& thread : threads) thread.join();

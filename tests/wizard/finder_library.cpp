@@ -1,9 +1,11 @@
 #include "wizard/finder_library.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <system_error>
 
 #include "base/text_conversion.h"
 
@@ -13,6 +15,10 @@ FinderLibrary::FinderLibrary() : module_(platform::LoadLibraryExW(TARN_LIBRARY_F
   if (!module_) throw std::runtime_error("the library cannot be loaded");
   getFindingInterface =
       reinterpret_cast<decltype(getFindingInterface)>(platform::GetProcAddress(module_, "GetFindingInterface"));
+}
+
+bool FinderLibrary::IsLoaded() {
+  return platform::GetModuleHandleW(TARN_LIBRARY_FILE) != nullptr;
 }
 
 ComPtr<ICameraFinder> MakeFinderBy(decltype(&GetFindingInterface) getFindingInterface, void* server) {
@@ -55,7 +61,7 @@ json CameraAsJson(ICameraInfo& camera) {
 BSTR JsonCamera::Text(const char* member) {
   asked += std::string(member) + " ";
   if (throws) throw std::runtime_error("the wizard's camera");
-  if (answersNull) return nullptr;
+  if (!camera_.contains(member)) return nullptr;
   return SysAllocString(Kestrel::Utf8ToWide(camera_[member].get<std::string>()).c_str());
 }
 
@@ -82,6 +88,17 @@ HRESULT CountingCallback::Took(BSTR text) {
   ++count;
   if (inside) inside();
   return S_OK;
+}
+
+ProcessUse GetProcessUse() {
+  ProcessUse use;
+  std::ifstream statm("/proc/self/statm");
+  std::int64_t total = 0, residentPages = 0;
+  if (statm >> total >> residentPages) use.residentBytes = residentPages * 4096;
+  std::error_code none;
+  const std::filesystem::directory_iterator tasks("/proc/self/task", none), end;
+  if (!none) use.threads = std::distance(tasks, end);
+  return use;
 }
 
 Bytes ReadSample(const std::string& name) {

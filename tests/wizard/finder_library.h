@@ -37,6 +37,7 @@ class FinderLibrary {
   ~FinderLibrary() { platform::FreeLibrary(module_); }
   FinderLibrary(const FinderLibrary&) = delete;
   FinderLibrary& operator=(const FinderLibrary&) = delete;
+  static bool IsLoaded();
 
   decltype(&GetFindingInterface) getFindingInterface = nullptr;
   ComPtr<ICameraFinder> MakeFinder(void* server = kServer) const { return MakeFinderBy(getFindingInterface, server); }
@@ -64,7 +65,7 @@ std::string TakeUtf8(BSTR text);
 /// Every getter of a camera, under the names of expected.json.
 json CameraAsJson(ICameraInfo& camera);
 
-/// A camera that answers what expected.json says, and notes its getters.
+/// A camera that answers what expected.json says, null where that says nothing, and notes its getters.
 class JsonCamera : public OwnedByTest<ICameraInfo> {
  public:
   explicit JsonCamera(json camera) : camera_(std::move(camera)) {}
@@ -96,7 +97,6 @@ class JsonCamera : public OwnedByTest<ICameraInfo> {
   BSTR GetVendorDisplayName() override { return Text("vendor"); }
 
   std::string asked;
-  bool answersNull = false;
   bool throws = false;
 
  private:
@@ -144,6 +144,13 @@ struct RecordingReceiver : OwnedByTest<IFoundCameraReceiver> {
   json cameras = json::array();
   std::vector<ComPtr<ICameraInfo>> kept;
 };
+
+/// Resident memory and threads of this process where the system tells, else zeroes.
+struct ProcessUse {
+  std::int64_t residentBytes = 0;
+  std::ptrdiff_t threads = 0;
+};
+ProcessUse GetProcessUse();
 
 /// One file of tests/data.
 Bytes ReadSample(const std::string& name);

@@ -1,8 +1,5 @@
 /// Loading and unloading, again and again.
-#include <filesystem>
 #include <future>
-#include <iterator>
-#include <system_error>
 #include <thread>
 
 #include "wizard/finder_library.h"
@@ -12,16 +9,9 @@ namespace {
 
 using Reload = WizardTest;
 
-/// Threads of this process where the system tells, else 0.
-std::ptrdiff_t ThreadCount() {
-  std::error_code none;
-  const std::filesystem::directory_iterator threads("/proc/self/task", none), end;
-  return none ? 0 : std::distance(threads, end);
-}
-
 TEST_F(Reload, AThousandLoadsWithADeliveryEachLeaveNothingBehind) {
-  const Bytes block = ReadSample("block-3-camera.bin");
-  const std::ptrdiff_t threads = ThreadCount();
+  const Bytes block = SampleOfType(3);
+  const std::ptrdiff_t threads = GetProcessUse().threads;
   dbi.SetReply(ReadSample("reply-list-3.bin"));
   for (int i = 0; i < 1000; ++i) {
     CountingCallback callback;
@@ -34,9 +24,10 @@ TEST_F(Reload, AThousandLoadsWithADeliveryEachLeaveNothingBehind) {
       finder->ListFoundCameras(&receiver);
       ASSERT_EQ(receiver.cameras.size(), 3U);
     }
+    ASSERT_FALSE(FinderLibrary::IsLoaded());
     ASSERT_EQ(callback.count, 1);
     ASSERT_EQ(callback.references, 0U);
-    ASSERT_EQ(ThreadCount(), threads);
+    ASSERT_EQ(GetProcessUse().threads, threads);
     dbi.ForgetCalls();
   }
 }
@@ -56,7 +47,7 @@ TEST_F(Reload, WhatIsUnloadedDuringADeliveryIsThereUntilItsThreadsHaveLeft) {
       const FinderLibrary library;
       const auto finder = library.MakeFinder();
       finder->SetNewCameraDataCallback(&callback);
-      delivery = std::thread([&] { dbi.Push(3, ReadSample("block-3-camera.bin")); });
+      delivery = std::thread([&] { dbi.Push(3, SampleOfType(3)); });
       entered.get_future().wait();
     }
     unloaded.set_value();

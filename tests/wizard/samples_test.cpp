@@ -84,18 +84,5 @@ TEST_F(Samples, EveryBlockIsDeliveredAsStated) {
   EXPECT_EQ(played, 16);
 }
 
-TEST_F(Samples, ACameraThatAnswersNothingIsSentWithEmptyTexts) {
-  const FinderLibrary library;
-  const auto finder = library.MakeFinder();
-  JsonCamera camera(ExpectedOfSamples()["request-network-type1.bin"]["camera"]);
-  camera.answersNull = true;
-  EXPECT_EQ(finder->SendNetworkCommandType1(&camera), 1);
-  EXPECT_LT(dbi.LastRequest().size(), ReadSample("request-network-type1.bin").size());
-  camera.throws = true;
-  dbi.ForgetCalls();
-  EXPECT_EQ(finder->SendNetworkCommandType4(&camera), 0);
-  EXPECT_EQ(dbi.Calls(), "");
-}
-
 }  // namespace
 }  // namespace wizard
