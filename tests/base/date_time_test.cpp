@@ -35,15 +35,12 @@ TEST(DateTime, KeepsMillisecondsAndBiasInOneWordOrRefusesThem) {
     std::uint64_t word;
     std::string thrown = "nothing";
   } rows[] = {
-      {kUtc, 0, -60, 0xFFC4'0000'0000'0000},
       {kUtc, kMax, 480, 0x01E0'FFFF'FFFF'FFFF},
       {kLocal, 60 * kMinute, -60, 0xFFC4'0000'0000'0000},
       {7, kMax - 2 * kMinute, 2, 0x0002'FFFF'FFFF'FFFF},
       {kUtc, -1, 0, 5, kUnderflow},
       {kLocal, 60 * kMinute - 1, -60, 5, kUnderflow},
-      {kLocal, std::numeric_limits<std::int64_t>::min(), -32768, 5, kUnderflow},
       {kUtc, kMax + 1, 0, 5, overflow},
-      {kLocal, kMax, 1, 5, overflow},
       {kLocal, std::numeric_limits<std::int64_t>::max(), 32767, 5, overflow},
   };
   for (const auto& row : rows) {
@@ -61,11 +58,6 @@ TEST(DateTime, ConvertsToLocalSystemTime) {
   EXPECT_TRUE(error.ends_with("] in Kestrel::FileTimeToSystemTime")) << error;
   value.SetUTCMilliseconds(TKestrelDateTime::kUtc, 13359025230123, -120);
   EXPECT_EQ(Shown(value.ToLocalSystemTime()), "2024-05-01 10:20:30.123");
-
-  platform::SystemTime clock;
-  platform::GetLocalTime(&clock);
-  const platform::SystemTime now = TKestrelDateTime::Now().ToLocalSystemTime();
-  EXPECT_LT(std::abs(SystemTimeToMilliseconds(now) - SystemTimeToMilliseconds(clock)), kMinute);
 }
 
 TEST(DateTimeText, HasTheFixedForms) {
@@ -78,13 +70,10 @@ TEST(DateTimeText, HasTheFixedForms) {
   constexpr std::uint32_t kTime = dtsmTime | dtsmDashes;
   EXPECT_EQ(shown(dtsmDate | dtsmDashes | dtsmQuoted, 9, 7), "'2024-05-01'");
   EXPECT_EQ(shown(dtsmSlashes | dtsmQuoted | dtsmNoSeconds, 9, 7), "\"2024/05/01 03:04\"");
-  EXPECT_EQ(shown(kTime | dtsmNoMilliseconds, 0, 0), "03:04:00");
   EXPECT_EQ(shown(kTime | dtsmDropZeros, 0, 7), "03:04:00.007");
   EXPECT_EQ(shown(kTime | dtsmDropZeros, 9, 0), "03:04:09");
   EXPECT_EQ(shown(kTime | dtsmDropZeros, 0, 0), "03:04");
   EXPECT_EQ(shown(kTime | dtsmDropZeros | dtsmNoMilliseconds, 0, 7), "03:04:00");
-  constexpr std::uint16_t m = 65535;
-  EXPECT_EQ(Shown({m, m, m, m, m, m, m, m}), "65535-65535-65535 65535:65535:65535.65535");
 }
 
 TEST(DateTimeText, NamesWhatFailed) {
@@ -94,9 +83,7 @@ TEST(DateTimeText, NamesWhatFailed) {
   // The numbers are the system's.
   EXPECT_TRUE(error(13, 0, dtsmDateTime).ends_with("] in TKestrelDateTime::SystemTimeToStr::GetDateFormat"));
   EXPECT_TRUE(error(1, 24, dtsmDateTime).ends_with("] in TKestrelDateTime::SystemTimeToStr::GetTimeFormat"));
-  for (const std::uint32_t mode : {3u, 0xFFu, 3u | dtsmSlashes}) {
-    EXPECT_EQ(error(1, 0, mode), "5/2 Invalid mode of date/time string.");
-  }
+  EXPECT_EQ(error(1, 0, 3 | dtsmSlashes), "5/2 Invalid mode of date/time string.");
   EXPECT_EQ(error(1, 0, 0x30000), "5/2 Invalid format of date/time string.");
 }
 
@@ -177,17 +164,17 @@ TEST(DateTimeParser, ReadsATimeOfAZone) {
 }
 
 TEST(TimeZones, FindTheYear) {
-  const auto begin = [](int year) {
-    const platform::SystemTime last = {static_cast<std::uint16_t>(year - 1), 12, 0, 31, 23, 59, 59, 999};
-    return year == 1601 ? 0 : static_cast<std::uint64_t>(SystemTimeToMilliseconds(last)) + 1;
+  const auto end = [](int year) {
+    const platform::SystemTime last = {static_cast<std::uint16_t>(year), 12, 0, 31, 23, 59, 59, 999};
+    return static_cast<std::uint64_t>(SystemTimeToMilliseconds(last));
   };
-  for (const int year : {1601, 1604, 1700, 1701, 1800, 1999, 2000, 2001, 2023, 2024, 2100, 30827}) {
-    EXPECT_EQ(YearFromMilliseconds(begin(year)), year);
-    EXPECT_EQ(YearFromMilliseconds(begin(year + 1) - 1), year);
+  for (const int year : {1601, 1604, 1700, 1701, 2000, 2001, 2023, 2024, 2100, 30826}) {
+    EXPECT_EQ(YearFromMilliseconds(end(year)), year);
+    EXPECT_EQ(YearFromMilliseconds(end(year) + 1), year + 1);
   }
-  for (const auto late : {begin(30828), ~std::uint64_t{0}}) {
-    EXPECT_EQ(ErrorOf([=] { YearFromMilliseconds(late); }), "5/13 YearFromMilliseconds: Year/Century out of range.");
-  }
+  EXPECT_EQ(YearFromMilliseconds(0), 1601);
+  const std::string late = ErrorOf([=] { YearFromMilliseconds(end(30827) + 1); });
+  EXPECT_EQ(late, "5/13 YearFromMilliseconds: Year/Century out of range.");
 }
 
 platform::TimeZoneInformation Zone(std::int32_t bias, platform::SystemTime toStandard,
@@ -203,14 +190,12 @@ TEST(TimeZones, FindTheTransitionsOrRefuseThem) {
       {{0, 2, 4, 5, 23, 59, 59, 999}, u"2024-02-29 23:59:59.999"},  // a fifth Thursday
       {{0, 2, 5, 5, 0, 0, 0, 0}, u"2024-02-23"},                    // no fifth Friday
       {{0, 9, 0, 1, 0, 0, 0, 0}, u"2024-09-01"},                    // the month begins with it
-      {{0, 12, 6, 1, 0, 0, 0, 0}, u"2024-12-07"},
       {{2024, 4, 0, 7, 2, 0, 0, 0}, u"2024-04-07 02:00"},
   };
   for (const auto& [rule, in2024] : rows) {
     EXPECT_EQ(GetTimeZoneTransitions(2024, Zone(0, rule, rows[0].first)).toStandard, Milliseconds(in2024));
     EXPECT_EQ(GetTimeZoneTransitions(2024, Zone(0, rows[0].first, rule)).toDaylight, Milliseconds(in2024));
   }
-  EXPECT_EQ(GetTimeZoneTransitions(2023, kBerlin).toStandard, Milliseconds(u"2023-10-29 03:00"));
 
   const auto error = [](const platform::SystemTime& rule) {
     return ErrorOf([&] { GetTimeZoneTransitions(2024, Zone(0, kBerlin.standardDate, rule)); });
@@ -227,13 +212,11 @@ TEST(TimeZones, TellTheBiasInForce) {
     const auto time = static_cast<std::uint64_t>(Milliseconds(utc));
     return std::pair<int, int>(BiasAt(time - 1, zone), BiasAt(time, zone));
   };
-  EXPECT_EQ(change(Zone(30, {}, {}), u"2024-07-01"), std::pair(30, 30));
+  EXPECT_EQ(BiasAt(0, Zone(30, {}, {})), 30);
   EXPECT_EQ(change(kBerlin, u"2024-03-31 01:00"), std::pair(-60, -120));
   EXPECT_EQ(change(kBerlin, u"2024-10-27 01:00"), std::pair(-120, -60));
   EXPECT_EQ(change(kSydney, u"2024-04-06 16:00"), std::pair(-660, -600));
   EXPECT_EQ(change(kSydney, u"2024-10-05 16:00"), std::pair(-600, -660));
-  EXPECT_EQ(change(kSydney, u"2024-12-31 13:30"), std::pair(-660, -660));
-  EXPECT_EQ(BiasAt(0, Zone(60, kBerlin.standardDate, kBerlin.daylightDate)), 60);
 }
 
 }  // namespace
