@@ -6,11 +6,9 @@
 #include <atomic>
 #include <limits>
 #include <optional>
-#include <set>
 #include <string>
 #include <thread>
 #include <tuple>
-#include <typeindex>
 #include <vector>
 
 #include "fakes/counting_allocator.h"
@@ -41,22 +39,16 @@ std::string TextOrError(Action action) {
   return error.empty() ? text : error;
 }
 
+/// What the second decoder of the messages never meets there: it sees the texts and conversions of every type.
 TEST(VariantText, IsWrittenInTheFormOfTheType) {
-  const std::pair<Variant, std::string> rows[] = {
-      {FromRaw(vtBinaryData, std::string(57, '\0')), "binarydata 57 " + std::string(76, 'A') + "\r\n"},
-      {FromRaw(vtBinaryData, std::string(58, '\0')), "binarydata 58 " + std::string(76, 'A') + "\r\nAA=="},
-      {Variant(u"\u00E4\0b"s), "\u00E4"},
-      {Variant(platform::FileTime{0, 0xFFFFFFFF}), kNoText}};
-  for (const auto& row : rows) EXPECT_EQ(TextOrError([&] { return row.first.ToString(); }), row.second);
-
-  std::string texts;
-  for (const float number : {-0.1f, 0.05f, 999999.0f, 1234567.0f, 1e20f, 100.0f, -0.0f, -kInf})
-    texts += Variant(number).ToString() + ' ';
-  EXPECT_EQ(texts, "-0.1 5.e-002 999999. 1.23457e+006 1.e+020 100. -0. -inf ");
-  texts.clear();
-  for (const double number : {kNan, 0.012, 1.0 / 3, 123456789012345.0, 5e-324})
-    texts += Variant(number).ToString() + ' ';
-  EXPECT_EQ(texts, "nan 1.2e-002 0.333333333333333 123456789012345. 4.94065645841247e-324 ");
+  const std::pair<Variant, std::string> rows[] = {{Variant(platform::FileTime{0, 0xFFFFFFFF}), kNoText},
+                                                  {Variant(u"\u00E4\0b"s), "\u00E4"},
+                                                  {Variant(-0.1f), "-0.1"},
+                                                  {Variant(1e20f), "1.e+020"},
+                                                  {Variant(-kInf), "-inf"},
+                                                  {Variant(kNan), "nan"},
+                                                  {Variant(5e-324), "4.94065645841247e-324"}};
+  for (const auto& [value, text] : rows) EXPECT_EQ(TextOrError([&value = value] { return value.ToString(); }), text);
 }
 
 TEST(VariantText, IsReadByTheRuleOfTheType) {
@@ -100,37 +92,24 @@ TEST(VariantText, IsReadByTheRuleOfTheType) {
        {Case{"42", "GuidConversionException: Conversion of guid '42' failed."}}},
       {"0", {Case{"-99999999999", "-2147483648"}}},
       {"0", {Case{"18446744073709551615", "9223372036854775807"}, Case{"-1", "18446744073709551615"}}}};
-  std::set<std::type_index> types;
   for (std::uint8_t tag = 0; tag < std::size(rows); ++tag) {
     SCOPED_TRACE(int{tag});
     Variant value = Variant::Create(tag);
-    types.insert(value.GetTypeInfo());
     EXPECT_EQ(value.ToString(), rows[tag].initial);
     for (const auto& [text, read] : rows[tag].cases) {
       const auto convert = [&value, &text = text] { return value.FromString(text), value.ToString(); };
       EXPECT_EQ(TextOrError(convert), read) << text;
     }
   }
-  EXPECT_EQ(types.size(), kVariantTypeCount) << "also of tags 7 and 19, and of 8 and 20";
 }
 
-TEST(VariantConversion, FollowsTheRuleOfSourceAndTarget) {
-  const auto targets = [](const Variant& value) {
-    const std::string flag = TextOrError([&] { return std::to_string(value.To<bool>()); });
-    return std::to_string(value.To<unsigned char>()) + ' ' + flag + ' ' + std::to_string(value.To<std::uint32_t>()) +
-           ' ' + std::to_string(value.To<std::uint64_t>()) + ' ' + value.To<std::string>();
-  };
-  EXPECT_EQ(targets(Variant('\xFE')), "254 1 4294967294 18446744073709551614 -2");
-  EXPECT_EQ(targets(Variant(static_cast<signed char>(-2))), "254 1 4294967294 18446744073709551614 \xFE");
-  EXPECT_EQ(targets(Variant(std::int16_t{-256})), "0 1 4294967040 18446744073709551360 -256");
-  EXPECT_EQ(targets(Variant(std::uint32_t{0xFFFFFFFF})), "255 1 4294967295 4294967295 4294967295");
-  EXPECT_EQ(targets(Variant(std::int64_t{0x100000000})), "0 1 0 4294967296 4294967296");
-  EXPECT_EQ(targets(Variant(-1.5f)), "255 1 4294967295 18446744073709551615 -1.5");
-  EXPECT_EQ(targets(Variant(kNan)), "0 1 0 9223372036854775808 nan");
-  EXPECT_EQ(targets(Variant(2147483648.0)), "0 1 2147483648 2147483648 2147483648.");
-  EXPECT_EQ(targets(Variant(9223372036854777856.0)), "0 1 0 9223372036854777856 9.22337203685478e+018");
-  EXPECT_EQ(targets(Variant("300")), "44 StringConversionException: Failed to convert [300] into [bool] 300 300 300");
-  EXPECT_EQ(Variant("\u00E4").To<std::u16string>(), u"\u00E4");
+TEST(VariantConversion, OfFloatingPointBeyondTheTargetIsWhatTheProcessorGives) {
+  for (const auto& [number, narrow, wide] : {std::tuple(kNan, 0u, 0x8000000000000000u),
+                                             {9223372036854777856.0, 0u, 9223372036854777856u},
+                                             {2147483648.0, 2147483648u, 2147483648u}}) {
+    EXPECT_EQ(Variant(number).To<std::uint32_t>(), narrow);
+    EXPECT_EQ(Variant(number).To<std::uint64_t>(), wide);
+  }
   EXPECT_EQ(Variant(static_cast<signed char>(-2)).To<std::u16string>(), u"\uFFFD");
   EXPECT_EQ(Variant(u"1\0002"s).To<std::u16string>(), u"1\0002"s);
 }
@@ -182,7 +161,6 @@ TEST(VariantStream, IsWrittenAndReadInItsTwoForms) {
   for (const auto& [tag, payload, form, source] :
        {std::tuple(vtInt, "\1\2\3\4"s, "\1\2\3\4"s, "\1\2\3\4"s),
         std::tuple(vtString, "ab\0"s, "\2\0\0\0ab\0"s, "\3\0\0\0ab\xFF"s),
-        std::tuple(vtString, "\0"s, "\0\0\0\0\0"s, "\1\0\0\0\0"s),
         std::tuple(vtWString, "a\0b\0\0\0"s, "\4\0\0\0a\0b\0\0\0"s, "\7\0\0\0a\0b\0\0\0\xFF"s),
         std::tuple(vtBlobPtr, "\1\2"s, "\2\0\0\0\1\2"s, "\2\0\0\0\1\2"s)}) {
     SCOPED_TRACE(tag);
@@ -198,6 +176,8 @@ TEST(VariantStream, IsWrittenAndReadInItsTwoForms) {
       EXPECT_TRUE(tag != vtBlobPtr || value.GetIf<BlobPtr>()->IsShared());
     }
     EXPECT_TRUE(reader.GetRemaining() == 1 && other.bytes == "!");
+    EXPECT_EQ(ErrorOf([&] { FromRaw(tag, payload).WriteToStream(reader); }),
+              "IKestrelStream::IKestrelStreamException: RawReader - write not allowed");
   }
 }
 
@@ -242,9 +222,6 @@ TEST(BlobValue, PointsIntoItsSourceUntilItOwnsItsBytesAndNowhereFromText) {
   value.OwnBytes();
   source[0] = 'y';
   EXPECT_EQ(Raw(Variant(value)), "xbc");
-  BlobPtr shared = BlobPtr::AllocateShared(1);
-  shared.Refer(source.data(), 2);
-  EXPECT_FALSE(shared.IsShared()) << "no count lies before bytes of somebody else";
   value.FromString("blobptr 4 4096");
   Variant unreadable(value);
   unreadable.OwnBytes();
@@ -252,7 +229,6 @@ TEST(BlobValue, PointsIntoItsSourceUntilItOwnsItsBytesAndNowhereFromText) {
   EXPECT_EQ(unreadable.ToString(), "blobptr 40000000000001000");
   EXPECT_EQ(ErrorOf([&] { Raw(unreadable); }), kBadPointer);
   EXPECT_EQ(ErrorOf([&] { unreadable.WriteToStream(stream); }), kBadPointer);
-  EXPECT_EQ(stream.bytes, "");
 }
 
 std::string AddressOf(const ReferenceCounted* object) {
