@@ -6,39 +6,37 @@
 
 namespace {
 
+/// Never destroyed: the library writes lines while it is unloaded.
 struct Recorded {
-  std::mutex lock;
-  std::vector<std::u16string> wide;
-  std::vector<std::string> narrow;
+  std::unique_lock<std::mutex> guard;
+  std::vector<std::u16string>& wide;
+  std::vector<std::string>& narrow;
 };
 
-// Never destroyed: the library writes lines while it is unloaded.
-Recorded& Calls() {
-  static Recorded* const calls = new Recorded;
-  return *calls;
+Recorded Calls() {
+  static auto* const lock = new std::mutex;
+  static auto* const wide = new std::vector<std::u16string>;
+  static auto* const narrow = new std::vector<std::string>;
+  return {std::unique_lock(*lock), *wide, *narrow};
 }
 
 }  // namespace
 
 void platform::OutputDebugStringW(const char16_t* text) {
-  const std::lock_guard guard(Calls().lock);
   Calls().wide.emplace_back(text);
 }
 void platform::OutputDebugStringA(const char* text) {
-  const std::lock_guard guard(Calls().lock);
   Calls().narrow.emplace_back(text);
 }
 
 std::vector<std::u16string> fakes::DebuggerLines() {
-  const std::lock_guard guard(Calls().lock);
   return Calls().wide;
 }
 std::vector<std::string> fakes::NarrowDebuggerLines() {
-  const std::lock_guard guard(Calls().lock);
   return Calls().narrow;
 }
 void fakes::ClearDebuggerLines() {
-  const std::lock_guard guard(Calls().lock);
-  Calls().wide.clear();
-  Calls().narrow.clear();
+  const Recorded calls = Calls();
+  calls.wide.clear();
+  calls.narrow.clear();
 }

@@ -177,7 +177,6 @@ bool FreeLibrary(ModuleHandle) {
   return TheSystem().Call("", "free");
 }
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units) {
-  if (TheSystem().failing.contains("GetSystemDirectoryW")) return 0;
   return Put(Terminated(TheSystem().systemDirectory), path, &units) ? units - 1 : units;
 }
 std::string UndecoratedTypeName(const std::type_info&) {
