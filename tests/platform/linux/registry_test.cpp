@@ -18,11 +18,11 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// The value "V" below the key A\B of a file that holds these lines.
+/// The value "V" below the key A\Bc of a file that holds these lines.
 std::optional<RegistryValue> ValueIn(const std::string& lines) {
   const RegistryKeys keys =
-      ParseRegistryFile("Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\A\\B]\r\n" + lines);
-  const auto key = keys.find(u"A\\B");
+      ParseRegistryFile("Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\A\\Bc]\r\n" + lines);
+  const auto key = keys.find(u"A\\BC");
   const RegistryValue* const value = key == keys.end() ? nullptr : FindValue(key->second, u"v");
   return value ? std::optional(*value) : std::nullopt;
 }
@@ -43,7 +43,7 @@ TEST(RegistryFile, ValuesOfAllFormsAreRead) {
       {"continued", "\"V\"=hex:01,\\\r\n  02,\\\r\n  03\r\n\"W\"=\"\"", REG_BINARY, {1, 2, 3}},
       {"indented", "; \"V\"=dword:9\n\t \"V\" = dword:2 \n", REG_DWORD, {2, 0, 0, 0}},
       {"last one counts", "\"V\"=dword:1\n\"v\"=dword:2", REG_DWORD, {2, 0, 0, 0}},
-      {"behind bad lines", "\"V\n=\n[broken\n[hkey_local_machine\\a\\b]\n\"V\"=dword:4", REG_DWORD, {4, 0, 0, 0}},
+      {"behind bad lines", "\"V\n=\n[broken\n[hkey_local_machine\\a\\bc]\n\"V\"=dword:4", REG_DWORD, {4, 0, 0, 0}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -58,10 +58,10 @@ TEST(RegistryFile, WhatIsMalformedOrElsewhereIsSkipped) {
   for (const char* lines :
        {"\"V\"=dword:", "\"V\"=dword:123456789", "\"V\"=dword:1x", "\"V\"=hex:1,2,xx", "\"V\"=hex(:1", "\"V\"=hex(2:1",
         "\"V\"=\"open", "\"V\"=\"a\"b", "\"V\"=\"a\\", "\"V\"", "\"V=dword:1", "V=dword:1", "\"V\"=other:1",
-        "[HKEY_CURRENT_USER\\A\\B]\n\"V\"=dword:1", "[HKEY_LOCAL_MACHINES\\A\\B]\n\"V\"=dword:1",
+        "[HKEY_CURRENT_USER\\A\\Bc]\n\"V\"=dword:1", "[HKEY_LOCAL_MACHINES\\A\\Bc]\n\"V\"=dword:1",
         "\"V\"=dword:1\n\"V\"=-", "\"V\"=dword:1\n[-HKEY_LOCAL_MACHINE\\A]", "[HKEY_LOCAL_MACHINE\\A\n\"V\"=dword:1"})
     EXPECT_FALSE(ValueIn(lines)) << lines;
-  EXPECT_TRUE(ValueIn("\"V\"=dword:1\n[-HKEY_LOCAL_MACHINE\\A\\Bc]"));
+  EXPECT_TRUE(ValueIn("\"V\"=dword:1\n[-HKEY_LOCAL_MACHINE\\A\\B]"));
 }
 
 TEST(RegistryFile, Utf16IsReadBehindItsByteOrderMark) {
