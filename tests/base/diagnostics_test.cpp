@@ -93,7 +93,6 @@ Bytes TextBytes(const std::string& text) {
 TEST_F(Diagnostics, RegistryValuesAreNumbersByTheRulesOfTheirType) {
   using Number = std::optional<std::uint32_t>;
   const std::tuple<std::uint32_t, Number, Bytes> rows[] = {
-      {REG_DWORD_BIG_ENDIAN, 0x84030201, {0x84, 3, 2, 1}},
       {REG_QWORD, 0x80000000, {0, 0, 0, 0x80, 0xFF, 0xFF, 0xFF, 0xFF}},
       {REG_QWORD, {}, {0, 0, 0, 0x80, 0, 0, 0, 0}},
   };
@@ -194,7 +193,6 @@ TEST_F(Diagnostics, OutputTargetsFollowTheMask) {
   EXPECT_EQ(streamer->SetOutputTargets(0xFFFFFFFF, otmReplace), 31u);
   EXPECT_FALSE(streamer->OpenOutputFile((file / "no" / "such").u16string().c_str()));
   Say(dolError, dotFile);  // a file that was never opened
-  EXPECT_EQ(History().size(), 1u);
   EXPECT_EQ(streamer->SetOutputTargets(0, otmReplace), 0u);
   EXPECT_FALSE(streamer->OpenOutputFile(file.u16string().c_str()));  // without any target none is created
   Say(dolError, dotDebugWindow | dotConsole);
@@ -295,7 +293,6 @@ TEST(EventLogAddOnDeathTest, IsReportedAndNotUsed) {
   const auto yes = [] { return true; };
   const auto no = [] { return false; };
   EXPECT_EXIT(writeTwoEvents(u"other.dll", yes), success, load + Address("") + ";$");
-  EXPECT_EXIT(writeTwoEvents(u"EventLogOutput.dll", nullptr), success, found + "$");
   EXPECT_EXIT(writeTwoEvents(u"EventLogOutput.dll", no), success, found + "$");
   EXPECT_EXIT(writeTwoEvents(u"EventLogOutput.dll", yes), success, found + functions + "$");
 }

@@ -94,8 +94,10 @@ TEST(BufferPool, GivesEachBufferToOneThread) {
   const auto use = [](char letter) {
     for (std::size_t i = 0; i < 2000; ++i) {
       const std::string block(i % 3 == 0 ? 50000 : 100, letter);
-      const auto a = CreateBuffer(block.data(), block.size()), b = a, c = GetBuffer(SmallBufferList);
-      c->Append("0123456789", 10);
+      const auto a = CreateBuffer(block.data(), block.size()), b = a;
+      ReferencePointer<Buffer> c;
+      std::memcpy(ReserveAtEnd(c, 10), "0123456789", 10);
+      if (ReserveAtEnd(c, 5) != c->GetData() || c->GetLength() != 5) return false;
       if (std::memcmp(a->GetData(), block.data(), block.size()) != 0 || a->GetLength() != block.size()) return false;
     }
     return true;

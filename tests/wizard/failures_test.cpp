@@ -56,8 +56,6 @@ const FailureRow kRows[] = {
     // A failing command reaches the wizard where exceptions do, and its reply is released all the same.
     {"List", Function::kSend, kRecord, kRecordText, kSendAll},
     {"Mac", Function::kSend, kRecord, "ok", kSendAll},
-    {"Info", Function::kSend, kRecord, "ok", kSendAll},
-    {"Bare", Function::kSend, kRecord, "ok", kSendAll},
     {"Type1", Function::kSend, kRecord, "0", kSendAll},
     {"Type4", Function::kSend, kRecord, "0", kSendAll},
     {"Throw", Function::kSend, kRecord, "0", "create destroy"},  // the wizard's camera throws, and nothing is sent
