@@ -67,7 +67,7 @@ std::uint8_t IPCFinderCameraInfo::IsDhcpEnabled() {
 }
 
 BSTR IPCFinderCameraInfo::GetPluginName() {
-  return TextForWizard(record_.pluginNames.empty() ? "UNKNOWN" : record_.pluginNames.front());
+  return record_.pluginNames.empty() ? TextForWizard("UNKNOWN") : TextForWizard(record_.pluginNames.front());
 }
 
 std::uint8_t IPCFinderCameraInfo::HasDeviceFlag17() {
