@@ -52,6 +52,14 @@ TEST(FinderMessages, AreWhatWasRecorded) {
   const auto request = EncodeRequest(written);
   EXPECT_EQ(Bytes(request->GetBytes().begin(), request->GetBytes().end()), ReadSample("request-network-type1.bin"));
   EXPECT_EQ(MessageIn("request-bare.bin", MacAddressMessage{"kept"}).mac, "kept");
+
+  Kestrel::ValueList pushed;
+  CameraListMessage cameras{ReadCameraReply(ReadSample("reply-list-3.bin"))}, read;
+  Serialize(pushed, Direction::kWrite, cameras);
+  Serialize(pushed, Direction::kRead, read);
+  std::uint32_t code = 0;
+  EXPECT_TRUE(pushed.Get(kCommandKey, code) && code == 3);
+  EXPECT_EQ(read.cameras, cameras.cameras);
 }
 
 TEST(FinderRequest, IsRefusedWhenCutOrNotOurs) {

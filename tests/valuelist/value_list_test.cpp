@@ -96,8 +96,20 @@ TEST(ValueListGet, TakesTheFirstOfANameAndLeavesTheOutputWithoutOne) {
   std::uint32_t number = 9;
   EXPECT_FALSE(list.Get("N", number) || list.Get("", number) || number != 9);
   EXPECT_TRUE(list.Get("n", number) && number == 42);
+  std::uint8_t byte = 9;
+  std::uint64_t wide = 9;
+  bool truth = false;
+  list.Get("none", byte);
+  list.Get("none", wide);
+  list.Get("none", truth);
+  EXPECT_TRUE(byte == 9 && wide == 9 && !truth);
+  list.Add("t", "1");
+  list.Get("n", byte);
+  list.Get("n", wide);
+  list.Get("t", truth);
+  EXPECT_TRUE(byte == 42 && wide == 42 && truth);
   list.Read(*Holding(Hex("56 4C 49 53  06 0A000000  01000000  07 FFFFFFFF  02 07")));  // appends, with any type of name
-  EXPECT_TRUE(list.GetName() == "10" && list.Get("-1", number) && number == 7 && list.GetEntries().size() == 4);
+  EXPECT_TRUE(list.GetName() == "10" && list.Get("-1", number) && number == 7 && list.GetEntries().size() == 5);
   const auto untouched = Holding("x");
   ReferencePointer<Buffer> out = untouched;
   list.GetBinaryData("x", out);
