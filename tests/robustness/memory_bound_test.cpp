@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::string_literals;
 
-/// A little-endian number.
+/// A little-endian number of at most 8 bytes.
 std::string Number(std::uint64_t value, int bytes) {
   std::string text;
   for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> 8 * i);
@@ -76,7 +76,7 @@ const GeneratorRow kGenerators[] = {
      }},
     {"ACountThatLies", 3,
      [](std::size_t n) { return kCameraChunk + kUnnamed + Number(~0U, 4) + std::string(n, '\0'); }},
-    {"ManyChunks", 7, [](std::size_t n) { return Repeated(Number(10, 4) + Number(0, 10), n); }},
+    {"ManyChunks", 7, [](std::size_t n) { return Repeated(Number(10, 4) + Number(0, 8) + Number(0, 2), n); }},
     {"ManySingleValues", 2,
      [](std::size_t n) {
        return Repeated(Number(7, 4) + Number(24, 8) + Number(1, 8) + Number(8, 8) + Number(1, 8), n);
