@@ -11,7 +11,7 @@ using Reload = WizardTest;
 
 TEST_F(Reload, AThousandLoadsWithADeliveryEachLeaveNothingBehind) {
   const Bytes block = SampleOfType(3);
-  const std::ptrdiff_t threads = GetProcessUse().threads;
+  std::ptrdiff_t threads = 0;  // after the first: a sanitizer starts one of its own with the first that it sees
   dbi.SetReply(ReadSample("reply-list-3.bin"));
   for (int i = 0; i < 1000; ++i) {
     CountingCallback callback;
@@ -27,6 +27,7 @@ TEST_F(Reload, AThousandLoadsWithADeliveryEachLeaveNothingBehind) {
     ASSERT_FALSE(FinderLibrary::IsLoaded());
     ASSERT_EQ(callback.count, 1);
     ASSERT_EQ(callback.references, 0U);
+    if (i == 0) threads = GetProcessUse().threads;
     ASSERT_EQ(GetProcessUse().threads, threads);
     dbi.ForgetCalls();
   }
