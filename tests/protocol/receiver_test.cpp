@@ -2,6 +2,7 @@
 
 #include <new>
 #include <thread>
+#include <utility>
 
 #include "platform/threads.h"
 #include "protocol/camera_data_callback.h"
@@ -47,11 +48,15 @@ TEST(Receiver, HandsOnlyItsOwnBlocksOverAndOnlyWhileTheWizardIsThere) {
   EXPECT_EQ(wizard.references, 1U);
   refuseHandOvers = false;
   push(2);
-  EXPECT_EQ(wizard.delivered,
+  EXPECT_EQ(std::exchange(wizard.delivered, ""),
             "||||||AC:CC:8E:00:00:08|&!*KVMR*9%|&!*KVMR*9%|UNKNOWN||100007|24|0|18446744073709551615 kind 4 type 24");
+  wizard.releaseThrows = true;
+  push(2);  // what the wizard throws there reaches nobody
+  wizard.releaseThrows = false;
+  EXPECT_EQ(wizard.references, 1U);
   receiver->OnDetach();
   push(2);
-  EXPECT_EQ(handOvers, before + 1);
+  EXPECT_EQ(handOvers, before + 2);
   EXPECT_EQ(wizard.references, 0U);
 }
 

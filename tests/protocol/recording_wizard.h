@@ -21,7 +21,11 @@ std::string Show(ICameraInfo& camera);
 struct RecordingWizard : INewCameraDataCallback {
   HRESULT QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }
   std::uint32_t AddRef() override { return ++references; }
-  std::uint32_t Release() override { return --references; }
+  std::uint32_t Release() override {
+    const std::uint32_t left = --references;
+    if (releaseThrows) throw left;
+    return left;
+  }
   HRESULT PictureReceived(const std::uint8_t* picture, std::uint64_t byteCount, BSTR cameraText) override {
     lastPicture = picture;
     return Note(Kestrel::TakeBstrAsUtf8(cameraText) + " picture " + std::to_string(byteCount));
@@ -44,6 +48,7 @@ struct RecordingWizard : INewCameraDataCallback {
   const std::uint8_t* lastPicture = nullptr;
   std::function<void()> onCall = [] {};  ///< runs inside every call, after it is noted
   std::atomic<std::uint32_t> references{0};
+  bool releaseThrows = false;
 };
 
 }  // namespace Tarn::CameraFinding
