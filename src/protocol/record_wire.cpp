@@ -144,6 +144,7 @@ std::size_t ReadUsualFirstRecord(std::span<const std::uint8_t> bytes, CameraReco
 }  // namespace
 
 void WriteRecord(Kestrel::ValueList& list, const CameraRecord& record) {
+  list.Reserve(std::size(kRecordKeys));
   ForEachMember(record, [&](auto row, const auto& value) {
     constexpr std::string_view key = kRecordKeys[row].key;
     if constexpr (std::is_same_v<decltype(value), const std::vector<std::string>&>)

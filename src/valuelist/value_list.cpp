@@ -92,7 +92,7 @@ void ValueList::Add(std::string_view name, std::uint64_t value) {
   AddVariant(name, Variant(value));
 }
 void ValueList::AddVariant(std::string_view name, Variant value) {
-  entries_.push_back(ValueListEntry{std::string(name), std::move(value)});
+  entries_.emplace_back(name, std::move(value));
 }
 
 void ValueList::AddBinaryData(std::string_view name, const ReferencePointer<Buffer>& buffer) {
@@ -163,7 +163,7 @@ void ValueList::Read(Buffer& buffer, BlobBytes blobBytes) {
     const std::uint8_t tag = buffer.ReadUInt8();
     Variant value = ReadRecord(buffer, tag);
     if (blobBytes == BlobBytes::kOwn) value.OwnBytes();
-    entries_.push_back(ValueListEntry{std::move(name), std::move(value)});
+    entries_.emplace_back(std::move(name), std::move(value));
   }
 }
 

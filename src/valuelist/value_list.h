@@ -29,6 +29,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/reference_counting.h"
@@ -41,6 +42,10 @@ namespace Kestrel {
 inline constexpr std::uint32_t ValueListIdentifier = 0x53494C56;
 
 struct ValueListEntry {
+  template <class Text>
+  ValueListEntry(Text&& entryName, Variant&& entryValue)
+      : name(std::forward<Text>(entryName)), value(std::move(entryValue)) {}
+
   std::string name;
   Variant value;
 };
@@ -51,6 +56,8 @@ class ValueList {
   void SetName(std::string_view name) { name_ = name; }
   const std::vector<ValueListEntry>& GetEntries() const { return entries_; }
 
+  /// Makes room for that many entries more.
+  void Reserve(std::size_t more) { entries_.reserve(entries_.size() + more); }
   /// Each appends one entry; a name may occur more than once.
   void Add(std::string_view name, std::uint32_t value);
   void Add(std::string_view name, std::string_view value);
