@@ -24,8 +24,8 @@ ModuleHandle GetModuleHandleW(const char16_t* name);
 void* GetProcAddress(ModuleHandle module, const char* name);
 bool FreeLibrary(ModuleHandle module);
 /// Keeps the module that this code is in loaded until the process ends, whoever frees it. False where that fails, and
-/// in the executable, which needs it not.
-bool KeepThisModuleLoaded();
+/// in the executable, which is never unloaded. Does not throw: it runs in destructors.
+bool KeepThisModuleLoaded() noexcept;
 /// Length without the NUL, the room needed where that is too small, 0 on failure.
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units);
 

@@ -170,7 +170,7 @@ void* GetProcAddress(ModuleHandle, const char* name) {
   const auto function = TheSystem().functions.find(name);
   return function == TheSystem().functions.end() ? nullptr : function->second;
 }
-bool KeepThisModuleLoaded() {
+bool KeepThisModuleLoaded() noexcept {
   return false;
 }
 bool FreeLibrary(ModuleHandle) {

@@ -96,18 +96,16 @@ TEST(ValueListGet, TakesTheFirstOfANameAndLeavesTheOutputWithoutOne) {
   std::uint32_t number = 9;
   EXPECT_FALSE(list.Get("N", number) || list.Get("", number) || number != 9);
   EXPECT_TRUE(list.Get("n", number) && number == 42);
-  std::uint8_t byte = 9;
-  std::uint64_t wide = 9;
+  std::uint8_t byte = 0;
+  std::uint64_t wide = 0;
   bool truth = false;
-  list.Get("none", byte);
-  list.Get("none", wide);
-  list.Get("none", truth);
-  EXPECT_TRUE(byte == 9 && wide == 9 && !truth);
   list.Add("t", "1");
-  list.Get("n", byte);
-  list.Get("n", wide);
-  list.Get("t", truth);
-  EXPECT_TRUE(byte == 42 && wide == 42 && truth);
+  for (const char* const name : {"n", "none"}) {
+    list.Get(name, byte);
+    list.Get(name, wide);
+    list.Get(name == "n"s ? "t" : name, truth);
+    EXPECT_TRUE(byte == 42 && wide == 42 && truth) << name;
+  }
   list.Read(*Holding(Hex("56 4C 49 53  06 0A000000  01000000  07 FFFFFFFF  02 07")));  // appends, with any type of name
   EXPECT_TRUE(list.GetName() == "10" && list.Get("-1", number) && number == 7 && list.GetEntries().size() == 5);
   const auto untouched = Holding("x");

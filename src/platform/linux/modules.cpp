@@ -123,9 +123,9 @@ bool FreeLibrary(ModuleHandle module) {
   return Failed<bool>(ERROR_INVALID_HANDLE);
 }
 
-bool KeepThisModuleLoaded() {
-  const ModuleHandle module = ModuleContaining(&socketModule);
-  void* const kept = module ? dlopen(PathOf(module).c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE) : nullptr;
+bool KeepThisModuleLoaded() noexcept {
+  const auto* const entry = static_cast<const link_map*>(ModuleContaining(&socketModule));
+  void* const kept = entry ? dlopen(entry->l_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE) : nullptr;
   return kept && dlclose(kept) == 0;
 }
 

@@ -48,7 +48,7 @@ bool FreeLibrary(ModuleHandle module) {
   return ::FreeLibrary(Module(module)) != FALSE;
 }
 
-bool KeepThisModuleLoaded() {
+bool KeepThisModuleLoaded() noexcept {
   HMODULE module = nullptr;
   return ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
                               reinterpret_cast<const wchar_t*>(&KeepThisModuleLoaded), &module) != FALSE;
