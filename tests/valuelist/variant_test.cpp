@@ -44,11 +44,6 @@ TEST(VariantText, IsWrittenInTheFormOfTheType) {
   const std::pair<Variant, std::string> rows[] = {{Variant(platform::FileTime{0, 0xFFFFFFFF}), kNoText},
                                                   {Variant(u"\u00E4\0b"s), "\u00E4"},
                                                   {Variant(static_cast<unsigned char>(200)), "200"},
-                                                  {Variant('A'), "65"},
-                                                  {Variant(std::uint16_t{65535}), "65535"},
-                                                  {Variant(std::int32_t{-5}), "-5"},
-                                                  {Variant(VariantLong{-6}), "-6"},
-                                                  {Variant(std::int64_t{-7}), "-7"},
                                                   {Variant(BlobPtr()), "blobptr 00000000000000000"},
                                                   {Variant(-kNan), "-nan(ind)"},
                                                   {Variant(0.05), "5.e-002"},
@@ -71,7 +66,9 @@ TEST(VariantText, IsReadByTheRuleOfTheType) {
     std::string initial;  ///< the text of a new value
     std::vector<Case> cases;
   } rows[] = {
-      {"0", {Case{" \t1x", "1"}, Case{"+00", "0"}, Case{"2", notBool + "2] into [bool]"}}},
+      {"0",
+       {Case{" \t1x", "1"}, Case{"+00", "0"}, Case{"2", notBool + "2] into [bool]"},
+        Case{"", notBool + "] into [bool]"}}},
       {"0", {Case{"255", "-1"}}},
       {"0", {Case{" 300.5", "44"}, Case{"99999999999", "255"}}},
       {"\0"s, {Case{"65", "A"}}},
@@ -82,17 +79,23 @@ TEST(VariantText, IsReadByTheRuleOfTheType) {
       {"0", {Case{"-9223372036854775809", "-9223372036854775808"}}},
       {"0.",
        {Case{" -1.5e1x", "-15."}, Case{".5", "0.5"}, Case{"0x10", "0."}, Case{"1e", notBool + "1e" + notFloat},
-        Case{"1e39", notBool + "1e39" + notFloat}, Case{"+-1", notBool + "+-1" + notFloat}}},
+        Case{"1e39", notBool + "1e39" + notFloat}, Case{"1E", notBool + "1E" + notFloat}, Case{"", notBool + notFloat},
+        Case{".", notBool + "." + notFloat}, Case{"+-1", notBool + "+-1" + notFloat}}},
       {"0.",
        {Case{"\n+2.5,", "2.5"}, Case{"+-1", "0."}, Case{"-1e400", "-inf"}, Case{"1" + zeros, "inf"},
-        Case{"0x1.8p3", "12."}, Case{"0x1" + zeros + "p-500", "inf"}, Case{"0X.8", "0.5"}, Case{"0xAp-2000", "0."},
-        Case{"0xFP2000", "inf"}, Case{"0xg", "0."}, Case{"0x.g", "0."}, Case{"0." + zeros + "1", "0."},
-        Case{"0." + zeros + "1e500", "1.e+099"}, Case{"1e-400", "0."}, Case{"1E9999999999", "inf"}, Case{"", "0."}}},
+        Case{"0x1.8p3", "12."}, Case{"0x1" + zeros + "p-500", "inf"}, Case{"0X.8", "0.5"}, Case{"0x.F", "0.9375"},
+
+        Case{"0x", "0."}, Case{"0x.", "0."}, Case{"0xAp-2000", "0."}, Case{"0xFP2000", "inf"},
+
+        Case{"0." + zeros + "1", "0."}, Case{"0." + zeros + "1e500", "1.e+099"},
+
+        Case{"1E9999999999", "inf"}, Case{"", "0."}}},
       {"", {Case{" a\0b"s, " a\0b"s}}},
       {"", {Case{"\u00E4", "\u00E4"}}},
       {"binarydata 0 ",
        {Case{"binarydata 2 QUJD", "binarydata 2 QUI="}, Case{" binarydata\t4\nQUJD x", "binarydata 4 QUJDAA=="},
-        Case{"binarydata x", "binarydata 0 "},
+        Case{"binarydata x", "binarydata 0 "}, Case{"binarydata 4294967296 QQ==", "binarydata 0 "},
+        Case{"binarydata -4294967296 QQ==", "binarydata 0 "},
         Case{"binarydata 65537 QQ==",
              kNoValue + "Tried to convert string to BinaryData: std::string = binarydata 65537 QQ=="s}}},
       {"blobptr 00000000000000000",
@@ -176,6 +179,7 @@ TEST(VariantStream, IsWrittenAndReadInItsTwoForms) {
        {std::tuple(vtInt, "\1\2\3\4"s, "\1\2\3\4"s, "\1\2\3\4"s),
         std::tuple(vtString, "ab\0"s, "\2\0\0\0ab\0"s, "\3\0\0\0ab\xFF"s),
         std::tuple(vtWString, "a\0b\0\0\0"s, "\4\0\0\0a\0b\0\0\0"s, "\7\0\0\0a\0b\0\0\0\xFF"s),
+        std::tuple(vtBinaryData, ""s, "\0\0\0\0"s, "\0\0\0\0"s),
         std::tuple(vtBlobPtr, "\1\2"s, "\2\0\0\0\1\2"s, "\2\0\0\0\1\2"s)}) {
     SCOPED_TRACE(tag);
     const std::string bytes = source + "!";
