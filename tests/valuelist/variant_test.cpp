@@ -84,12 +84,9 @@ TEST(VariantText, IsReadByTheRuleOfTheType) {
       {"0.",
        {Case{"\n+2.5,", "2.5"}, Case{"+-1", "0."}, Case{"-1e400", "-inf"}, Case{"1" + zeros, "inf"},
         Case{"0x1.8p3", "12."}, Case{"0x1" + zeros + "p-500", "inf"}, Case{"0X.8", "0.5"}, Case{"0x.F", "0.9375"},
-
         Case{"0x", "0."}, Case{"0x.", "0."}, Case{"0xAp-2000", "0."}, Case{"0xFP2000", "inf"},
-
-        Case{"0." + zeros + "1", "0."}, Case{"0." + zeros + "1e500", "1.e+099"},
-
-        Case{"1E9999999999", "inf"}, Case{"", "0."}}},
+        Case{"0." + zeros + "1", "0."}, Case{"0." + zeros + "1e500", "1.e+099"}, Case{"1E9999999999", "inf"},
+        Case{"", "0."}}},
       {"", {Case{" a\0b"s, " a\0b"s}}},
       {"", {Case{"\u00E4", "\u00E4"}}},
       {"binarydata 0 ",
