@@ -42,6 +42,7 @@ namespace Kestrel {
 inline constexpr std::uint32_t ValueListIdentifier = 0x53494C56;
 
 struct ValueListEntry {
+  /// entryName: what a std::string is made from.
   template <class Text>
   ValueListEntry(Text&& entryName, Variant&& entryValue)
       : name(std::forward<Text>(entryName)), value(std::move(entryValue)) {}
