@@ -34,13 +34,17 @@ function(tarn_layer name)
   target_link_libraries(tarn_${name} PUBLIC ${arg_DEPENDS} PRIVATE tarn_options)
 endfunction()
 
-# tarn_test(NAME SOURCES … LIBRARIES …): a GoogleTest program. Link-time fakes of the platform layer go into SOURCES: an
+# tarn_test(NAME [DEATH_TESTS] SOURCES … LIBRARIES …): a GoogleTest program. Link-time fakes of the platform layer go into SOURCES: an
 # object file of the program comes before the layer's archive.
 function(tarn_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "DEATH_TESTS" "" "SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} tarn_options GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+  if(arg_DEATH_TESTS)
+    # They start the program again and catch what it prints in the temporary folder: one program at a time.
+    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK death_tests)
+  endif()
 endfunction()
