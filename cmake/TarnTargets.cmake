@@ -34,8 +34,8 @@ function(tarn_layer name)
   target_link_libraries(tarn_${name} PUBLIC ${arg_DEPENDS} PRIVATE tarn_options)
 endfunction()
 
-# tarn_test(NAME [DEATH_TESTS] SOURCES … LIBRARIES …): a GoogleTest program. Link-time fakes of the platform layer go into SOURCES: an
-# object file of the program comes before the layer's archive.
+# tarn_test(NAME [DEATH_TESTS] SOURCES … LIBRARIES …): a GoogleTest program. Link-time fakes of the platform layer go into
+# SOURCES: an object file of the program comes before the layer's archive.
 function(tarn_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "DEATH_TESTS" "" "SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
