@@ -1,11 +1,11 @@
 #include <benchmark/benchmark.h>
 
-#include "base/date_time_parser.h"
-#include "base/date_time_text.h"
 #include "base/guid.h"
 #include "base/text_conversion.h"
-#include "base/text_format.h"
+#include "diagnostics/text_format.h"
 #include "sample.h"
+#include "time/date_time_parser.h"
+#include "time/date_time_text.h"
 #include "valuelist/buffer_pool.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include <fstream>
 #include <string>
 
-#include "base/debug_out.h"
-#include "base/debug_out_settings.h"
-#include "base/debug_out_streamer.h"
+#include "diagnostics/debug_out.h"
+#include "diagnostics/debug_out_settings.h"
+#include "diagnostics/debug_out_streamer.h"
 #include "sample.h"
 
 namespace {

@@ -4,12 +4,12 @@
 #include <cstdio>
 #include <exception>
 
-#include "base/debug_out.h"
-#include "base/debug_out_settings.h"
-#include "base/debug_out_streamer.h"
-#include "base/event_log.h"
-#include "base/network_startup.h"
 #include "base/text_conversion.h"
+#include "diagnostics/debug_out.h"
+#include "diagnostics/debug_out_settings.h"
+#include "diagnostics/debug_out_streamer.h"
+#include "diagnostics/event_log.h"
+#include "diagnostics/network_startup.h"
 
 namespace {
 

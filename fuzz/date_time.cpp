@@ -1,10 +1,10 @@
 #include <cstring>
 #include <string>
 
-#include "base/date_time_parser.h"
-#include "base/date_time_text.h"
 #include "base/exceptions.h"
 #include "fuzz_target.h"
+#include "time/date_time_parser.h"
+#include "time/date_time_text.h"
 
 /// What parses has a text in both fixed forms that parses to the same.
 FUZZ_TARGET(input) {

@@ -1,4 +1,4 @@
-#include "base/registry_value.h"
+#include "diagnostics/registry_value.h"
 
 #include <string>
 

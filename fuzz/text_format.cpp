@@ -1,4 +1,4 @@
-#include "base/text_format.h"
+#include "diagnostics/text_format.h"
 
 #include <cstring>
 #include <string>

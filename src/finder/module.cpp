@@ -1,11 +1,11 @@
 /// Load and unload: the one object of the library that lives from the one to the other.
-#include "base/date_time.h"
-#include "base/debug_out_settings.h"
-#include "base/debug_out_streamer.h"
-#include "base/event_log.h"
 #include "base/exception_history.h"
-#include "base/network_startup.h"
+#include "diagnostics/debug_out_settings.h"
+#include "diagnostics/debug_out_streamer.h"
+#include "diagnostics/event_log.h"
+#include "diagnostics/network_startup.h"
 #include "platform/threads.h"
+#include "time/date_time.h"
 #include "valuelist/buffer_pool.h"
 
 namespace {

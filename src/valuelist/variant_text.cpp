@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "base/base64.h"
-#include "base/date_time_parser.h"
-#include "base/date_time_text.h"
 #include "base/exceptions.h"
 #include "base/text_conversion.h"
+#include "time/date_time_parser.h"
+#include "time/date_time_text.h"
 
 namespace Kestrel {
 namespace {

@@ -25,10 +25,10 @@
 #include <string_view>
 #include <type_traits>
 
-#include "base/date_time.h"
 #include "base/guid.h"
+#include "base/number_text.h"
 #include "platform/clock.h"
-#include "valuelist/number_text.h"
+#include "time/date_time.h"
 #include "valuelist/variant_payloads.h"
 #include "valuelist/variant_types.h"
 

@@ -10,9 +10,9 @@
 #include <type_traits>
 #include <typeinfo>
 
-#include "base/date_time.h"
 #include "base/guid.h"
 #include "platform/clock.h"
+#include "time/date_time.h"
 #include "valuelist/stream.h"
 #include "valuelist/variant_payloads.h"
 #include "valuelist/variant_types.h"

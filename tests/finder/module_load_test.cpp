@@ -1,7 +1,7 @@
 /// Load and unload of the library in this program: its one object, over a fake system.
 #include <gtest/gtest.h>
 
-#include "base/debug_out.h"
+#include "diagnostics/debug_out.h"
 #include "fakes/fake_debugger.h"
 #include "fakes/fake_system.h"
 // The object and its class are local to their file.

@@ -1,0 +1,30 @@
+#include "diagnostics/debug_out.h"
+
+#include <utility>
+
+#include "platform/debugger.h"
+#include "platform/threads.h"
+
+namespace Kestrel {
+
+void DebugOut::Begin(const char* source, std::uint32_t level, std::uint32_t flags) {
+  message_.reset(new Message{{platform::GetCurrentThreadId(), source, level}, flags, DebugOutStreamer::Get(), {}});
+}
+
+/// The settings may have come since the statement was created.
+void DebugOut::Finish() {
+  const std::unique_ptr<const Message> message = std::move(message_);
+  if (!message || !message->streamer->IsActive() || !Passes(message->record.source, message->record.level)) return;
+  if (DebugOutReadyMark::IsSet()) return message->streamer->Emit(message->record, message->text, message->flags);
+  platform::OutputDebugStringW(u"STATOUT: ");
+  if (!message->text.empty()) platform::OutputDebugStringW(message->text.c_str());
+}
+
+void DebugOut::FinishQuietly() {
+  try {
+    Finish();
+  } catch (...) {  // a destructor must not throw
+  }
+}
+
+}  // namespace Kestrel

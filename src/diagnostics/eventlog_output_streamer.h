@@ -1,0 +1,14 @@
+/// Lines for the system's event log.
+#pragma once
+
+#include "diagnostics/output_target.h"
+
+namespace Kestrel {
+
+class EventlogOutputStreamer final : public IDebugOutStreamerObject {
+ public:
+  /// Throws what EventLog::Write throws.
+  void Write(const DebugOutRecord& record, const std::u16string& text) override;
+};
+
+}  // namespace Kestrel

@@ -1,0 +1,66 @@
+#include "diagnostics/network_startup.h"
+
+#include <iterator>
+
+#include "diagnostics/debug_out.h"
+#include "diagnostics/registry_value.h"
+#include "platform/debugger.h"
+#include "platform/sockets.h"
+
+namespace Kestrel {
+namespace {
+
+constexpr std::uint32_t kReportTargets = dotConsole | dotDebugWindow | dotEventLog;
+
+DebugOut Report() {
+  return DebugOut("BUG", dolError, kReportTargets);
+}
+
+/// Null, and a line in the debugger, where the module has no such function.
+void* Import(platform::ModuleHandle module, const char* name, const char16_t* failure) {
+  void* const function = platform::GetProcAddress(module, name);
+  if (!function) platform::OutputDebugStringW(failure);
+  return function;
+}
+
+}  // namespace
+
+void ReadSocketSettings() {
+  const RegistryKey key(u"Software\\Vantrell\\Kestrel\\Socket");
+  if (key.ReadFourBytes(u"DisableTcpAck").value_or(0) != 0)
+    platform::OutputDebugStringW(u"TCP ACKNOWLEDGES ON SEND() DISABLED");
+}
+
+SocketStartup::SocketStartup() : succeeded_(platform::WSAStartup() == 0) {}
+
+SocketStartup::~SocketStartup() {
+  if (succeeded_) platform::WSACleanup();
+}
+
+AddressResolutionImport::AddressResolutionImport() {
+  char16_t directory[260];
+  const std::uint32_t length = platform::GetSystemDirectoryW(directory, std::size(directory));
+  if (length == 0 || length >= std::size(directory)) {
+    Report() << u"Call to GetSystemDirectoryA failed";  // the text that support looks for, whichever form is called
+    return;
+  }
+  path_ = std::u16string(directory, length) + u"\\ws2_32.dll";
+  module_ = platform::LoadLibraryExW(path_.c_str(), 0);
+  if (!module_) {
+    Report() << u"Failed to load " << path_;
+    return;
+  }
+  getAddrInfo_ = Import(module_, "GetAddrInfoW", u"Failed to import function: GetAddrInfoW");
+  freeAddrInfo_ = Import(module_, "FreeAddrInfoW", u"Failed to import function: FreeAddrInfoW");
+}
+
+AddressResolutionImport::~AddressResolutionImport() {
+  if (module_) platform::FreeLibrary(module_);
+}
+
+void LookUpHostName() {
+  if (const platform::ModuleHandle module = platform::GetModuleHandleW(u"Ws2_32"))
+    platform::GetProcAddress(module, "GetHostNameW");
+}
+
+}  // namespace Kestrel

@@ -1,0 +1,38 @@
+/// The last messages that were written to any target, for a look at a memory dump: nothing in the library reads them.
+///
+/// Each entry's line is "<level> : [<source>] <text>", with no thread and no line end.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+
+#include "base/critical_section.h"
+#include "diagnostics/output_target.h"
+#include "time/date_time.h"
+
+namespace Kestrel {
+
+struct OutputHistoryEntry {
+  std::uint32_t level;
+  TKestrelDateTime time;  ///< UTC, bias 0
+  std::u16string line;
+};
+
+class OutputHistoryStreamer final : public IDebugOutStreamerObject {
+ public:
+  explicit OutputHistoryStreamer(std::size_t capacity) : capacity_(capacity) {}
+
+  void Write(const DebugOutRecord& record, const std::u16string& text) override;
+
+  /// A copy, oldest first.
+  std::deque<OutputHistoryEntry> Entries() const;
+
+ private:
+  mutable CriticalSection lock_;
+  std::deque<OutputHistoryEntry> entries_;
+  const std::size_t capacity_;
+};
+
+}  // namespace Kestrel

@@ -1,0 +1,80 @@
+#include "time/date_time.h"
+
+#include <algorithm>
+
+#include "base/exceptions.h"
+#include "platform/debugger.h"
+#include "time/time_zone_transitions.h"
+
+namespace Kestrel {
+namespace {
+
+constexpr std::int64_t kMax = TKestrelDateTime::kMaxMilliseconds;
+
+platform::FileTime FromTicks(std::uint64_t ticks) {
+  return {static_cast<std::uint32_t>(ticks), static_cast<std::uint32_t>(ticks >> 32)};
+}
+
+}  // namespace
+
+void TKestrelDateTime::SetUTCMilliseconds(int kind, std::int64_t value, std::int16_t biasMinutes) {
+  // What lies further outside than any bias reaches stays outside; clamped, the sum cannot overflow.
+  std::int64_t utc = std::clamp(value, -2 * kMax, 2 * kMax);
+  if (kind != kUtc) utc += biasMinutes * kMillisecondsPerMinute;
+  if (utc < 0) {
+    throw EKestrelDateTime(dteOutOfRange,
+                           "SetUTCMilliseconds(): Internal milliseconds underflow. "
+                           "A year below 1601 is not supported.");
+  }
+  if (utc > kMax) {
+    throw EKestrelDateTime(dteOutOfRange, "SetUTCMilliseconds(): Internal milliseconds overflow.");
+  }
+  word_ = static_cast<std::uint64_t>(utc) | std::uint64_t{static_cast<std::uint16_t>(biasMinutes)} << 48;
+}
+
+platform::SystemTime TKestrelDateTime::ToLocalSystemTime() const {
+  const std::int64_t local =
+      static_cast<std::int64_t>(GetUTCMilliseconds()) - GetBiasMinutes() * kMillisecondsPerMinute;
+  // A time before 1601 becomes a file time with the highest bit set, which the system refuses.
+  return FileTimeToSystemTime(FromTicks(static_cast<std::uint64_t>(local) * kTicksPerMillisecond));
+}
+
+TKestrelDateTime TKestrelDateTime::Now() {
+  platform::FileTime time;
+  platform::GetSystemTimeAsFileTime(&time);
+  platform::TimeZoneInformation zone;
+  constexpr std::uint32_t kFailed = 0xFFFFFFFF;
+  if (platform::GetTimeZoneInformation(&zone) == kFailed) ThrowLastSystemError("GetTimeZoneInformation");
+  const std::uint64_t utc = Ticks(time) / kTicksPerMillisecond;
+  TKestrelDateTime now;
+  // The zone's rules, not the system's word on what is in force: that may be of a moment after the clock was read.
+  now.SetUTCMilliseconds(kUtc, static_cast<std::int64_t>(utc), BiasAt(utc, zone));
+  return now;
+}
+
+platform::FileTime SystemTimeToFileTime(const platform::SystemTime& systemTime) {
+  platform::FileTime fileTime;
+  if (!platform::SystemTimeToFileTime(systemTime, &fileTime)) ThrowLastSystemError("Kestrel::SystemTimeToFileTime");
+  return fileTime;
+}
+
+platform::SystemTime FileTimeToSystemTime(const platform::FileTime& fileTime) {
+  platform::SystemTime systemTime;
+  if (!platform::FileTimeToSystemTime(fileTime, &systemTime)) ThrowLastSystemError("Kestrel::FileTimeToSystemTime");
+  return systemTime;
+}
+
+std::int64_t SystemTimeToMilliseconds(const platform::SystemTime& systemTime) {
+  platform::FileTime fileTime;
+  if (!platform::SystemTimeToFileTime(systemTime, &fileTime)) ThrowLastSystemError("Kestrel::SystemTimeToMilliseconds");
+  return static_cast<std::int64_t>(Ticks(fileTime) / kTicksPerMillisecond);
+}
+
+std::int64_t GetKestrelTimerFrequency() {
+  std::int64_t frequency = 0;
+  if (!platform::QueryPerformanceFrequency(&frequency)) ThrowLastSystemError("Kestrel::GetKestrelTimerFrequency");
+  if (frequency < 1) platform::OutputDebugStringA("Result.QuadPart > 0");
+  return frequency;
+}
+
+}  // namespace Kestrel

@@ -1,0 +1,206 @@
+#include "time/date_time_parser.h"
+
+#include <array>
+
+#include "base/checked_string.h"
+#include "base/exceptions.h"
+
+namespace Kestrel {
+namespace {
+
+constexpr std::size_t kMessageUnits = 198;
+constexpr std::size_t kSeparatorMessageUnits = 128;
+
+/// A part of the text that is a number.
+struct Part {
+  const char* name;
+  DateTimeError number;
+  unsigned low;
+  unsigned high;
+};
+constexpr Part kYear = {"year", dteYear, 1601, 9999};
+constexpr Part kMonth = {"month", dteMonth, 1, 12};
+constexpr Part kHour = {"hour", dteHour, 0, 23};
+constexpr Part kMinute = {"minute", dteMinute, 0, 59};
+constexpr Part kSecond = {"second", dteSecond, 0, 59};
+constexpr Part kMillisecond = {"millisecond", dteMillisecond, 0, 999};
+constexpr Part kZoneHour = {"hour", dteHour, 0, 14};
+
+Part DayOf(unsigned year, unsigned month) {
+  constexpr std::array<unsigned, 12> kDays = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+  return {"day", dteDay, 1, month == 2 && leap ? 29 : kDays[month - 1]};
+}
+
+[[noreturn]] void ThrowRange(const Part& part) {
+  std::array<char16_t, kMessageUnits> message;
+  CheckedStringCchPrintfEx({message.data(), message.size()},
+                           "Invalid %s part in date/time string. Expected a number from %u to %u.", part.name, part.low,
+                           part.high);
+  throw EKestrelDateTime(part.number, std::u16string_view(message.data()));
+}
+
+[[noreturn]] void ThrowSeparator(char separator) {
+  std::array<char16_t, kSeparatorMessageUnits> message;
+  CheckedStringCchPrintfEx({message.data(), message.size()}, "'%c' expected.", separator);
+  throw EKestrelDateTime(dteSeparatorExpected, std::u16string_view(message.data()));
+}
+
+[[noreturn]] void ThrowSeparator(char first, char second) {
+  std::array<char16_t, kSeparatorMessageUnits> message;
+  CheckedStringCchPrintfEx({message.data(), message.size()}, "'%c' or '%c' expected.", first, second);
+  throw EKestrelDateTime(dteSeparatorExpected, std::u16string_view(message.data()));
+}
+
+/// optionalPart: what could still have followed, or null.
+[[noreturn]] void ThrowEndExpected(const char* optionalPart) {
+  std::array<char16_t, kMessageUnits> message;
+  const BufferRest<char16_t> room = {message.data(), message.size()};
+  if (optionalPart) {
+    CheckedStringCchPrintfEx(room, "End of date/time string or \"%s\" expected.", optionalPart);
+  } else {
+    CheckedStringCchCopyEx(room, u"End of date/time string expected.");
+  }
+  throw EKestrelDateTime(dteEndExpected, std::u16string_view(message.data()));
+}
+
+/// The text and how far it has been read. A NUL ends it.
+class Reader {
+ public:
+  explicit Reader(std::u16string_view text) : text_(text.substr(0, text.find(u'\0'))) {}
+
+  std::size_t Position() const { return position_; }
+  bool AtEnd() const { return position_ == text_.size(); }
+  /// The next unit, NUL at the end.
+  char16_t Peek() const { return AtEnd() ? u'\0' : text_[position_]; }
+  bool AtDigit() const { return Peek() >= u'0' && Peek() <= u'9'; }
+
+  bool Skip(char unit) {
+    if (Peek() != static_cast<char16_t>(unit)) return false;
+    ++position_;
+    return true;
+  }
+  void SkipBlanks() {
+    while (Skip(' ')) {
+    }
+  }
+  /// A word of lower-case letters, read without regard to case.
+  bool SkipWord(std::u16string_view word) {
+    const std::u16string_view rest = text_.substr(position_);
+    if (rest.size() < word.size()) return false;
+    for (std::size_t i = 0; i < word.size(); ++i) {
+      const bool upper = rest[i] >= u'A' && rest[i] <= u'Z';
+      if ((upper ? rest[i] + (u'a' - u'A') : rest[i]) != word[i]) return false;
+    }
+    position_ += word.size();
+    return true;
+  }
+
+  void Expect(char separator) {
+    if (!Skip(separator)) ThrowSeparator(separator);
+  }
+  char ExpectOneOf(char first, char second) {
+    if (Skip(first)) return first;
+    if (Skip(second)) return second;
+    ThrowSeparator(first, second);
+  }
+
+  std::uint16_t Number(const Part& part) { return Number(part, text_.size()); }
+  /// A number of at most maxDigits digits.
+  std::uint16_t Number(const Part& part, std::size_t maxDigits) {
+    constexpr unsigned kTooLarge = 10000;
+    const std::size_t begin = position_;
+    unsigned value = 0;
+    for (; AtDigit(); ++position_) {
+      if (value < kTooLarge) value = value * 10 + (Peek() - u'0');
+    }
+    const std::size_t digits = position_ - begin;
+    if (digits == 0 || digits > maxDigits || value < part.low || value > part.high) ThrowRange(part);
+    return static_cast<std::uint16_t>(value);
+  }
+
+ private:
+  std::u16string_view text_;
+  std::size_t position_ = 0;
+};
+
+void ReadDate(Reader& reader, platform::SystemTime& time) {
+  time.year = reader.Number(kYear);
+  const char separator = reader.ExpectOneOf('/', '-');
+  time.month = reader.Number(kMonth);
+  reader.Expect(separator);
+  time.day = reader.Number(DayOf(time.year, time.month));
+}
+
+/// Returns the optional part that could still follow, or null.
+const char* ReadTime(Reader& reader, platform::SystemTime& time) {
+  time.hour = reader.Number(kHour);
+  reader.Expect(':');
+  time.minute = reader.Number(kMinute);
+  if (!reader.Skip(':')) return ":Seconds";
+  time.second = reader.Number(kSecond);
+  if (!reader.Skip(',') && !reader.Skip('.')) return ",Milliseconds or .Milliseconds";
+  time.milliseconds = reader.Number(kMillisecond);
+  return nullptr;
+}
+
+const char* ReadDateAndTime(Reader& reader, platform::SystemTime& time) {
+  reader.SkipBlanks();
+  ReadDate(reader, time);
+  if (reader.AtEnd()) return nullptr;
+  if (reader.ExpectOneOf(' ', 'T') == 'T') {
+    if (reader.AtEnd()) {
+      throw EKestrelDateTime(dteTimeExpected, u"Time expected after T separator.");
+    }
+    return ReadTime(reader, time);
+  }
+  reader.SkipBlanks();
+  return reader.AtDigit() ? ReadTime(reader, time) : "Hour";
+}
+
+std::int64_t RoundedMilliseconds(const platform::SystemTime& time) {
+  const std::uint64_t half = kTicksPerMillisecond / 2;
+  return static_cast<std::int64_t>((Ticks(SystemTimeToFileTime(time)) + half) / kTicksPerMillisecond);
+}
+
+}  // namespace
+
+platform::SystemTime ParseSystemTime(std::u16string_view text, std::size_t* consumed) {
+  Reader reader(text);
+  platform::SystemTime time{};
+  const char* const optionalPart = ReadDateAndTime(reader, time);
+  if (consumed) {
+    *consumed = reader.Position();
+  } else if (!reader.AtEnd()) {
+    ThrowEndExpected(optionalPart);
+  }
+  return time;
+}
+
+std::int16_t ParseZoneBias(std::u16string_view text) {
+  Reader reader(text);
+  reader.SkipBlanks();
+  if (!reader.SkipWord(u"utc")) reader.SkipWord(u"gmt");
+  reader.SkipBlanks();
+  const bool west = reader.Skip('-');
+  if (!west) reader.Skip('+');
+  reader.SkipBlanks();
+  const int hours = reader.Number(kZoneHour, 2);
+  reader.Expect(':');
+  const int minutes = reader.Number(kMinute, 2);
+  reader.SkipBlanks();
+  if (!reader.AtEnd()) ThrowEndExpected(nullptr);
+  // East of Greenwich the minutes keep their sign: "+01:30" is -30. Stored values depend on it.
+  return static_cast<std::int16_t>(west ? hours * 60 + minutes : minutes - hours * 60);
+}
+
+TKestrelDateTime ParseDateTime(std::u16string_view text) {
+  std::size_t consumed = 0;
+  const platform::SystemTime local = ParseSystemTime(text, &consumed);
+  const std::int16_t bias = ParseZoneBias(text.substr(consumed));
+  TKestrelDateTime value;
+  value.SetUTCMilliseconds(TKestrelDateTime::kLocal, RoundedMilliseconds(local), bias);
+  return value;
+}
+
+}  // namespace Kestrel

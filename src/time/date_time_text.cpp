@@ -1,0 +1,157 @@
+#include "time/date_time_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+#include "base/exceptions.h"
+#include "base/text_conversion.h"
+#include "platform/error_codes.h"
+
+namespace Kestrel {
+namespace {
+
+constexpr const char* kContext = "TKestrelDateTime::SystemTimeToStr";
+constexpr const char* kDateContext = "TKestrelDateTime::SystemTimeToStr::GetDateFormat";
+constexpr const char* kTimeContext = "TKestrelDateTime::SystemTimeToStr::GetTimeFormat";
+
+/// The marks of a fixed form; its numbers stand in the same order in each.
+struct FixedForm {
+  std::uint32_t format;
+  char dateSeparator;
+  char millisecondSeparator;
+  char quotationMark;
+};
+constexpr std::array<FixedForm, 2> kFixedForms = {{
+    {dtsmSlashes, '/', ',', '"'},
+    {dtsmDashes, '-', '.', '\''},
+}};
+
+/// Writes fixed forms. The room is more than five digits for each of the seven numbers take.
+template <class Char>
+class FixedText {
+ public:
+  void Put(char unit) { *end_++ = static_cast<Char>(unit); }
+  /// With leading zeros up to the width; a longer number gets all its digits.
+  void PutNumber(unsigned value, std::size_t width) {
+    std::array<Char, 10> digits;
+    std::size_t first = digits.size();
+    do {
+      digits[--first] = static_cast<Char>('0' + value % 10);
+      value /= 10;
+    } while (value != 0);
+    while (digits.size() - first < width) digits[--first] = static_cast<Char>('0');
+    end_ = std::copy(digits.begin() + static_cast<std::ptrdiff_t>(first), digits.end(), end_);
+  }
+  std::basic_string<Char> Text() const { return {text_.data(), static_cast<std::size_t>(end_ - text_.data())}; }
+
+ private:
+  std::array<Char, 64> text_;
+  Char* end_ = text_.data();
+};
+
+template <class Char>
+void PutDate(FixedText<Char>& text, const FixedForm& form, const platform::SystemTime& time) {
+  text.PutNumber(time.year, 4);
+  text.Put(form.dateSeparator);
+  text.PutNumber(time.month, 2);
+  text.Put(form.dateSeparator);
+  text.PutNumber(time.day, 2);
+}
+
+template <class Char>
+void PutTime(FixedText<Char>& text, const FixedForm& form, const platform::SystemTime& time, std::uint32_t mode) {
+  const bool dropMilliseconds = (mode & dtsmDropZeros) && time.milliseconds == 0;
+  text.PutNumber(time.hour, 2);
+  text.Put(':');
+  text.PutNumber(time.minute, 2);
+  if ((mode & dtsmNoSeconds) || (dropMilliseconds && time.second == 0)) return;
+  text.Put(':');
+  text.PutNumber(time.second, 2);
+  if ((mode & dtsmNoMilliseconds) || dropMilliseconds) return;
+  text.Put(form.millisecondSeparator);
+  text.PutNumber(time.milliseconds, 3);
+}
+
+template <class Char>
+std::basic_string<Char> ToFixedText(const FixedForm& form, const platform::SystemTime& time, std::uint32_t mode) {
+  FixedText<Char> text;
+  if (mode & dtsmQuoted) text.Put(form.quotationMark);
+  const std::uint32_t shown = mode & dtsmModeMask;
+  if (shown != dtsmTime) PutDate(text, form, time);
+  if (shown == dtsmDateTime) text.Put(' ');
+  if (shown != dtsmDate) PutTime(text, form, time, mode);
+  if (mode & dtsmQuoted) text.Put(form.quotationMark);
+  return text.Text();
+}
+
+std::u16string ToLocaleText(const platform::SystemTime& time, std::uint32_t mode) {
+  std::array<char16_t, 256> text;
+  std::size_t length = 0;
+  const std::uint32_t shown = mode & dtsmModeMask;
+  if (shown != dtsmTime) {
+    const char16_t* const picture = mode & dtsmDayOfWeek ? u"ddd" : nullptr;
+    const std::uint32_t flags = picture ? 0 : mode & dtsmLongDate ? platform::DATE_LONGDATE : platform::DATE_SHORTDATE;
+    const int units = platform::GetDateFormatW(flags, time, picture, text.data(), static_cast<int>(text.size()));
+    if (units <= 0) ThrowLastSystemError(kDateContext);
+    length = static_cast<std::size_t>(units) - 1;
+  }
+  if (shown == dtsmDateTime) {
+    if (length + 1 == text.size()) ThrowSystemError(platform::ERROR_INSUFFICIENT_BUFFER, kContext);
+    text[length++] = u' ';
+  }
+  if (shown != dtsmDate) {
+    const std::size_t rest = text.size() - length;
+    if (rest < 2) ThrowSystemError(platform::ERROR_INSUFFICIENT_BUFFER, kTimeContext);
+    const std::uint32_t flags = mode & dtsmNoSeconds ? platform::TIME_NOSECONDS : 0;
+    const int units = platform::GetTimeFormatW(flags, time, text.data() + length, static_cast<int>(rest));
+    if (units <= 0) ThrowLastSystemError(kTimeContext);
+    length += static_cast<std::size_t>(units) - 1;
+  }
+  return {text.data(), length};
+}
+
+void CheckMode(std::uint32_t mode) {
+  if ((mode & dtsmModeMask) > dtsmTime) {
+    throw EKestrelDateTime(dteInvalidMode, "Invalid mode of date/time string.");
+  }
+}
+
+/// Null for the locale forms.
+const FixedForm* FixedFormOf(std::uint32_t mode) {
+  const std::uint32_t format = mode & dtsmFormatMask;
+  if (format == dtsmLocale) return nullptr;
+  const auto form = std::find_if(kFixedForms.begin(), kFixedForms.end(),
+                                 [format](const FixedForm& row) { return row.format == format; });
+  if (form == kFixedForms.end()) {
+    throw EKestrelDateTime(dteInvalidMode, "Invalid format of date/time string.");
+  }
+  return form;
+}
+
+}  // namespace
+
+std::string SystemTimeToStr(const platform::SystemTime& time, std::uint32_t mode) {
+  CheckMode(mode);
+  const FixedForm* const form = FixedFormOf(mode);
+  return form ? ToFixedText<char>(*form, time, mode) : WideToAnsi(ToLocaleText(time, mode));
+}
+
+std::u16string SystemTimeToWideStr(const platform::SystemTime& time, std::uint32_t mode) {
+  CheckMode(mode);
+  const FixedForm* const form = FixedFormOf(mode);
+  return form ? ToFixedText<char16_t>(*form, time, mode) : ToLocaleText(time, mode);
+}
+
+std::string BiasToStr(const TKestrelDateTime& value) {
+  const int bias = value.GetBiasMinutes();
+  const auto offset = static_cast<unsigned>(std::abs(bias));
+  FixedText<char> zone;
+  zone.Put(bias < 1 ? '+' : '-');
+  zone.PutNumber(offset / 60, 2);
+  zone.Put(':');
+  zone.PutNumber(offset % 60, 2);
+  return SystemTimeToStr(value.ToLocalSystemTime(), dtsmDateTime | dtsmSlashes) + " GMT" + zone.Text();
+}
+
+}  // namespace Kestrel

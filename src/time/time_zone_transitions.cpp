@@ -1,0 +1,128 @@
+#include "time/time_zone_transitions.h"
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+
+#include "base/critical_section.h"
+#include "base/exceptions.h"
+#include "time/date_time.h"
+
+namespace Kestrel {
+namespace {
+
+constexpr std::uint64_t kMillisecondsPerDay = 86400000;
+constexpr std::uint32_t kFirstYear = 1601;
+constexpr std::uint32_t kLastYear = 30827;
+constexpr std::uint64_t kLastCentury = 292;
+
+// Each period ends with its leap day or with the lack of it: 4 centuries with, a century without, 4 years with.
+constexpr std::uint64_t kDaysPerFourCenturies = 146097;
+constexpr std::uint64_t kDaysPerCentury = 36524;
+constexpr std::uint64_t kDaysPerFourYears = 1461;
+constexpr std::uint64_t kDaysPerYear = 365;
+
+[[noreturn]] void ThrowInvalidDate() {
+  throw EKestrelDateTime(dteInvalidTransition, "Transition date of time zone is not valid.");
+}
+
+/// False for a date that is not in the calendar.
+bool ToMilliseconds(const platform::SystemTime& time, std::int64_t& milliseconds) {
+  platform::FileTime fileTime;
+  if (!platform::SystemTimeToFileTime(time, &fileTime)) return false;
+  milliseconds = static_cast<std::int64_t>(Ticks(fileTime) / kTicksPerMillisecond);
+  return true;
+}
+
+/// The given weekday of the given week of the month, at the given time of day.
+std::int64_t RelativeTransition(std::uint32_t year, const platform::SystemTime& rule) {
+  constexpr std::uint16_t kLastWeek = 5;
+  if (rule.month < 1 || rule.month > 12 || rule.day < 1 || rule.day > kLastWeek || rule.dayOfWeek > 6) {
+    ThrowInvalidDate();
+  }
+  platform::SystemTime date = rule;
+  date.year = static_cast<std::uint16_t>(year);
+  date.day = 1;
+  std::int64_t first = 0;
+  if (!ToMilliseconds(date, first)) ThrowInvalidDate();
+  // 1601-01-01 was a Monday.
+  const auto firstDayOfWeek = (static_cast<std::uint64_t>(first) / kMillisecondsPerDay + 1) % 7;
+  date.day = static_cast<std::uint16_t>(1 + (rule.dayOfWeek + 7 - firstDayOfWeek) % 7 + (rule.day - 1u) * 7);
+  std::int64_t transition = 0;
+  if (ToMilliseconds(date, transition)) return transition;
+  date.day = static_cast<std::uint16_t>(date.day - 7);  // the month has no fifth such day
+  if (!ToMilliseconds(date, transition)) ThrowInvalidDate();
+  return transition;
+}
+
+std::int64_t Transition(std::uint32_t year, const platform::SystemTime& rule) {
+  if (rule.year == 0) return RelativeTransition(year, rule);
+  if (rule.year != year) {
+    throw EKestrelDateTime(dteInvalidTransition, "Transition date error in absolute format. Year not equal.");
+  }
+  std::int64_t transition = 0;
+  if (!ToMilliseconds(rule, transition)) ThrowInvalidDate();
+  return transition;
+}
+
+/// The last result. Callers ask for the current year of one zone nearly always.
+struct Cache {
+  CriticalSection lock;
+  std::uint32_t year = 0;  ///< 0: empty
+  platform::TimeZoneInformation zone{};
+  TimeZoneTransitions transitions;
+};
+
+Cache& ProcessCache() {
+  static Cache cache;
+  return cache;
+}
+
+}  // namespace
+
+std::uint32_t YearFromMilliseconds(std::uint64_t milliseconds) {
+  std::uint64_t days = milliseconds / kMillisecondsPerDay;
+  std::uint64_t centuries = days / kDaysPerFourCenturies * 4;
+  days %= kDaysPerFourCenturies;
+  const std::uint64_t century = std::min<std::uint64_t>(days / kDaysPerCentury, 3);
+  centuries += century;
+  days -= century * kDaysPerCentury;
+  const std::uint64_t fourYears = days / kDaysPerFourYears;
+  const std::uint64_t years = std::min<std::uint64_t>(days % kDaysPerFourYears / kDaysPerYear, 3);
+  const std::uint64_t year = kFirstYear + centuries * 100 + fourYears * 4 + years;
+  if (centuries > kLastCentury || year > kLastYear) {
+    throw EKestrelDateTime(dteOutOfRange, "YearFromMilliseconds: Year/Century out of range.");
+  }
+  return static_cast<std::uint32_t>(year);
+}
+
+TimeZoneTransitions GetTimeZoneTransitions(std::uint32_t year, const platform::TimeZoneInformation& zone) {
+  Cache& cache = ProcessCache();
+  const std::lock_guard guard(cache.lock);
+  if (cache.year != year || std::memcmp(&cache.zone, &zone, sizeof zone) != 0) {
+    const TimeZoneTransitions transitions = {Transition(year, zone.standardDate), Transition(year, zone.daylightDate)};
+    cache.year = year;
+    cache.zone = zone;
+    cache.transitions = transitions;
+  }
+  return cache.transitions;
+}
+
+std::int16_t BiasAt(std::uint64_t utcMilliseconds, const platform::TimeZoneInformation& zone) {
+  if (zone.standardDate.month == 0) return static_cast<std::int16_t>(zone.bias);
+  const std::int64_t standardBias = std::int64_t{zone.bias} + zone.standardBias;
+  const std::int64_t daylightBias = std::int64_t{zone.bias} + zone.daylightBias;
+  const auto utc = static_cast<std::int64_t>(utcMilliseconds);
+  const std::int64_t standardTime = utc - standardBias * TKestrelDateTime::kMillisecondsPerMinute;
+  const std::uint32_t year = YearFromMilliseconds(static_cast<std::uint64_t>(std::max<std::int64_t>(standardTime, 0)));
+  const TimeZoneTransitions transitions = GetTimeZoneTransitions(year, zone);
+  // Each transition is told in the local time that is in force before it.
+  const std::int64_t toDaylight = transitions.toDaylight + standardBias * TKestrelDateTime::kMillisecondsPerMinute;
+  const std::int64_t toStandard = transitions.toStandard + daylightBias * TKestrelDateTime::kMillisecondsPerMinute;
+  // South of the equator daylight time spans the new year.
+  const bool daylight =
+      toDaylight < toStandard ? utc >= toDaylight && utc < toStandard : utc >= toDaylight || utc < toStandard;
+  return static_cast<std::int16_t>(daylight ? daylightBias : standardBias);
+}
+
+}  // namespace Kestrel
