@@ -4,7 +4,7 @@
 #include "com/com_ptr.h"
 #include "sample.h"
 #include "tarn/camera_finding.h"
-#include "tarn/dbi.h"
+#include "dbi/dbi.h"
 
 namespace {
 sample::Bytes reply;

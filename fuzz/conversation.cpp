@@ -8,7 +8,7 @@
 #include "counting_wizard.h"
 #include "platform/threads.h"
 #include "tarn/camera_finding.h"
-#include "tarn/dbi.h"
+#include "dbi/dbi.h"
 
 using namespace Tarn::CameraFinding;
 

@@ -3,7 +3,7 @@
 #include "simulator/last_error.h"
 #include "simulator/library.h"
 #include "simulator/scenario_reader.h"
-#include "tarn/dbi.h"
+#include "dbi/dbi.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-#include "tarn/dbi.h"
+#include "dbi/dbi.h"
 
 namespace simulator {
 

@@ -14,7 +14,7 @@
 #include "simulator/platform/threads.h"
 #include "simulator/scenario.h"
 #include "simulator/stream.h"
-#include "tarn/dbi.h"
+#include "dbi/dbi.h"
 #include "valuelist/buffer.h"
 
 namespace simulator {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "tarn/dbi.h"
+#include "dbi/dbi.h"
 
 namespace Tarn::CameraFinding {
 

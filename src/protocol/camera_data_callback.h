@@ -13,7 +13,7 @@
 #include "com/com_ptr.h"
 #include "com/com_wrapper.h"
 #include "tarn/camera_finding.h"
-#include "tarn/dbi.h"
+#include "dbi/dbi.h"
 
 namespace Tarn::CameraFinding {
 

@@ -17,7 +17,7 @@
 
 #include "base/text_conversion.h"
 #include "platform/modules.h"
-#include "tarn/dbi.h"
+#include "dbi/dbi.h"
 
 namespace simulator {
 

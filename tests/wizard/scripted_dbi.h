@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "com/com_ptr.h"
-#include "tarn/dbi.h"
+#include "dbi/dbi.h"
 
 namespace scripted {
 

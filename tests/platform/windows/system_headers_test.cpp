@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tarn/camera_finding.h"
-#include "tarn/dbi.h"
+#include "dbi/dbi.h"
 
 static_assert(sizeof(BSTR) == 8 && sizeof(OLECHAR) == 2 && sizeof(HRESULT) == 4);
 
