@@ -6,12 +6,11 @@
 #pragma once
 
 #include <atomic>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <span>
 
+#include "base/byte_order.h"
 #include "base/reference_counting.h"
 
 namespace Kestrel {
@@ -74,8 +73,8 @@ class Buffer final : public ReferenceCounted {
   const std::uint8_t* Take(std::uint64_t n) { return memory_.Consume(n); }
   /// Take of a little-endian number.
   std::uint8_t ReadUInt8() { return *Take(1); }
-  std::uint32_t ReadUInt32() { return TakeNumber<std::uint32_t>(); }
-  std::uint64_t ReadUInt64() { return TakeNumber<std::uint64_t>(); }
+  std::uint32_t ReadUInt32() { return LoadLittleEndian<std::uint32_t>(Take(sizeof(std::uint32_t))); }
+  std::uint64_t ReadUInt64() { return LoadLittleEndian<std::uint64_t>(Take(sizeof(std::uint64_t))); }
   /// Empties the buffer and forgets its use count; storage and capacity stay.
   void Reset();
 
@@ -94,14 +93,6 @@ class Buffer final : public ReferenceCounted {
  private:
   friend class BufferPool;
   friend class BufferPoolList;
-
-  template <class Number>
-  Number TakeNumber() {
-    static_assert(std::endian::native == std::endian::little, "numbers are read as they lie in the buffer");
-    Number number;
-    std::memcpy(&number, Take(sizeof number), sizeof number);
-    return number;
-  }
 
   FlatMemory memory_;
   std::atomic<std::uint32_t> useCount_{0};

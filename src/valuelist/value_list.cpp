@@ -1,11 +1,10 @@
 #include "valuelist/value_list.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstring>
 #include <utility>
 
 #include "base/base64.h"
+#include "base/byte_order.h"
 #include "base/exceptions.h"
 #include "base/text_conversion.h"
 #include "valuelist/buffer_pool.h"
@@ -13,24 +12,21 @@
 namespace Kestrel {
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "numbers go onto the wire as they lie in memory");
-
 /// A name and a value of one payload byte each.
 constexpr std::uint64_t kSmallestEntry = 4;
 /// Tag and length.
 constexpr std::size_t kStringHeaderSize = 5;
 
 void AppendUInt32(Buffer& buffer, std::uint32_t number) {
-  buffer.Append(&number, sizeof number);
+  StoreLittleEndian(buffer.Reserve(sizeof number), number);
 }
 
 /// A name goes no way through a variant.
 void AppendName(Buffer& buffer, std::string_view name) {
   const std::uint64_t length = name.size() + 1;
-  const auto length32 = static_cast<std::uint32_t>(length);
   std::uint8_t* const record = buffer.Reserve(kStringHeaderSize + length);
   record[0] = vtString;
-  std::memcpy(record + 1, &length32, sizeof length32);
+  StoreLittleEndian(record + 1, static_cast<std::uint32_t>(length));
   name.copy(reinterpret_cast<char*>(record + kStringHeaderSize), name.size());
   record[kStringHeaderSize + name.size()] = 0;
 }
@@ -192,7 +188,7 @@ void ReadWideString(Buffer& buffer, std::u16string& text) {
   if (length < sizeof(char16_t)) throw BufferException(kNotEnoughBytes);
   const std::uint8_t* const units = buffer.Take(length);
   text.resize(length / sizeof(char16_t) - 1);
-  std::memcpy(text.data(), units, text.size() * sizeof(char16_t));
+  LoadLittleEndian(units, std::span(text));
 }
 
 }  // namespace Kestrel

@@ -14,14 +14,16 @@ constexpr std::size_t kUnit = sizeof(char16_t);
 constexpr std::size_t kSlice = 0x10000;
 
 void WriteLength(IKestrelStream& stream, std::uint64_t length) {
-  const auto low = static_cast<std::uint32_t>(length);
-  stream.Write(&low, sizeof low);
+  std::uint8_t bytes[sizeof(std::uint32_t)];
+  StoreLittleEndian(bytes, static_cast<std::uint32_t>(length));
+  stream.Write(bytes, sizeof bytes);
 }
 
 /// Throws where the length has no room for the terminator.
 std::uint32_t ReadLength(IKestrelStream& stream, std::size_t terminator) {
-  std::uint32_t length = 0;
-  stream.Read(&length, sizeof length);
+  std::uint8_t bytes[sizeof(std::uint32_t)];
+  stream.Read(bytes, sizeof bytes);
+  const auto length = LoadLittleEndian<std::uint32_t>(bytes);
   if (length < terminator) throw IKestrelStream::IKestrelStreamException(kReadFailed);
   return length;
 }
@@ -79,7 +81,7 @@ void WritePayload(const std::string& value, std::uint8_t* payload) {
   std::memcpy(payload, value.c_str(), value.size() + 1);
 }
 void WritePayload(const std::u16string& value, std::uint8_t* payload) {
-  std::memcpy(payload, value.c_str(), (value.size() + 1) * kUnit);
+  StoreLittleEndian(payload, std::span(value.c_str(), value.size() + 1));
 }
 void WritePayload(const BinaryData& value, std::uint8_t* payload) {
   WriteBytes(value.GetBytes(), payload);
@@ -104,7 +106,7 @@ void ReadPayload(std::string& value, const std::uint8_t* payload, std::uint64_t 
 void ReadPayload(std::u16string& value, const std::uint8_t* payload, std::uint64_t n) {
   CheckPayloadSize(n, kUnit);
   value.resize(static_cast<std::size_t>(n) / kUnit - 1);
-  std::memcpy(value.data(), payload, value.size() * kUnit);
+  LoadLittleEndian(payload, std::span(value));
 }
 
 void ReadPayload(BinaryData& value, const std::uint8_t* payload, std::uint64_t n) {

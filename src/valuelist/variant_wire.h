@@ -15,24 +15,17 @@
 ///         blob from text and an unknown address: BufferException kInvalidPointerRequest.
 #pragma once
 
-#include <bit>
 #include <cstdint>
-#include <cstring>
 #include <string>
-#include <type_traits>
 
+#include "base/byte_order.h"
 #include "valuelist/buffer.h"
 #include "valuelist/stream.h"
 #include "valuelist/variant_payloads.h"
 
 namespace Kestrel {
 
-static_assert(std::endian::native == std::endian::little, "numbers go onto the wire as they lie in memory");
-
-template <class T>
-concept PlainPayload = std::is_trivially_copyable_v<T>;
-
-std::uint64_t PayloadSize(const PlainPayload auto& value) {
+std::uint64_t PayloadSize(const WireValue auto& value) {
   return sizeof value;
 }
 std::uint64_t PayloadSize(const std::string& value);
@@ -41,8 +34,8 @@ std::uint64_t PayloadSize(const BinaryData& value);
 std::uint64_t PayloadSize(const BlobPtr& value);
 std::uint64_t PayloadSize(const VariantReferencePointer& value);
 
-void WritePayload(const PlainPayload auto& value, std::uint8_t* payload) {
-  std::memcpy(payload, &value, sizeof value);
+void WritePayload(const WireValue auto& value, std::uint8_t* payload) {
+  StoreLittleEndian(payload, value);
 }
 void WritePayload(const std::string& value, std::uint8_t* payload);
 void WritePayload(const std::u16string& value, std::uint8_t* payload);
@@ -52,9 +45,10 @@ void WritePayload(const VariantReferencePointer& value, std::uint8_t* payload);
 
 void CheckPayloadSize(std::uint64_t n, std::uint64_t least);
 
-void ReadPayload(PlainPayload auto& value, const std::uint8_t* payload, std::uint64_t n) {
+template <WireValue Fixed>
+void ReadPayload(Fixed& value, const std::uint8_t* payload, std::uint64_t n) {
   CheckPayloadSize(n, sizeof value);
-  std::memcpy(&value, payload, sizeof value);
+  value = LoadLittleEndian<Fixed>(payload);
 }
 /// Any byte but 0 is true.
 void ReadPayload(bool& value, const std::uint8_t* payload, std::uint64_t n);
