@@ -27,8 +27,9 @@ const Base64VectorCodec<char16_t>* Base64VectorCodec<char16_t>::Find() {
 
 TEST(FailingConversion, ReplacesTheExceptionAndItsOwnReportIsAscii) {
   EXPECT_EQ(SystemErrorOf([] { throw KestrelException(1, 2, u"x", {}); }),
-            "2/4322 [ErrorCode #4322] in WideCharToMultiByte");
-  EXPECT_EQ(SystemErrorOf([] { throw KestrelException("x"); }), "2/4321 [ErrorCode #4321] in MultiByteToWideChar");
+            "SystemException 4322 [ErrorCode #4322] in WideCharToMultiByte");
+  EXPECT_EQ(SystemErrorOf([] { throw KestrelException("x"); }),
+            "SystemException 4321 [ErrorCode #4321] in MultiByteToWideChar");
 }
 
 }  // namespace Kestrel

@@ -25,7 +25,7 @@ TEST(Guid, IsWrittenInLowerCaseAndReadWithAndWithoutBraces) {
     EXPECT_FALSE(StringToGuid(text, guid)) << text;
     EXPECT_EQ(guid, kGuid) << text;
   }
-  EXPECT_EQ(ErrorOf([] { GuidFromString("{x}"); }), "0/0 Conversion of guid '{x}' failed.");
+  EXPECT_EQ(ErrorOf([] { GuidFromString("{x}"); }), "GuidConversionException: Conversion of guid '{x}' failed.");
 }
 
 TEST(XmlEscape, WritesEntitiesAndByteReferences) {
@@ -36,7 +36,7 @@ TEST(XmlEscape, WritesEntitiesAndByteReferences) {
 template <class Char>
 void ExpectRoomsToBeKept() {
   const std::string context = "] in Kestrel::CheckedStringCch";
-  const std::string tooSmall = "2/2147942522 [ErrorCode #2147942522" + context;
+  const std::string tooSmall = "SystemException 2147942522 [ErrorCode #2147942522" + context;
   const std::basic_string<Char> abc = {'a', 'b', 'c', 0, 'd'};
   std::basic_string<Char> text(600, '#');
   const auto room = [&text](std::size_t units) { return BufferRest<Char>{text.data(), units}; };
@@ -45,7 +45,7 @@ void ExpectRoomsToBeKept() {
   EXPECT_EQ(text.substr(0, 5), (std::basic_string<Char>{'a', 'b', 'c', 0, '#'}));
   EXPECT_EQ(SystemErrorOf([&] { copy(3); }), tooSmall + "CopyEx");
   EXPECT_TRUE(text[1] == 'b' && text[2] == 0);
-  EXPECT_EQ(SystemErrorOf([&] { copy(0); }), "2/2147942487 [ErrorCode #2147942487" + context + "CopyEx");
+  EXPECT_EQ(SystemErrorOf([&] { copy(0); }), "SystemException 2147942487 [ErrorCode #2147942487" + context + "CopyEx");
   EXPECT_EQ(CheckedStringCchPrintfEx(room(599), "%s|%0550u", "x", 1u).units, 599u - 552u);
   EXPECT_TRUE(text[551] == '1' && text[552] == 0 && text[553] == '#');
   EXPECT_EQ(SystemErrorOf([&] { CheckedStringCchPrintfEx(room(3), "%02u%s", 7u, "x"); }), tooSmall + "PrintfEx");
@@ -103,7 +103,7 @@ TEST(TextConversion, KeepsTheTargetsRoomAndRefusesWhatTheSystemRefuses) {
   }
   // One unit more than three bytes each can count; the source is not read.
   EXPECT_EQ(SystemErrorOf([&] { WideToMulti(narrow, kUtf8CodePage, 0, u"x", 715827883); }),
-            "2/87 [ErrorCode #87] in WideCharToMultiByte");
+            "SystemException 87 [ErrorCode #87] in WideCharToMultiByte");
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ using namespace std::string_view_literals;
 constexpr std::int64_t kMax = 0xFFFFFFFFFFFF;
 constexpr std::int64_t kMinute = 60000;
 constexpr char kUnderflow[] =
-    "5/13 SetUTCMilliseconds(): Internal milliseconds underflow. A year below 1601 is not supported.";
+    "EKestrelDateTime 13: SetUTCMilliseconds(): Internal milliseconds underflow. A year below 1601 is not supported.";
 
 std::string Shown(const platform::SystemTime& time) {
   return SystemTimeToStr(time, dtsmDateTime | dtsmDashes);
@@ -27,13 +27,13 @@ std::int64_t Milliseconds(std::u16string_view text) {
 TEST(DateTime, KeepsMillisecondsAndBiasInOneWordOrRefusesThem) {
   const auto kUtc = TKestrelDateTime::kUtc;
   const auto kLocal = TKestrelDateTime::kLocal;
-  const std::string overflow = "5/13 SetUTCMilliseconds(): Internal milliseconds overflow.";
+  const std::string overflow = "EKestrelDateTime 13: SetUTCMilliseconds(): Internal milliseconds overflow.";
   const struct {
     int kind;
     std::int64_t milliseconds;
     std::int16_t bias;
     std::uint64_t word;
-    std::string thrown = "nothing";
+    std::string thrown = {};
   } rows[] = {
       {kUtc, kMax, 480, 0x01E0'FFFF'FFFF'FFFF},
       {kLocal, 60 * kMinute, -60, 0xFFC4'0000'0000'0000},
@@ -86,8 +86,8 @@ TEST(DateTimeText, NamesWhatFailed) {
   // The numbers are the system's.
   EXPECT_TRUE(error(13, 0, dtsmDateTime).ends_with("] in TKestrelDateTime::SystemTimeToStr::GetDateFormat"));
   EXPECT_TRUE(error(1, 24, dtsmDateTime).ends_with("] in TKestrelDateTime::SystemTimeToStr::GetTimeFormat"));
-  EXPECT_EQ(error(1, 0, 3 | dtsmSlashes), "5/2 Invalid mode of date/time string.");
-  EXPECT_EQ(error(1, 0, 0x30000), "5/2 Invalid format of date/time string.");
+  EXPECT_EQ(error(1, 0, 3 | dtsmSlashes), "EKestrelDateTime 2: Invalid mode of date/time string.");
+  EXPECT_EQ(error(1, 0, 0x30000), "EKestrelDateTime 2: Invalid format of date/time string.");
 }
 
 /// Outcomes, which are the value as text or what was thrown, and the texts that have them.
@@ -105,30 +105,30 @@ void ExpectOutcomes(const ParseRows& rows, Parse parse) {
 }
 
 std::string Bad(const std::string& numberAndPart, const std::string& range) {
-  return "5/" + numberAndPart + " part in date/time string. Expected a number from " + range + ".";
+  return "EKestrelDateTime " + numberAndPart + " part in date/time string. Expected a number from " + range + ".";
 }
 
 TEST(DateTimeParser, GivesTheTimeOrTheStatedError) {
-  const std::string end = "5/12 End of date/time string ";
+  const std::string end = "EKestrelDateTime 12: End of date/time string ";
   ExpectOutcomes(
       {
           {"2024-05-01 00:00:00.000", {u"2024-05-01", u"  2024/5/1", u"2024-05-01  ", u"2024-05-01\0garbage"sv}},
           {"9999-12-31 23:59:59.999", {u"9999-12-31T23:59:59.999"}},
           {"2024-05-01 10:20:30.005", {u"2024-05-01   10:20:30,5"}},
-          {Bad("3 Invalid year", "1601 to 9999"), {u"", u"1600-01-01", u"10000-01-01", u"4294969320-01-01"}},
-          {Bad("4 Invalid month", "1 to 12"), {u"2024-0-01", u"2024-13-01"}},
-          {Bad("5 Invalid day", "1 to 29"), {u"2024-02-30"}},
-          {Bad("5 Invalid day", "1 to 28"), {u"1900-02-29"}},
-          {Bad("5 Invalid day", "1 to 31"), {u"2024-05-00"}},
-          {Bad("6 Invalid hour", "0 to 23"), {u"2024-05-01Tx", u"2024-05-01 24:00"}},
-          {Bad("7 Invalid minute", "0 to 59"), {u"2024-05-01 10:60"}},
-          {Bad("8 Invalid second", "0 to 59"), {u"2024-05-01 10:20:", u"2024-05-01 10:20:60"}},
-          {Bad("9 Invalid millisecond", "0 to 999"), {u"2024-05-01 10:20:30.1000"}},
-          {"5/10 '/' or '-' expected.", {u"2024.05.01"}},
-          {"5/10 '/' expected.", {u"2024/05-01"}},
-          {"5/10 ' ' or 'T' expected.", {u"2024-05-01x"}},
-          {"5/10 ':' expected.", {u"2024-05-01 10"}},
-          {"5/14 Time expected after T separator.", {u"2024-05-01T"}},
+          {Bad("3: Invalid year", "1601 to 9999"), {u"", u"1600-01-01", u"10000-01-01", u"4294969320-01-01"}},
+          {Bad("4: Invalid month", "1 to 12"), {u"2024-0-01", u"2024-13-01"}},
+          {Bad("5: Invalid day", "1 to 29"), {u"2024-02-30"}},
+          {Bad("5: Invalid day", "1 to 28"), {u"1900-02-29"}},
+          {Bad("5: Invalid day", "1 to 31"), {u"2024-05-00"}},
+          {Bad("6: Invalid hour", "0 to 23"), {u"2024-05-01Tx", u"2024-05-01 24:00"}},
+          {Bad("7: Invalid minute", "0 to 59"), {u"2024-05-01 10:60"}},
+          {Bad("8: Invalid second", "0 to 59"), {u"2024-05-01 10:20:", u"2024-05-01 10:20:60"}},
+          {Bad("9: Invalid millisecond", "0 to 999"), {u"2024-05-01 10:20:30.1000"}},
+          {"EKestrelDateTime 10: '/' or '-' expected.", {u"2024.05.01"}},
+          {"EKestrelDateTime 10: '/' expected.", {u"2024/05-01"}},
+          {"EKestrelDateTime 10: ' ' or 'T' expected.", {u"2024-05-01x"}},
+          {"EKestrelDateTime 10: ':' expected.", {u"2024-05-01 10"}},
+          {"EKestrelDateTime 14: Time expected after T separator.", {u"2024-05-01T"}},
           {end + "or \"Hour\" expected.", {u"2024-05-01 x"}},
           {end + "or \":Seconds\" expected.", {u"2024-05-01 10:20x", u"2024-05-01 10:20.5"}},
           {end + "or \",Milliseconds or .Milliseconds\" expected.", {u"2024-05-01 10:20:30 "}},
@@ -145,10 +145,10 @@ TEST(DateTimeParser, GivesTheBiasOrTheStatedError) {
           {"-30", {u"+01:30"}},  // not -90
           {"-781", {u"14:59"}},
           {"5", {u"-0:5"}},
-          {Bad("6 Invalid hour", "0 to 14"), {u"UTC", u"", u"+15:00", u"+002:00", u"CET+02:00", u"UTCGMT+02:00"}},
-          {"5/10 ':' expected.", {u"+02"}},
-          {Bad("7 Invalid minute", "0 to 59"), {u"+02:60", u"+02:000"}},
-          {"5/12 End of date/time string expected.", {u"+02:00 x"}},
+          {Bad("6: Invalid hour", "0 to 14"), {u"UTC", u"", u"+15:00", u"+002:00", u"CET+02:00", u"UTCGMT+02:00"}},
+          {"EKestrelDateTime 10: ':' expected.", {u"+02"}},
+          {Bad("7: Invalid minute", "0 to 59"), {u"+02:60", u"+02:000"}},
+          {"EKestrelDateTime 12: End of date/time string expected.", {u"+02:00 x"}},
       },
       [](std::u16string_view text) { return std::to_string(ParseZoneBias(text)); });
 }
@@ -160,7 +160,7 @@ TEST(DateTimeParser, ReadsATimeOfAZone) {
           {"2024/05/01 00:00:00,000 GMT-03:30", {u"2024-05-01 -03:30"}},
           {"2024/05/01 00:00:00,000 GMT+00:00", {u"2024-05-01 UTC 0:0"}},
           {"2024/05/01 10:20:00,000 GMT+00:30", {u"2024-05-01T10:20+01:30"}},
-          {Bad("6 Invalid hour", "0 to 14"), {u"2024-05-01 10:20:30", u"2024-05-01"}},
+          {Bad("6: Invalid hour", "0 to 14"), {u"2024-05-01 10:20:30", u"2024-05-01"}},
           {kUnderflow, {u"1601-01-01 +01:00"}},
       },
       [](std::u16string_view text) { return BiasToStr(ParseDateTime(text)); });
@@ -177,7 +177,7 @@ TEST(TimeZones, FindTheYear) {
   }
   EXPECT_EQ(YearFromMilliseconds(0), 1601);
   const std::string late = ErrorOf([=] { YearFromMilliseconds(end(30827) + 1); });
-  EXPECT_EQ(late, "5/13 YearFromMilliseconds: Year/Century out of range.");
+  EXPECT_EQ(late, "EKestrelDateTime 13: YearFromMilliseconds: Year/Century out of range.");
 }
 
 platform::TimeZoneInformation Zone(std::int32_t bias, platform::SystemTime toStandard,
@@ -206,8 +206,10 @@ TEST(TimeZones, FindTheTransitionsOrRefuseThem) {
   const platform::SystemTime invalid[] = {
       {0, 0, 0, 1, 0, 0, 0, 0}, {0, 13, 0, 1, 0, 0, 0, 0}, {0, 3, 0, 0, 0, 0, 0, 0},    {0, 3, 0, 6, 0, 0, 0, 0},
       {0, 3, 7, 1, 0, 0, 0, 0}, {0, 3, 0, 1, 24, 0, 0, 0}, {2024, 2, 0, 30, 0, 0, 0, 0}};
-  for (const auto& rule : invalid) EXPECT_EQ(error(rule), "5/1 Transition date of time zone is not valid.");
-  EXPECT_EQ(error({2023, 3, 0, 1, 0, 0, 0, 0}), "5/1 Transition date error in absolute format. Year not equal.");
+  for (const auto& rule : invalid)
+    EXPECT_EQ(error(rule), "EKestrelDateTime 1: Transition date of time zone is not valid.");
+  EXPECT_EQ(error({2023, 3, 0, 1, 0, 0, 0, 0}),
+            "EKestrelDateTime 1: Transition date error in absolute format. Year not equal.");
 }
 
 TEST(TimeZones, TellTheBiasInForce) {

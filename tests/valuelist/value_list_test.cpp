@@ -6,8 +6,8 @@
 #include <string>
 #include <tuple>
 
+#include "thrown.h"
 #include "valuelist/buffer_pool.h"
-#include "valuelist/error_of.h"
 
 using namespace std::string_literals;
 

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "fakes/counting_allocator.h"
+#include "thrown.h"
 #include "valuelist/buffer_pool.h"
-#include "valuelist/error_of.h"
 
 using namespace std::string_literals;
 
