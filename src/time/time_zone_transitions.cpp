@@ -4,8 +4,8 @@
 #include <cstring>
 #include <mutex>
 
-#include "base/critical_section.h"
 #include "base/exceptions.h"
+#include "base/static_lock.h"
 #include "time/date_time.h"
 
 namespace Kestrel {
@@ -65,18 +65,13 @@ std::int64_t Transition(std::uint32_t year, const platform::SystemTime& rule) {
   return transition;
 }
 
-/// The last result. Callers ask for the current year of one zone nearly always.
+/// The last result, under its StaticLock. Callers ask for the current year of one zone nearly always.
 struct Cache {
-  CriticalSection lock;
   std::uint32_t year = 0;  ///< 0: empty
   platform::TimeZoneInformation zone{};
   TimeZoneTransitions transitions;
 };
-
-Cache& ProcessCache() {
-  static Cache cache;
-  return cache;
-}
+constinit Cache cache;
 
 }  // namespace
 
@@ -97,8 +92,7 @@ std::uint32_t YearFromMilliseconds(std::uint64_t milliseconds) {
 }
 
 TimeZoneTransitions GetTimeZoneTransitions(std::uint32_t year, const platform::TimeZoneInformation& zone) {
-  Cache& cache = ProcessCache();
-  const std::lock_guard guard(cache.lock);
+  const std::lock_guard guard(StaticLock<Cache>());
   if (cache.year != year || std::memcmp(&cache.zone, &zone, sizeof zone) != 0) {
     const TimeZoneTransitions transitions = {Transition(year, zone.standardDate), Transition(year, zone.daylightDate)};
     cache.year = year;
