@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/crc32.h"
 #include "simulator/random.h"
 
 namespace simulator {
@@ -82,22 +83,6 @@ void Append(Bytes& bytes, std::span<const std::uint8_t> added) {
   bytes.insert(bytes.end(), added.begin(), added.end());
 }
 
-constexpr auto kCrcTable = [] {
-  std::array<std::uint32_t, 256> table{};
-  for (std::uint32_t i = 0; i < table.size(); ++i) {
-    std::uint32_t crc = i;
-    for (int bit = 0; bit < 8; ++bit) crc = (crc & 1) != 0 ? 0xEDB88320 ^ (crc >> 1) : crc >> 1;
-    table[i] = crc;
-  }
-  return table;
-}();
-
-std::uint32_t Crc32(std::span<const std::uint8_t> bytes) {
-  std::uint32_t crc = 0xFFFFFFFF;
-  for (const std::uint8_t byte : bytes) crc = kCrcTable[(crc ^ byte) & 0xFF] ^ (crc >> 8);
-  return crc ^ 0xFFFFFFFF;
-}
-
 std::uint32_t Adler32(std::span<const std::uint8_t> bytes) {
   std::uint32_t low = 1;
   std::uint32_t high = 0;
@@ -114,7 +99,7 @@ void AppendPngChunk(Bytes& file, std::string_view type, std::span<const std::uin
   const std::size_t checked = file.size();
   file.insert(file.end(), type.begin(), type.end());
   Append(file, payload);
-  AppendBigEndian(file, Crc32(std::span(file).subspan(checked)));
+  AppendBigEndian(file, Kestrel::Crc32(std::span(file).subspan(checked)));
 }
 
 /// One stored block: nothing is compressed, which keeps the files at a few kilobytes and the code short.

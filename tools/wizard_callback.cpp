@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "tools/crc32.h"
+#include "base/crc32.h"
 #include "tools/text.h"
 
 namespace tarnfind {
@@ -38,7 +38,7 @@ HRESULT WizardCallback::PictureReceived(const std::uint8_t* picture, std::uint64
   event.camera = TakeBstr(cameraText);
   event.bytes = byteCount;
   const std::span<const std::uint8_t> bytes(picture, static_cast<std::size_t>(byteCount));
-  event.crc32 = Crc32(bytes);
+  event.crc32 = Kestrel::Crc32(bytes);
   if (pictures_) {
     PictureStore::Kept kept = pictures_->Keep(bytes, event.camera);
     event.file = std::move(kept.file);

@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "tools/crc32.h"
+#include "base/crc32.h"
 
 namespace simulator {
 namespace {
@@ -23,9 +23,13 @@ Bytes TakeChunk(std::span<const std::uint8_t>& file, const std::string& type) {
   if (file.size() < 12 + length) throw std::out_of_range(type);
   const auto checked = file.subspan(4, 4 + length);
   EXPECT_EQ(std::string(checked.begin(), checked.begin() + 4), type);
-  EXPECT_EQ(BigEndian(file.subspan(8 + length)), tarnfind::Crc32(checked));
+  EXPECT_EQ(BigEndian(file.subspan(8 + length)), Kestrel::Crc32(checked));
   file = file.subspan(12 + length);
   return Bytes(checked.begin() + 4, checked.end());
+}
+
+TEST(Crc32, OfTheUsualCheckText) {
+  EXPECT_EQ(Kestrel::Crc32(Bytes{'1', '2', '3', '4', '5', '6', '7', '8', '9'}), 0xCBF43926U);
 }
 
 TEST(Picture, IsAWholePng) {

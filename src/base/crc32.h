@@ -1,11 +1,11 @@
-/// The checksum of ZIP and PNG (polynomial 0xEDB88320, reflected): tells two pictures apart.
+/// CRC-32 as ZIP and PNG use it: polynomial 0x04C11DB7, bits reflected, 0xFFFFFFFF at the start and inverted at the end.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <span>
 
-namespace tarnfind {
+namespace Kestrel {
 
 inline constexpr std::array<std::uint32_t, 256> kCrc32Table = [] {
   std::array<std::uint32_t, 256> table{};
@@ -23,4 +23,4 @@ inline std::uint32_t Crc32(std::span<const std::uint8_t> bytes) {
   return ~crc;
 }
 
-}  // namespace tarnfind
+}  // namespace Kestrel
