@@ -23,7 +23,7 @@ BENCHMARK(BufferPoolCycle)->Apply(PoolSizes)->Threads(2);
 constexpr char kAscii[] = "Camera front door 12";
 constexpr char kMixed[] = "Tür Große Halle 12 П東";
 
-/// The text repeated while it fits into 4096 bytes of UTF-8.
+/// The text, repeated as often as 4096 bytes of UTF-8 hold.
 std::string Repeated(const std::string& text) {
   std::string repeated;
   while (repeated.size() + text.size() <= 4096) repeated += text;

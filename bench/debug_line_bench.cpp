@@ -24,13 +24,13 @@ std::int64_t LinesInFile() {
   return lines;
 }
 
-/// What the module makes when it is loaded.
+/// The objects that the library makes when it is loaded.
 void MakeSettings() {
   static const Kestrel::DebugOutSettings settings;
   static const Kestrel::DebugOutReadyMark readyMark;
 }
 
-/// To the file alone, and to the history. Each line is flushed, as every message is.
+/// Writes to the file and to the history. The streamer flushes the file after each message.
 void DebugLine(benchmark::State& state) {
   MakeSettings();
   const auto streamer = Kestrel::DebugOutStreamer::Get();

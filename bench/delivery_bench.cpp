@@ -36,7 +36,7 @@ void HandOff(benchmark::State& state) {
   sample::Require(task.runs == calls && task.ranOn != std::this_thread::get_id(), "every task ran on another thread");
 }
 
-/// Sleeps a millisecond, which is not timed, then times that many calls and reports one.
+/// Sleeps a millisecond without timing it, so that workers become idle. Then times `calls` calls and reports the mean.
 template <class Call>
 void TimeAfterRest(benchmark::State& state, int calls, Call call) {
   std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -51,7 +51,7 @@ void HandOffIdle(benchmark::State& state) {
   for (auto _ : state) TimeAfterRest(state, 1, [&] { task.HandOver(); });
 }
 
-/// Counts and keeps nothing.
+/// Counts what arrives and keeps nothing.
 class CountingWizard : public INewCameraDataCallback {
  public:
   HRESULT QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }

@@ -1,10 +1,10 @@
-/// A whole operation of a finder made by the export, over a platform library that answers from memory.
+/// One whole operation of a finder that the export has made. The platform library is a fake that answers from memory.
 #include <benchmark/benchmark.h>
 
 #include "com/com_ptr.h"
+#include "dbi/dbi.h"
 #include "sample.h"
 #include "tarn/camera_finding.h"
-#include "dbi/dbi.h"
 
 namespace {
 sample::Bytes reply;

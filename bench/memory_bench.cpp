@@ -1,4 +1,4 @@
-/// Bytes of the general heap that decoding a reply takes. The program's malloc counts while a measurement is on.
+/// Bytes of the heap that decoding a reply takes. This program replaces malloc, which counts while `counting` is set.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 

@@ -1,5 +1,5 @@
-/// The inputs that every benchmark shares: bytes, cameras and messages, the same in every program that measures this
-/// work.
+/// The inputs of all benchmarks: bytes, cameras and messages. Every program that is compared with this one uses the
+/// same inputs.
 #pragma once
 
 #include <cstddef>
@@ -19,14 +19,14 @@ Bytes SampleBytes(std::size_t count);
 /// Camera number i, from 1 on.
 Tarn::CameraFinding::CameraRecord Camera(unsigned i);
 std::vector<Tarn::CameraFinding::CameraRecord> Cameras(std::size_t count);
-/// The list "CAMERAINFOLIST" of that many cameras, in binary form; and as a server's reply.
+/// A value list with "CAMERAINFOLIST" of `count` cameras, in binary form; and the same as a server's reply.
 Bytes CameraList(std::size_t count);
 Bytes Reply(std::size_t count);
-/// A block of message type 3 with camera 33; one of type 1 with a picture of that many bytes.
+/// A block of message type 3 with camera 33, and a block of type 1 with a picture of `pictureBytes` bytes.
 Bytes CameraBlock();
 Bytes PictureBlock(std::size_t pictureBytes);
 
-/// A benchmark that computes the wrong thing must not report a time.
+/// Ends the program where the condition is false, so that no benchmark reports the time of wrong work.
 void Require(bool condition, const char* what);
 
 }  // namespace sample

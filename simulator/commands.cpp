@@ -14,7 +14,7 @@ namespace {
 
 using namespace Tarn::CameraFinding;
 
-/// The payload of a command, in the reading direction.
+/// Reads the payload of a command.
 template <class Message>
 Message Received(Kestrel::ValueList& command, Message message = {}) {
   Serialize(command, Direction::kRead, message);

@@ -7,7 +7,8 @@
 ///     14  the camera with that hardware address takes the addresses, the DHCP mode and the credentials that are not
 ///         the sentinel, and is pushed as changed
 ///
-/// A camera that the server does not know at this moment is no failure: nothing is pushed, the answer is empty.
+/// Where the server does not know the camera at this moment, nothing is pushed and the answer is empty. That is no
+/// failure.
 #pragma once
 
 #include <memory>
@@ -22,11 +23,11 @@ namespace simulator {
 /// Nothing, one record, or a list of records.
 using Answer = std::variant<std::monostate, World::Record, std::vector<World::Record>>;
 
-/// Carries the command out. Throws Refused where there is no such command or it is malformed, and what value lists
-/// throw where its values are; the world has not changed then.
+/// Carries the command out. Throws Refused for an unknown or malformed command, and what Kestrel::ValueList throws for
+/// values that cannot be read. The world stays unchanged where it throws.
 Answer ExecuteCommand(Kestrel::ValueList& command, World& world);
 
-/// The list that goes back to the finder. Needs no lock: records do not change.
+/// The list that goes back to the finder. Needs no lock, because records never change.
 Kestrel::ValueList ReplyOf(const Answer& answer);
 
 }  // namespace simulator

@@ -1,9 +1,9 @@
 #include <span>
 
+#include "dbi/dbi.h"
 #include "simulator/last_error.h"
 #include "simulator/library.h"
 #include "simulator/scenario_reader.h"
-#include "dbi/dbi.h"
 
 namespace {
 
@@ -16,12 +16,12 @@ void RememberInternalFailure(const char* description) noexcept {
   simulator::Failure failure;
   try {
     failure.description = description;
-  } catch (...) {  // no memory for the text: the code has to do
+  } catch (...) {  // no memory for the text: the code alone is set
   }
   simulator::RememberFailure(failure);
 }
 
-/// The boundary: counts the call, lets faults have their way, and turns what is thrown into the thread's last failure.
+/// The boundary: counts the call, applies the scenario's faults, and turns exceptions into the thread's last failure.
 template <class Body>
 std::uint8_t Answer(Function function, Body body) noexcept {
   try {
@@ -42,7 +42,7 @@ void Require(bool condition, const char* description) {
   if (!condition) throw Refused(simulator::kBadArgument, description);
 }
 
-/// A mistake in the scenario is what the failing call tells.
+/// A mistake in the scenario becomes the description of the call's failure.
 bool LoadScenario() noexcept {
   try {
     Library::Get().LoadScenario();
@@ -107,7 +107,7 @@ std::uint8_t TarnDBI_ReleaseReference(void* reply) {
 }
 
 void TarnLiveStream_Destroy(Tarn::TTarnLiveStream* stream) {
-  // Nobody reads a result, and the finder never comes back for a stream: a fault here only leaves its record.
+  // The stream ends whatever a fault says, because the finder never calls again for it; a fault only leaves its record.
   Answer(Function::kDestroy, [] {});
   try {
     Library::Get().RemoveStream(stream)->Destroy();

@@ -1,4 +1,5 @@
-/// The scenario of a simulator that is told of no other: simulator/default_scenario.json, embedded by the build.
+/// The scenario that is played where TARN_SIMULATOR_SCENARIO names no other: simulator/default_scenario.json, which the
+/// build embeds.
 #pragma once
 
 #include <string_view>

@@ -10,13 +10,13 @@
 
 namespace simulator {
 
-/// May be used on any thread.
+/// Any thread may call it.
 class FunctionFaults {
  public:
   explicit FunctionFaults(std::shared_ptr<const Scenario> scenario) : scenario_(std::move(scenario)) {}
 
-  /// Counts a call, waits as long as a fault says, and tells what shall come of the call. Where it shall fail, the
-  /// calling thread's last failure is set.
+  /// Counts a call, waits for the delay of its faults, and returns the outcome that the call must have. Sets the
+  /// calling thread's last failure where the outcome is a failure.
   Outcome EnterCall(Function function);
 
  private:
@@ -24,7 +24,7 @@ class FunctionFaults {
   std::array<std::atomic<std::uint64_t>, kFunctions.size()> calls_{};
 };
 
-/// Cuts and alters the block that is the number-th of its stream; the sum of the delays is the result.
+/// Cuts and alters a block. number: its place in its stream, from 1 on. Returns the sum of the delays in milliseconds.
 std::uint64_t ApplyBlockFaults(const Scenario& scenario, std::uint64_t number, std::vector<std::uint8_t>& block);
 
 }  // namespace simulator

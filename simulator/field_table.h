@@ -17,8 +17,8 @@ struct Field {
   bool required = false;
 };
 
-/// Reads the members in the order of the table, so that a row can rely on those above it wherever they stand in the
-/// file. A member without a row goes to readOther first, whose answer is whether it knew the key.
+/// Reads the members in the order of the table, not of the file, so that a row may use what the rows above it have
+/// read. A member without a row goes to readOther before that; readOther returns whether it knows the key.
 template <class Target, std::size_t kCount, class ReadOther>
 void ReadObject(const JsonCursor& object, const std::array<Field<Target>, kCount>& fields, Target& target,
                 ReadOther readOther) {

@@ -1,4 +1,4 @@
-/// The eight functions of the platform library, as faults and failures speak of them.
+/// The eight functions of the platform library: the names that scenarios use, and the text of an injected failure.
 #pragma once
 
 #include <array>
@@ -21,7 +21,7 @@ enum class Function : std::size_t {
 struct FunctionRow {
   Function function;
   std::string_view name;
-  std::string_view failure;  ///< description of a fault that brings no text of its own
+  std::string_view failure;  ///< description where the fault gives none
 };
 
 /// Row number = function.

@@ -20,8 +20,8 @@ struct VendorRow {
   std::string_view model;
 };
 
-/// The masks cover named and unnamed device families, a plug-in name that has to decide, and a mask that is in no
-/// table. Each camera's hardware address is its vendor's prefix and its own index.
+/// The masks cover device families with and without a name, a camera whose plug-in name decides its type, and a mask of
+/// no known family. A camera's hardware address is the vendor's prefix and the camera's index.
 constexpr auto kVendors = std::to_array<VendorRow>({
     {"00:40:8C", 0x40, "Axis IPC", "North Optics", "NX-210 Überblick"},
     {"00:13:23", 0x4000, "ONVIF IPC", "Meridian", "MD-40"},
@@ -32,7 +32,7 @@ constexpr auto kVendors = std::to_array<VendorRow>({
     {"00:02:D1", 0x800000, "", "Unlisted", "京-1"},
 });
 
-/// Events that follow a camera's find, as time after it.
+/// How long after a camera was found its other events happen.
 constexpr std::uint32_t kPictureAfterMs = 100;
 constexpr std::uint32_t kChangedAfterMs = 1000;
 constexpr std::uint32_t kGoneAfterMs = 2000;
@@ -90,11 +90,12 @@ void AppendEvents(const GenerateOrder& order, std::size_t index, std::size_t cam
   const std::uint64_t foundAtMs = std::uint64_t{order.withinMs} * index / order.count;
   add(fmtCameraKind0, foundAtMs);
   if (order.pictures) add(fmtPicture, foundAtMs + kPictureAfterMs);
-  // Both are drawn for every camera, so that one percentage does not decide whom the other one meets.
+  // Both numbers are drawn for every camera, so that one percentage does not change which cameras the other one
+  // affects.
   const bool changes = random.Below(100) < order.changedPercent;
   const bool goes = random.Below(100) < order.gonePercent;
   if (changes) {
-    // An address of a range of its own, so that it is nobody else's.
+    // An address of another range, so that no other camera has it.
     add(fmtCameraKind1, foundAtMs + kChangedAfterMs).set.push_back([ip = IpOf(128, index)](CameraRecord& record) {
       record.ip = ip;
     });

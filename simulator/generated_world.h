@@ -10,7 +10,7 @@ namespace simulator {
 
 struct GenerateOrder {
   std::size_t count = 0;
-  std::uint32_t withinMs = 2000;  ///< cameras are found one after the other over this time
+  std::uint32_t withinMs = 2000;  ///< the cameras are found one after the other, evenly over this time
   bool pictures = false;          ///< each camera's find is followed by its picture
   std::uint32_t changedPercent = 0;
   std::uint32_t gonePercent = 0;

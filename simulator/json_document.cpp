@@ -16,8 +16,8 @@ std::string PathOfChild(const std::string& parent, const JsonNode& container, st
   return parent.empty() ? container.keys[index] : parent + "." + container.keys[index];
 }
 
-/// Hands the text to the parser and knows the line of the character handed over last. A line break counts for the line
-/// that it ends: the parser has to read one character beyond a number to see that it is complete.
+/// Hands the text to the parser and counts lines up to the last character that was read. A line break belongs to the
+/// line that it ends, because the parser reads one character beyond a number to see where the number ends.
 class CountingIterator {
  public:
   using iterator_category = std::input_iterator_tag;
@@ -106,7 +106,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
   bool Open(JsonNode::Kind kind) {
     JsonNode& node = Add(kind);
     if (open_.size() == kMostLevels) Fail("is nested too deeply");
-    // The address holds while the node is open: only its own items grow.
+    // The address stays valid while the node is open, because only its own items grow.
     open_.push_back(&node);
     return true;
   }
@@ -114,7 +114,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     open_.pop_back();
     return true;
   }
-  /// The place is the member or element that is being read.
+  /// Reports the member or element that is being read.
   [[noreturn]] void Fail(std::string_view what) const {
     std::string place;
     for (const JsonNode* const node : open_) {

@@ -1,4 +1,4 @@
-/// JSON with line numbers, and a cursor over it that says what is wrong where.
+/// JSON with line numbers, and a cursor that reports each mistake with its place.
 ///
 /// Every mistake is one line: "path:line: key: what is wrong".
 #pragma once
@@ -34,12 +34,12 @@ struct JsonNode {
 /// Throws ScenarioMistake for text that is not JSON, nested more than a few levels deep, or with a key given twice.
 JsonNode ParseJson(std::string_view text, const std::string& path);
 
-/// A place in a document. A cursor must not outlive the one it was taken from.
+/// A place in a document. A cursor must not outlive its parent cursor.
 class JsonCursor {
  public:
   JsonCursor(const JsonNode& root, const std::string& path) : node_(root), path_(path) {}
 
-  /// Elements of an array, members of an object. The two lists end the reading where the node is anything else.
+  /// Elements of an array, members of an object. Each throws ScenarioMistake for a node of another kind.
   std::size_t ElementCount() const;
   std::size_t MemberCount() const;
   JsonCursor Child(std::size_t index) const { return JsonCursor(node_.items[index], path_, this, index); }
@@ -51,7 +51,7 @@ class JsonCursor {
   std::uint64_t Number(std::uint64_t lowest, std::uint64_t highest) const;
 
   [[noreturn]] void Fail(std::string_view what) const;
-  /// About a member of this object, which may be missing.
+  /// Reports a member of this object. The member may be missing; the place is then that of the object.
   [[noreturn]] void FailAt(std::string_view key, std::string_view what) const;
 
  private:

@@ -9,7 +9,7 @@
 namespace simulator {
 namespace {
 
-/// Plain memory: a destructor would keep the library loaded until the thread ends.
+/// Trivial, because a thread-local destructor would keep the library loaded until the thread ends.
 struct LastFailure {
   bool present;
   std::uint32_t errorClass;
@@ -25,7 +25,7 @@ bool IsHighSurrogate(char16_t unit) {
   return unit >= 0xD800 && unit < 0xDC00;
 }
 
-/// Cuts a text that does not fit with its terminator, never between two halves of a character.
+/// Cuts a text that does not fit with its terminator, never inside a surrogate pair.
 template <class Unit, std::size_t kRoom>
 void Store(std::array<Unit, kRoom>& target, std::basic_string_view<Unit> text) {
   std::size_t length = std::min(text.size(), kRoom - 1);
@@ -52,7 +52,7 @@ void RememberFailure(const Failure& failure) noexcept {
     Store<char>(lastFailure.className, AnsiFromUtf8(failure.className));
     Store<char16_t>(lastFailure.description, Kestrel::Utf8ToWide(failure.description));
     Store<char>(lastFailure.additionalText, AnsiFromUtf8(failure.additionalText));
-  } catch (...) {  // no memory: the codes say what is left to say
+  } catch (...) {  // no memory for the texts: class and code are set
   }
 }
 

@@ -1,7 +1,8 @@
 /// The last failure of each thread, as TarnDBIGetLastError tells it.
 ///
-/// A success leaves it as it is. The texts handed out belong to the library and stay valid until the next failure on
-/// the same thread; longer ones are cut, for a thread that ends must not have anything to free.
+/// A successful call leaves it unchanged. The texts handed out belong to the library and stay valid until the next
+/// failure on the same thread. Long texts are cut, because they stand in fixed memory: a thread has nothing to free
+/// when it ends.
 #pragma once
 
 #include <cstdint>
@@ -19,12 +20,12 @@ enum FailureCode : std::uint32_t {
   kScenarioMistake = 3,
   kMalformedRequest = 4,
   kInternalFailure = 5,
-  kInjectedFault = 100,  ///< what a fault of the scenario has unless it says otherwise
+  kInjectedFault = 100,  ///< the code of a scenario's fault that gives none
 };
 
 inline constexpr std::uint32_t kFailureClass = 1;
 
-/// What becomes an error record. Texts are UTF-8.
+/// The content of an error record. Texts are UTF-8.
 struct Failure {
   std::uint32_t errorClass = kFailureClass;
   std::uint32_t errorCode = kInternalFailure;
@@ -33,7 +34,7 @@ struct Failure {
   std::string additionalText;
 };
 
-/// Thrown where one of the functions refuses what it was asked for.
+/// Thrown where one of the eight functions refuses a call.
 class Refused : public std::exception {
  public:
   Refused(FailureCode code, std::string description) {
@@ -47,11 +48,11 @@ class Refused : public std::exception {
   Failure failure_;
 };
 
-/// Makes it the calling thread's last failure. Where there is no memory to do so, texts stay empty.
+/// Sets the calling thread's last failure. Texts stay empty where there is no memory to convert them.
 void RememberFailure(const Failure& failure) noexcept;
-/// A failure that leaves no record.
+/// Clears the calling thread's last failure, so that a failure leaves no record.
 void ForgetFailure() noexcept;
-/// False where the calling thread has no failure to tell; the record stays as it is then.
+/// False where the calling thread has no last failure; the record stays unchanged then.
 bool FillErrorRecord(DBIErrorRecord& record) noexcept;
 
 }  // namespace simulator

@@ -25,8 +25,8 @@ std::string ReadFile(const std::string& path) {
 
 }  // namespace
 
-/// Ends the library when it is unloaded or the process exits. Where threads were ended in the midst of something it
-/// leaves everything as it stands: their locks would never open.
+/// Ends the library when it is unloaded or the process exits. Destroys nothing where the system has killed the threads,
+/// because the locks that they held would never open.
 class LibraryHolder {
  public:
   LibraryHolder() : library_(new Library) {}

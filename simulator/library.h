@@ -1,7 +1,7 @@
-/// What the eight functions share: the scenario that is loaded, the streams and the replies that are open.
+/// What the eight functions share: the loaded scenario, the open streams and the open replies.
 ///
-/// Made with the first call and ended when the library goes. Everything may be called on any thread; nothing is called
-/// back with the lock held.
+/// Lifetime  Made by the first call; ends when the library is unloaded or the process exits.
+/// Threads   Every operation may be called on any thread. No callback is called with the lock held.
 #pragma once
 
 #include <cstdint>
@@ -10,11 +10,11 @@
 #include <mutex>
 #include <string>
 
+#include "dbi/dbi.h"
 #include "simulator/faults.h"
 #include "simulator/platform/threads.h"
 #include "simulator/scenario.h"
 #include "simulator/stream.h"
-#include "dbi/dbi.h"
 #include "valuelist/buffer.h"
 
 namespace simulator {
@@ -23,8 +23,8 @@ class Library {
  public:
   static Library& Get();
 
-  /// Reads the scenario again. While it reads the same, calls are counted on; another one starts with a count of 0.
-  /// Throws ScenarioMistake; what was loaded stays then.
+  /// Reads the scenario again. The counts of calls start anew where its text or path has changed. Throws
+  /// ScenarioMistake; the scenario that was loaded stays then.
   void LoadScenario();
   /// As FunctionFaults::EnterCall; kAsUsual where no scenario has been loaded.
   Outcome EnterCall(Function function);
@@ -34,12 +34,13 @@ class Library {
   std::shared_ptr<Stream> FindStream(Tarn::TTarnLiveStream* handle);
   std::shared_ptr<Stream> RemoveStream(Tarn::TTarnLiveStream* handle);
 
-  /// The reply's bytes, which stay where they are until ReleaseReply.
+  /// Returns the reply's bytes, which stay valid until ReleaseReply.
   void* KeepReply(Kestrel::ReferencePointer<Kestrel::Buffer> reply);
   /// Throws Refused where there is no such reply.
   void ReleaseReply(void* bytes);
 
-  /// For the library's end. False where nothing of it may be touched any more.
+  /// Ends all streams and their threads. False where nothing of the library may be touched any more, see
+  /// ThreadGroup::End.
   bool End();
 
  private:

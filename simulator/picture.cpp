@@ -34,7 +34,7 @@ constexpr std::array<std::array<std::uint8_t, kGlyphHeight>, 10> kGlyphs = {{
     {7, 5, 7, 1, 7},
 }};
 
-/// Grey values, row after row, each behind the filter byte 0 that the format wants.
+/// Grey values, row after row; a filter byte of 0 stands before each row, as PNG wants it.
 class Image {
  public:
   Image() : rows_(std::size_t{kHeight} * (kWidth + 1)) {}
@@ -55,7 +55,7 @@ void DrawGradient(Image& image, Random random) {
       image.At(x, y) = static_cast<std::uint8_t>(std::min(base + x * perColumn + y * perRow, 200U));
 }
 
-/// As large as fits, in the middle.
+/// In the middle, as large as fits.
 void DrawNumber(Image& image, std::string_view digits) {
   const auto columns = static_cast<std::uint32_t>(digits.size()) * (kGlyphWidth + 1);
   const std::uint32_t block = std::clamp(kWidth / columns, 1U, kHeight / (kGlyphHeight + 1));
@@ -118,7 +118,7 @@ Bytes PngFile(const Image& image) {
   Bytes header;
   AppendBigEndian(header, kWidth);
   AppendBigEndian(header, kHeight);
-  Append(header, std::array<std::uint8_t, 5>{8, 0, 0, 0, 0});  // 8 bits of grey, the only compression, filter, no lace
+  Append(header, std::array<std::uint8_t, 5>{8, 0, 0, 0, 0});  // 8 bits of grey, not interlaced
   AppendPngChunk(file, "IHDR", header);
   AppendPngChunk(file, "IDAT", ZlibStored(image.Rows()));
   AppendPngChunk(file, "IEND", {});

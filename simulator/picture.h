@@ -6,8 +6,8 @@
 
 namespace simulator {
 
-/// A PNG file. The seed shades it, and a bright column moves by one with each picture of a camera, so that no two
-/// pictures of a camera are alike.
+/// A PNG file. The shades depend on the seed. An inverted column moves by one with each picture, so that two pictures
+/// of a camera in a row differ.
 std::vector<std::uint8_t> MakePicture(std::uint64_t seed, std::uint64_t cameraNumber, std::uint32_t pictureNumber);
 
 }  // namespace simulator

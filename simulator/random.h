@@ -9,10 +9,10 @@ namespace simulator {
 /// splitmix64.
 class Random {
  public:
-  /// The ingredients together make the seed; their order counts.
-  Random(std::initializer_list<std::uint64_t> ingredients) {
-    for (const std::uint64_t ingredient : ingredients) {
-      state_ ^= ingredient;
+  /// All numbers together are the seed; their order matters.
+  Random(std::initializer_list<std::uint64_t> seeds) {
+    for (const std::uint64_t seed : seeds) {
+      state_ ^= seed;
       state_ = Next();
     }
   }

@@ -21,7 +21,7 @@ bool IsMac(std::string_view text) {
   return true;
 }
 
-/// Four numbers up to 255 with dots between.
+/// Four numbers up to 255 with dots between them.
 bool IsIpAddress(std::string_view text) {
   const char* position = text.data();
   const char* const end = position + text.size();
@@ -53,7 +53,7 @@ std::vector<std::string> ReadTexts(const JsonCursor& value) {
   return texts;
 }
 
-/// An empty text stands for no address.
+/// An IP address; an empty text means that there is none.
 std::string ReadAddress(const JsonCursor& value) {
   const std::string& text = value.Text();
   if (!text.empty() && !IsIpAddress(text)) value.Fail("must be an IP address such as 10.0.0.5, or empty");
@@ -66,7 +66,7 @@ std::vector<std::string> ReadAddresses(const JsonCursor& value) {
   return addresses;
 }
 
-/// A number, or its hexadecimal form as text: masks are easier to read that way.
+/// A number, or a text with its hexadecimal form, because masks are easier to read so.
 template <class Mask>
 Mask ReadMask(const JsonCursor& value) {
   constexpr Mask kHighest = std::numeric_limits<Mask>::max();

@@ -10,14 +10,14 @@
 
 namespace simulator {
 
-/// The change that sets the member of that name, the hardware address excepted: it is what a camera is known by.
-/// Nothing for any other key. Throws ScenarioMistake for a value that the member cannot have.
+/// The change that sets the record's member of that name. Empty for an unknown key, and for the hardware address, which
+/// no event may change. Throws ScenarioMistake for a value that the member cannot have.
 std::optional<RecordChange> ReadRecordMember(std::string_view key, const JsonCursor& value);
 
-/// A hardware address with upper-case digits.
+/// A hardware address, with upper-case digits. Throws ScenarioMistake for any other text.
 std::string ReadMac(const JsonCursor& value);
 
-/// Upper-case digits: how the simulator compares hardware addresses.
+/// The address with upper-case digits. Hardware addresses are compared in this form.
 std::string NormalizedMac(std::string mac);
 
 }  // namespace simulator

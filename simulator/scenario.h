@@ -1,5 +1,5 @@
-/// What a simulated server's network looks like and what happens on it. A scenario does not change once it is read;
-/// streams share it.
+/// The network of a simulated server, and what happens on it. A scenario never changes after it has been read, so that
+/// streams share it without a lock.
 #pragma once
 
 #include <chrono>
@@ -35,11 +35,11 @@ struct Event {
   std::uint32_t atMs = 0;
   std::size_t camera = 0;  ///< index
   FinderMessageType type = Tarn::CameraFinding::fmtCameraKind0;
-  std::vector<RecordChange> set;      ///< made to the camera's record before it is pushed
-  std::vector<std::uint64_t> values;  ///< of a values event; empty: counters made by the simulator
+  std::vector<RecordChange> set;      ///< changes of the camera's record, made before it is pushed
+  std::vector<std::uint64_t> values;  ///< of a values event; empty: the simulator makes up counters
 };
 
-/// The n-th time that something happens, counted from 1.
+/// Which calls or blocks a fault acts on: one of them, counted from 1, or every one.
 struct Occurrence {
   std::uint64_t number = 1;
   bool every = false;
@@ -59,18 +59,18 @@ struct FunctionFault {
   std::uint32_t delayMs = 0;
 };
 
-/// Done to the n-th block that a stream delivers.
+/// Acts on the blocks of each stream, in the order of their delivery.
 struct BlockFault {
   Occurrence block;
-  std::optional<std::uint64_t> cutAt;    ///< this many bytes are left
-  std::optional<std::uint64_t> alterAt;  ///< a position in the block
-  std::uint8_t alterMask = 0xFF;         ///< bits that are turned over there
+  std::optional<std::uint64_t> cutAt;    ///< bytes of the block that are left
+  std::optional<std::uint64_t> alterAt;  ///< offset of the altered byte
+  std::uint8_t alterMask = 0xFF;         ///< bits of that byte that are inverted
   std::uint32_t delayMs = 0;
 };
 
 struct Scenario {
   std::uint64_t seed = 1;
-  double speed = 1;  ///< 0: nothing is waited for
+  double speed = 1;  ///< how many times faster than written; 0: without waiting
   std::vector<CameraPlan> cameras;
   std::vector<Event> events;  ///< by time, then as written
   std::vector<FunctionFault> functionFaults;

@@ -14,7 +14,7 @@ namespace {
 
 using namespace Tarn::CameraFinding;
 
-/// Ten days; times stay far away from what clocks can count.
+/// Ten days, so that sums of times stay far below the clock's limit.
 constexpr std::uint64_t kLongestMs = 864'000'000;
 constexpr double kSlowest = 0.001;
 constexpr double kFastest = 1000;
@@ -104,7 +104,7 @@ void ReadFaultFunction(const JsonCursor& value, FunctionFault& fault) {
   fault.function = row->function;
 }
 
-/// true or an object: the function fails and leaves a record; false: it fails and leaves none.
+/// true or an object: the function fails and leaves an error record; false: it fails without one.
 void ReadFaultError(const JsonCursor& value, FunctionFault& fault) {
   fault.outcome = Outcome::kFailsWithRecord;
   if (value.Node().kind == JsonNode::Kind::kFlag) {
@@ -220,7 +220,7 @@ void ReadSpeed(const JsonCursor& value, ScenarioForm& form) {
   form.scenario.speed = instant ? 0 : node.real;
 }
 
-/// Events name cameras, so they are read after them.
+/// Cameras stand before events, because events refer to them by name.
 constexpr auto kScenarioFields = std::to_array<Field<ScenarioForm>>({
     {"$schema", [](const JsonCursor& value, ScenarioForm&) { value.Text(); }},
     {"seed",

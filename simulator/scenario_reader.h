@@ -9,7 +9,7 @@
 
 namespace simulator {
 
-/// Throws ScenarioMistake for anything that is wrong with the text; path is what the mistake names.
+/// Throws ScenarioMistake for any mistake in the text. path: the file's name for the message.
 Scenario ReadScenario(std::string_view json, const std::string& path);
 
 }  // namespace simulator

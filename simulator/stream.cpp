@@ -10,7 +10,7 @@
 
 namespace simulator {
 
-/// A callback and the reference that is held on it.
+/// A callback, and one reference on it.
 class Stream::Registration {
  public:
   explicit Registration(IGenericDataReceivedCallback& callback) : callback_(&callback) { callback.AddRef(); }
@@ -21,7 +21,7 @@ class Stream::Registration {
   Registration& operator=(const Registration&) = delete;
 
   IGenericDataReceivedCallback* Get() const { return callback_; }
-  /// The reference stays where it is.
+  /// The destructor will not release the reference.
   void Abandon() { abandoned_.store(true); }
 
  private:
@@ -33,7 +33,7 @@ Stream::Stream(std::shared_ptr<const Scenario> scenario, ThreadGroup& threads)
     : scenario_(std::move(scenario)), threads_(threads), world_(scenario_) {}
 
 void Stream::Register(IGenericDataReceivedCallback& callback) {
-  // Whatever this variable holds at the end is released with the lock let go.
+  // Declared before the lock, so that the registration that is replaced is released after the lock.
   auto registration = std::make_shared<Registration>(callback);
   {
     const std::lock_guard guard(lock_);
@@ -114,12 +114,12 @@ void Stream::DeliverBlocks() {
       if (delayMs > 0) changed_.wait_for(guard, scenario_->Scaled(delayMs), [this] { return ended_; });
       registration = registration_;
     }
-    // The callback may be gone by now; the block is lost then, as one under way would be.
+    // The callback was unregistered during the delay: the block is lost, as a block under way would be.
     if (!registration) continue;
     try {
       registration->Get()->OnGenericData(Tarn::CameraFinding::kFinderBlockKind, block.type, block.bytes.data(),
                                          block.bytes.size());
-    } catch (...) {  // the block was refused, for lack of memory for example; the next one may fare better
+    } catch (...) {  // this block is lost, for lack of memory for example; the next one may succeed
     }
   }
 }

@@ -1,16 +1,17 @@
-/// One live stream: a world, the callback that hears of it, and the thread that delivers.
+/// One live stream: a world, the registered callback, and the thread that delivers blocks to it.
 ///
-/// The thread starts with the first registration and has its own share of the stream. It takes a block and a share of
-/// the registration under the lock and delivers with no lock held, so registering, unregistering and Destroy never wait
-/// for a delivery and may be called from inside one. A block in flight completes; none is delivered after that.
+/// The thread starts with the first registration. It shares the ownership of the stream and, during a delivery, of the
+/// registration. It takes both the block and the registration under the lock and delivers without the lock. So
+/// Register, Unregister and Destroy never wait for a delivery and may be called from inside one. A delivery that has
+/// begun completes; no other begins after Destroy.
 ///
 ///     thread     lock { wait until due; take block and registration }  OnGenericData  release share
 ///     Destroy    lock { end; take registration }                       OnDetach       release share
 ///
-/// The callback is referenced once per registration and released by whoever lets go of the last share. While no
-/// callback is registered events wait; a new registration takes the place of the one before.
+/// Each registration holds one reference on its callback; the last owner of the registration releases it. Events wait
+/// while no callback is registered. A new registration replaces the one before.
 ///
-/// Everything may be called on any thread.
+/// Threads  Every operation may be called on any thread.
 #pragma once
 
 #include <condition_variable>
@@ -19,10 +20,10 @@
 #include <mutex>
 #include <span>
 
+#include "dbi/dbi.h"
 #include "simulator/platform/threads.h"
 #include "simulator/scenario.h"
 #include "simulator/world.h"
-#include "dbi/dbi.h"
 #include "valuelist/buffer.h"
 
 namespace simulator {
@@ -35,13 +36,14 @@ class Stream : public std::enable_shared_from_this<Stream> {
   Stream& operator=(const Stream&) = delete;
 
   void Register(IGenericDataReceivedCallback& callback);
-  /// Does nothing for a callback that is not the registered one: it was replaced.
+  /// Does nothing where another callback is registered, because that one has replaced this one.
   void Unregister(IGenericDataReceivedCallback& callback);
-  /// Answers a request. Throws Refused and what the message code throws for a malformed one.
+  /// Answers a request. Throws Refused, and what Kestrel::ValueList throws, for a malformed request.
   Kestrel::ReferencePointer<Kestrel::Buffer> Send(std::span<const std::uint8_t> request);
   /// Ends the deliveries and detaches the callback.
   void Destroy();
-  /// Ends the deliveries when the library goes: the callback's own module may have gone before, so it is not called.
+  /// Ends the deliveries when the library is unloaded. Does not call the callback, because the callback's module may
+  /// have been unloaded before.
   void Abandon();
 
  private:

@@ -1,9 +1,10 @@
-/// The server's side of the network: its cameras as they are, what is to be pushed next, and when.
+/// The server's side of the network: the state of its cameras, and the blocks that it pushes.
 ///
-/// Events happen strictly in the scenario's order; time only decides when the next one may. What commands add goes
-/// before them. An event takes effect when its block is taken, so the server never knows more than it has said.
+/// Events happen strictly in the scenario's order; time only decides when the next one may happen. Blocks that commands
+/// cause go before events. An event takes effect when its block is taken, so that the server never knows more than it
+/// has pushed.
 ///
-/// No lock inside: the stream that owns the world has one.
+/// Threads  No lock inside; the stream that owns the world calls it under its own lock.
 #pragma once
 
 #include <chrono>
@@ -23,14 +24,14 @@ namespace simulator {
 class World {
  public:
   using Clock = std::chrono::steady_clock;
-  /// A record does not change; a camera that changes gets another one. So a reader needs no lock to go on with it.
+  /// Records never change; a camera that changes gets a new record. So a record is read without the lock.
   using Record = std::shared_ptr<const CameraRecord>;
 
   explicit World(std::shared_ptr<const Scenario> scenario);
 
-  /// The events begin, or begin again, at this moment.
+  /// Starts the events, or starts them again, at this moment.
   void StartTimeline();
-  /// When TakeBlock may be called; nothing when there is nothing left to push.
+  /// When TakeBlock may be called. Empty where nothing is left to push.
   std::optional<Clock::time_point> NextBlockTime() const;
   /// Requires that something is left to push.
   Block TakeBlock();
@@ -42,9 +43,9 @@ class World {
   const Record& RecordOf(std::size_t camera) const { return cameras_[camera].record; }
   void Change(std::size_t camera, const RecordChange& change);
 
-  /// Pushes the camera's record as it will be then.
+  /// Adds a block. Its content is the camera's state at the moment when it is taken.
   void Push(std::size_t camera, FinderMessageType type) { pushes_.push_back({camera, type}); }
-  /// Pushes the last picture of each present camera that has taken one.
+  /// Adds the last picture of each present camera that has taken one.
   void PushPreviousPictures();
   void DropPushes() { pushes_.clear(); }
 

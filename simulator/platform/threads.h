@@ -1,10 +1,9 @@
-/// Delivery threads, and what becomes of them when the library goes: the one thing here that differs between systems.
+/// Delivery threads, and how they end when the library is unloaded. Only this differs between the systems.
 ///
-/// Linux    A thread may be joined while the library is being unloaded, so that is when the group waits for its
-/// threads. Windows  Joining at that moment dead-locks. Each thread holds a reference on the module instead and drops
-/// it as its
-///          last act, so the module stays until its threads have gone. At process exit the system ends them first,
-///          wherever they stand, and the locks they held stay locked.
+/// - Linux: End joins the threads, because a thread may be joined while the library is being unloaded.
+/// - Windows: joining at that moment dead-locks. Each thread holds a reference on the module and releases it in its
+///   last call, so that the module stays loaded until its threads have ended. At process exit the system kills the
+///   threads before End is called; the locks that they held stay locked.
 #pragma once
 
 #include <functional>
@@ -23,8 +22,9 @@ class ThreadGroup {
   /// Runs body on a new thread. The body must not throw. Throws std::system_error where no thread can be had.
   void Start(std::function<void()> body);
 
-  /// For the end of the library. True when no thread of the group is left; askToEnd may have been called to get there.
-  /// False: the threads were ended from outside, and what they used must neither be touched nor destroyed.
+  /// Called when the library ends. Calls askToEnd where the threads still run and can be joined.
+  /// True: no thread of the group is left. False: the system killed the threads, so that nothing they used may be
+  /// touched or destroyed.
   bool End(const std::function<void()>& askToEnd);
 
  private:

@@ -26,7 +26,7 @@ ThreadGroup::~ThreadGroup() = default;
 
 void ThreadGroup::Start(std::function<void()> body) {
   const std::lock_guard guard(state_->lock);
-  // Threads that have ended are collected here, so that streams that come and go do not pile them up.
+  // Joins threads that have ended, so that they do not pile up while streams come and go.
   state_->members.remove_if([](Member& member) {
     if (!member.ended.load()) return false;
     member.thread.join();
@@ -36,10 +36,10 @@ void ThreadGroup::Start(std::function<void()> body) {
   try {
     member.thread = std::thread([&member, run = std::move(body)]() mutable {
       run();
-      run = nullptr;  // what the body holds goes before the thread counts as ended
+      run = nullptr;  // frees what the body holds before the thread counts as ended
       member.ended.store(true);
     });
-  } catch (...) {  // no thread: the list must not keep a member that never ends
+  } catch (...) {  // without a thread the member would never end
     state_->members.pop_back();
     throw;
   }

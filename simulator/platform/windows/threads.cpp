@@ -20,7 +20,7 @@ struct Launch {
   HMODULE module;
 };
 
-/// Everything that has a destructor ends in here; FreeLibraryAndExitThread runs none.
+/// Objects with a destructor live in here, because FreeLibraryAndExitThread runs no destructor.
 HMODULE RunBody(Launch* launch) {
   const std::unique_ptr<Launch> owned(launch);
   owned->body();
