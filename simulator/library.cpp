@@ -1,8 +1,8 @@
 #include "simulator/library.h"
 
+#include <array>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -18,8 +18,14 @@ constexpr char kDefaultPath[] = "default scenario";
 
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file.is_open() || file.bad()) throw ScenarioMistake(path + ": cannot be read");
+  std::string text;
+  // A folder opens, but cannot be read. Only read tells so without an exception; an iterator lets it through.
+  for (std::array<char, 4096> part; file.good();) {
+    file.read(part.data(), part.size());
+    text.append(part.data(), static_cast<std::size_t>(file.gcount()));
+  }
+  if (!file.is_open() || file.bad())
+    throw ScenarioMistake(path + ": cannot be read; " + kScenarioVariable + " must name a scenario file");
   return text;
 }
 

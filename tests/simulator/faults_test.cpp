@@ -1,6 +1,7 @@
 /// What the eight functions answer when they fail, are misused, or a scenario tells them to.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <thread>
 
@@ -113,6 +114,12 @@ TEST(ScenarioFile, IsReadForEachStreamAndAMistakeIsWhatCreateTells) {
   Tarn::TTarnLiveStream* stream = nullptr;
   EXPECT_FALSE(dbi.create(nullptr, &stream));
   EXPECT_NE(dbi.LastError().find("scenario.json:2: speed: must be a number"), std::string::npos);
+  const std::string path = std::getenv("TARN_SIMULATOR_SCENARIO");
+  std::filesystem::remove(path);
+  std::filesystem::create_directory(path);
+  EXPECT_FALSE(dbi.create(nullptr, &stream));
+  EXPECT_EQ(dbi.LastError(), path + ": cannot be read; TARN_SIMULATOR_SCENARIO must name a scenario file");
+  std::filesystem::remove(path);
   DbiLibrary::WriteScenario("{}");
   EXPECT_TRUE(dbi.create(nullptr, &stream));
   dbi.destroy(stream);
