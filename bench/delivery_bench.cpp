@@ -6,7 +6,7 @@
 
 #include "com/com_wrapper.h"
 #include "platform/threads.h"
-#include "protocol/camera_data_callback.h"
+#include "protocol/block_receiver.h"
 #include "sample.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "protocol/finder_block.h"
+#include "protocol/block_parser.h"
 
 #include <cstring>
 #include <optional>
@@ -7,7 +7,7 @@
 #include "base/text_conversion.h"
 #include "com/com_wrapper.h"
 #include "counting_wizard.h"
-#include "protocol/camera_data_callback.h"
+#include "protocol/block_receiver.h"
 #include "protocol/camera_info.h"
 #include "protocol/camera_type.h"
 #include "protocol/record_wire.h"

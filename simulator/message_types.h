@@ -8,7 +8,7 @@
 #include <array>
 #include <string_view>
 
-#include "protocol/finder_block.h"
+#include "protocol/block_parser.h"
 
 namespace simulator {
 

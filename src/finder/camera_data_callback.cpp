@@ -1,4 +1,4 @@
-#include "protocol/camera_data_callback.h"
+#include "protocol/block_receiver.h"
 
 #include <utility>
 

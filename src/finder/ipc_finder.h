@@ -13,7 +13,7 @@
 
 #include "com/com_wrapper.h"
 #include "finder/live_stream.h"
-#include "protocol/camera_data_callback.h"
+#include "protocol/block_receiver.h"
 #include "protocol/camera_record.h"
 #include "tarn/camera_finding.h"
 #include "valuelist/value_list.h"

@@ -3,7 +3,7 @@
 #include <new>
 
 #include "platform/threads.h"
-#include "protocol/finder_block.h"
+#include "protocol/block_parser.h"
 
 namespace Tarn::CameraFinding {
 namespace {

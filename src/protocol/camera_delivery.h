@@ -5,7 +5,7 @@
 
 #include "base/reference_counting.h"
 #include "com/com_ptr.h"
-#include "protocol/camera_data_callback.h"
+#include "protocol/block_receiver.h"
 #include "valuelist/buffer.h"
 
 namespace Tarn::CameraFinding {

@@ -9,7 +9,7 @@
 
 #include "base/base64.h"
 #include "protocol/finder_messages.h"
-#include "protocol/record_codec.h"
+#include "protocol/canonical_record.h"
 #include "protocol/request_wire.h"
 #include "valuelist/value_list.h"
 

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "base/exceptions.h"
-#include "protocol/record_codec.h"
-#include "protocol/record_keys.h"
+#include "protocol/canonical_record.h"
+#include "protocol/record_format.h"
 #include "valuelist/buffer_pool.h"
 
 namespace Tarn::CameraFinding {

@@ -1,10 +1,10 @@
-#include "protocol/camera_data_callback.h"
+#include "protocol/block_receiver.h"
 
 #include <mutex>
 #include <utility>
 
 #include "protocol/camera_delivery.h"
-#include "protocol/finder_block.h"
+#include "protocol/block_parser.h"
 #include "valuelist/buffer_pool.h"
 
 namespace Tarn::CameraFinding {

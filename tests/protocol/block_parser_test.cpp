@@ -1,4 +1,4 @@
-#include "protocol/finder_block.h"
+#include "protocol/block_parser.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "protocol/record_codec.h"
+#include "protocol/canonical_record.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <type_traits>
 
 #include "base/text_conversion.h"
-#include "protocol/record_keys.h"
+#include "protocol/record_format.h"
 #include "protocol/record_wire.h"
 #include "valuelist/value_list.h"
 

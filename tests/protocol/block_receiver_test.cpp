@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "platform/threads.h"
-#include "protocol/camera_data_callback.h"
+#include "protocol/block_receiver.h"
 #include "protocol/recording_wizard.h"
 
 namespace {

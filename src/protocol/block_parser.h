@@ -24,7 +24,7 @@
 
 #include <cstdint>
 
-#include "protocol/camera_data_callback.h"
+#include "protocol/block_receiver.h"
 #include "valuelist/buffer.h"
 
 namespace Tarn::CameraFinding {
