@@ -8,14 +8,14 @@
 
 namespace Kestrel {
 
-/// A new BSTR for a caller outside, made as the interface states: a temporary of the text up to its first NUL, copied
-/// over its byte length. An empty text gives an allocated empty BSTR. Throws std::bad_alloc where there is no memory.
+/// A new BSTR for a caller outside, of the text up to its first NUL. An empty text gives an allocated empty BSTR, never
+/// null. Throws std::bad_alloc where there is no memory.
 BSTR MakeBstr(const std::u16string& text);
 /// As MakeBstr, of UTF-8 up to its first NUL.
 BSTR MakeBstrFromUtf8(const std::string& utf8);
 
-/// Takes a BSTR over: copies its text, up to its first NUL, as UTF-8 and frees it. Null counts as empty. The BSTR is
-/// freed on every path.
+/// Takes ownership of a BSTR: returns its text, up to its first NUL, as UTF-8, and frees it, also where that throws.
+/// Null counts as empty.
 std::string TakeBstrAsUtf8(BSTR text);
 
 /// UTF-8 of a NUL-terminated text; empty for null.

@@ -44,7 +44,7 @@ class ComWrapperBase : public T {
   /// For the holder of a reference: true where it is the only one.
   bool HasOneReference() const { return refCount_.load() == 1; }
 
-  /// Failure leaves the object without marshaling support, which is all that it means.
+  /// Where that fails, the object works without marshaling support.
   void CreateMarshaler() {
     void* marshaler = nullptr;
     platform::CoCreateFreeThreadedMarshaler(static_cast<I*>(this), &marshaler);
@@ -73,7 +73,7 @@ class ComWrapper final : public ComWrapperBase<T, I> {
       return S_OK;
     }
     if (id == kIidMarshal && this->marshaler_) {
-      // The marshaler's own answer is discarded: a caller sees by the null object that it refused.
+      // S_OK whatever the marshaler answers; the null object tells the caller that it refused.
       this->marshaler_->QueryInterface(id, object);
       return S_OK;
     }

@@ -7,22 +7,25 @@
 #include <vector>
 
 #include "com/bstr.h"
+#include "com/com_ptr.h"
+#include "com/swallow_exceptions.h"
 #include "protocol/camera_info.h"
 #include "protocol/camera_reply.h"
 #include "protocol/finder_messages.h"
 #include "protocol/record_wire.h"
+#include "protocol/request_wire.h"
+#include "valuelist/buffer.h"
 
 namespace Tarn::CameraFinding {
-
 namespace {
 
-/// Sent as they stand in every network command: the wizard's camera does not tell these.
+/// Every network command carries these as they stand, because a wizard's camera cannot tell the real values.
 constexpr char kPluginNamePlaceholder[] = "PluginnamePlatzHalter";
 constexpr char kVendorDisplayName[] = "VendorDisplayName";
 constexpr char kNoAddress[] = "0.0.0.0";
 constexpr std::uint8_t kNetworkCommandCtt = 2;
 
-/// The record that a network command carries. Reads each getter once, in the order that the wizard relies on.
+/// The record that a network command carries. Calls each getter once, in this order: a wizard may rely on it.
 CameraRecord RecordFromCamera(ICameraInfo& camera) {
   std::string firmwareVersion = Kestrel::TakeBstrAsUtf8(camera.GetFirmwareVersion());
   std::string model = Kestrel::TakeBstrAsUtf8(camera.GetModelName());
@@ -61,26 +64,24 @@ IPCFinder::~IPCFinder() {
 }
 
 void IPCFinder::SendMacAddress(const OLECHAR* macAddress) {
-  try {
+  Kestrel::SwallowExceptions([&] {
     Kestrel::ValueList reply;
     SendCommand(CommandOf(MacAddressMessage{Kestrel::Utf8FromNulTerminated(macAddress)}), reply);
-  } catch (...) {  // the contract: no exception and no message
-  }
+  });
 }
 
 void IPCFinder::RequestInfoByIp(const OLECHAR* ipAddress) {
-  try {
+  Kestrel::SwallowExceptions([&] {
     Kestrel::ValueList reply;
     SendCommand(CommandOf(InfoByIpMessage{Kestrel::Utf8FromNulTerminated(ipAddress)}), reply);
-    // What the server found arrives at the callback; the reply is only read, so that a malformed one ends here.
+    // Dropped, because what the server found arrives at the callback.
     CameraRecord record;
     ReadRecord(reply, record);
-  } catch (...) {  // the contract: no exception and no message
-  }
+  });
 }
 
 void IPCFinder::ListFoundCameras(IFoundCameraReceiver* receiver) {
-  if (!streamInfo_ || !EnsureStreamStarted(*streamInfo_)) return;
+  if (!HasStartedStream()) return;
   std::vector<CameraRecord> cameras;
   Exchange(CommandOf(ListFoundMessage{}),
            [&cameras](std::span<const std::uint8_t> reply) { cameras = ReadCameraReply(reply); });
@@ -92,8 +93,9 @@ void IPCFinder::ListFoundCameras(IFoundCameraReceiver* receiver) {
 }
 
 void IPCFinder::SetNewCameraDataCallback(INewCameraDataCallback* callback) {
-  if (!streamInfo_ || !EnsureStreamStarted(*streamInfo_)) return;
-  // Registered before the one before is unregistered; where registering throws, that one stays.
+  if (!HasStartedStream()) return;
+  // The new one is registered before the old one is unregistered, so that no block is lost in between, and the old one
+  // stays where registering throws.
   dataCallback_ = std::make_unique<CameraDataCallback>(callback, streamInfo_);
 }
 
@@ -102,11 +104,10 @@ std::uint8_t IPCFinder::SendNetworkCommandType1(ICameraInfo* camera) {
 }
 
 void IPCFinder::SendBareCommand() {
-  try {
+  Kestrel::SwallowExceptions([this] {
     Kestrel::ValueList reply;
     SendCommand(CommandOf(BareMessage{}), reply);
-  } catch (...) {  // the contract: no exception and no message
-  }
+  });
 }
 
 std::uint8_t IPCFinder::SendNetworkCommandType4(ICameraInfo* camera) {
@@ -114,16 +115,30 @@ std::uint8_t IPCFinder::SendNetworkCommandType4(ICameraInfo* camera) {
 }
 
 std::uint8_t IPCFinder::SendNetworkCommand(ICameraInfo* camera, std::uint32_t networkCommandType) {
-  try {
+  return Kestrel::SwallowExceptions([&] {
     NetworkCommand command;
     static_cast<CameraRecord&>(command) = RecordFromCamera(*camera);
     command.networkCommandType = networkCommandType;
     Kestrel::ValueList reply;
     SendCommand(CommandOf(std::move(command)), reply);
-    return 1;
-  } catch (...) {  // the contract: failure is the result 0
-    return 0;
-  }
+  });
+}
+
+void IPCFinder::SendCommand(const Kestrel::ValueList& command, Kestrel::ValueList& reply) {
+  Exchange(command, [&reply](std::span<const std::uint8_t> bytes) { DecodeReply(bytes, reply); });
+}
+
+void IPCFinder::Exchange(const Kestrel::ValueList& command,
+                         const std::function<void(std::span<const std::uint8_t>)>& read) {
+  if (!HasStartedStream()) return;
+  const Kestrel::ReferencePointer<Kestrel::Buffer> request = EncodeRequest(command);
+  DspReply reply;
+  SendRequest(*streamInfo_, request->GetBytes(), reply);
+  if (!reply.GetBytes().empty()) read(reply.GetBytes());
+}
+
+bool IPCFinder::HasStartedStream() {
+  return streamInfo_ && EnsureStreamStarted(*streamInfo_);
 }
 
 }  // namespace Tarn::CameraFinding

@@ -3,7 +3,7 @@
 ///
 /// Threads  No lock of its own; operations block on the server on the caller's thread.
 /// Errors   SendMacAddress, RequestInfoByIp, SendBareCommand and both SendNetworkCommandType… swallow every exception;
-///          ListFoundCameras and SetNewCameraDataCallback let them through. The asymmetry is part of the contract.
+///          ListFoundCameras and SetNewCameraDataCallback let them through. Wizards rely on the difference.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@
 #include <span>
 
 #include "com/com_wrapper.h"
-#include "finder/live_stream.h"
 #include "protocol/block_receiver.h"
+#include "finder/live_stream.h"
 #include "protocol/camera_record.h"
 #include "tarn/camera_finding.h"
 #include "valuelist/value_list.h"
@@ -46,10 +46,11 @@ class IPCFinder : public ICameraFinder, public IPCFindingSender {
   void SendCommand(const Kestrel::ValueList& command, Kestrel::ValueList& reply) override;
 
  private:
-  /// Sends the command and hands a reply of at least one byte to read, which may throw. The channel and errors are
-  /// those of SendCommand.
+  /// Sends the command, and calls read with the reply's bytes if there are any. Returns without sending where the
+  /// channel cannot be opened. Throws DBIException, and what read throws.
   void Exchange(const Kestrel::ValueList& command, const std::function<void(std::span<const std::uint8_t>)>& read);
   std::uint8_t SendNetworkCommand(ICameraInfo* camera, std::uint32_t networkCommandType);
+  bool HasStartedStream();
 
   std::unique_ptr<CameraDataCallback> dataCallback_;
   std::shared_ptr<LiveStreamInfo> streamInfo_;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "com/bstr.h"
+#include "com/swallow_exceptions.h"
 #include "protocol/camera_type.h"
 
 namespace Tarn::CameraFinding {
@@ -78,20 +79,19 @@ std::uint8_t IPCFinderCameraInfo::IsReserved() {
   return 0;
 }
 
-// Both setters convert every text before they touch the record: it changes as a whole or not at all.
+// Both setters convert every text before they change the record, so that a failing conversion leaves it as it was.
 void IPCFinderCameraInfo::SetCredentials(const OLECHAR* user, const OLECHAR* password) {
-  try {
+  Kestrel::SwallowExceptions([&] {
     std::string userUtf8 = Kestrel::Utf8FromNulTerminated(user);
     std::string passwordUtf8 = Kestrel::Utf8FromNulTerminated(password);
     record_.loginUser = std::move(userUtf8);
     record_.loginPassword = std::move(passwordUtf8);
-  } catch (...) {  // no exception crosses the interface
-  }
+  });
 }
 
 void IPCFinderCameraInfo::SetNetworkSettings(const OLECHAR* ipAddress, const OLECHAR* subnetMask, std::uint8_t dhcpMode,
                                              const OLECHAR* gateway) {
-  try {
+  Kestrel::SwallowExceptions([&] {
     std::string ipUtf8 = Kestrel::Utf8FromNulTerminated(ipAddress);
     std::string subnetMaskUtf8 = Kestrel::Utf8FromNulTerminated(subnetMask);
     std::string gatewayUtf8 = Kestrel::Utf8FromNulTerminated(gateway);
@@ -99,8 +99,7 @@ void IPCFinderCameraInfo::SetNetworkSettings(const OLECHAR* ipAddress, const OLE
     record_.subnetMask = std::move(subnetMaskUtf8);
     record_.dhcpMode = dhcpMode;
     record_.gateway = std::move(gatewayUtf8);
-  } catch (...) {  // no exception crosses the interface
-  }
+  });
 }
 
 std::uint32_t IPCFinderCameraInfo::GetDeviceFlags() {
