@@ -79,9 +79,9 @@ class CountingWizard : public INewCameraDataCallback {
 
 struct Receiver {
   CountingWizard wizard;
-  Kestrel::ComPtr<CameraDataCallback::Wrapper> wrapper =
-      Kestrel::MakeComObject<CameraDataCallback::CameraDataInternalCallback, IGenericDataReceivedCallback>(&wizard);
-  void Deliver(std::uint32_t type, const Bytes& block) { wrapper->OnGenericData(2, type, block.data(), block.size()); }
+  Kestrel::ComPtr<CameraDataReceiver> object =
+      Kestrel::MakeComObject<CameraDataInternalCallback, IGenericDataReceivedCallback>(&wizard);
+  void Deliver(std::uint32_t type, const Bytes& block) { object->OnGenericData(2, type, block.data(), block.size()); }
 };
 
 void DeliverCamera(benchmark::State& state) {

@@ -1,13 +1,13 @@
 #include "protocol/block_parser.h"
 
 #include <cstring>
+#include <memory>
 #include <optional>
 
 #include "base/exceptions.h"
 #include "base/text_conversion.h"
-#include "com/com_wrapper.h"
 #include "counting_wizard.h"
-#include "protocol/block_receiver.h"
+#include "protocol/block_format.h"
 #include "protocol/camera_info.h"
 #include "protocol/camera_type.h"
 #include "protocol/record_wire.h"
@@ -165,13 +165,12 @@ Delivered Deliver(fuzz::Bytes block, std::uint32_t type, bool throws) {
   fuzz::CountingWizard wizard(block.size());
   wizard.throws = throws;
   {
-    const auto receiver =
-        Kestrel::MakeComObject<CameraDataCallback::CameraDataInternalCallback, IGenericDataReceivedCallback>(&wizard);
+    const CurrentWizard current(&wizard);
     const auto buffer = fuzz::BufferOf(block);
-    ParseFinderBlock(*receiver.Get(), *buffer, type);
+    ParseFinderBlock(current, *buffer, type);
     fuzz::Check(buffer->GetReadPosition() <= buffer->GetLength(), "the position stays inside");
   }
-  fuzz::Check(wizard.references == 0, "the receiver lets the wizard go");
+  fuzz::Check(wizard.references == 0, "the parser keeps no reference on the wizard");
   fuzz::Check(wizard.pictures + wizard.valueLists + wizard.cameras <= 1, "a block delivers once at most");
   Delivered delivered;
   if (wizard.pictures) delivered.picture = wizard.lastPicture;

@@ -8,7 +8,7 @@
 #include <array>
 #include <string_view>
 
-#include "protocol/block_parser.h"
+#include "protocol/block_format.h"
 
 namespace simulator {
 

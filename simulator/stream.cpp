@@ -3,7 +3,7 @@
 #include <atomic>
 #include <utility>
 
-#include "protocol/block_parser.h"
+#include "protocol/block_format.h"
 #include "protocol/request_wire.h"
 #include "simulator/commands.h"
 #include "simulator/faults.h"

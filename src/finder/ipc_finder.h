@@ -12,7 +12,7 @@
 #include <span>
 
 #include "com/com_wrapper.h"
-#include "protocol/block_receiver.h"
+#include "finder/camera_data_callback.h"
 #include "finder/live_stream.h"
 #include "protocol/camera_record.h"
 #include "tarn/camera_finding.h"

@@ -13,7 +13,9 @@
 #include "base/exceptions.h"
 #include "base/text_conversion.h"
 #include "com/bstr.h"
+#include "com/com_ptr.h"
 #include "platform/debugger.h"
+#include "protocol/block_format.h"
 #include "protocol/camera_info.h"
 #include "protocol/camera_record.h"
 #include "protocol/camera_type.h"
@@ -23,12 +25,11 @@
 namespace Tarn::CameraFinding {
 namespace {
 
-using Receiver = CameraDataCallback::CameraDataInternalCallback;
-
 static_assert(std::endian::native == std::endian::little, "values are copied as they stand on the wire");
 
 constexpr char kInvalidStructSize[] = "Invalid struct size in read vector\r\n";
-/// The wizard was closed while a block was on its way: that is why it throws, as a rule.
+/// "Wizard was already closed", the usual reason why it throws. The text stays as it is, its spelling included, because
+/// people search logs for it.
 constexpr char16_t kWizardClosed[] = u"Wizzard wurde schon geschlossen\r\n";
 
 struct Chunk {
@@ -36,7 +37,7 @@ struct Chunk {
   std::uint64_t length;
 };
 
-/// The next chunk's tag and length; false at the block's end.
+/// Reads the tag and length of the next chunk; false at the block's end.
 bool NextChunk(Kestrel::Buffer& block, Chunk& chunk) {
   if (block.GetUnreadLength() == 0) return false;
   chunk.tag = block.ReadUInt32();
@@ -51,8 +52,7 @@ std::string ReadNarrowText(Kestrel::Buffer& block) {
   return Kestrel::WideToAnsi(wide);
 }
 
-/// Appends the elements of a values payload: count, element size, elements. Values of another size are not ours: they
-/// are reported, and the block goes on.
+/// Appends the elements of a values payload. Elements of another size are reported and left out.
 void AppendValues(std::span<const std::uint8_t> payload, std::vector<std::uint64_t>& values) {
   constexpr std::size_t kElementSize = sizeof(std::uint64_t);
   struct {
@@ -75,7 +75,7 @@ void AppendValues(std::span<const std::uint8_t> payload, std::vector<std::uint64
 
 struct MessageRow;
 
-void ParsePicture(Receiver& receiver, Kestrel::Buffer& block, const MessageRow&) {
+void ParsePicture(const CurrentWizard& wizard, Kestrel::Buffer& block, const MessageRow&) {
   std::u16string text;
   std::span<const std::uint8_t> picture;
   bool pictureSeen = false;
@@ -90,11 +90,11 @@ void ParsePicture(Receiver& receiver, Kestrel::Buffer& block, const MessageRow&)
     pictureSeen = true;
   }
   if (text.empty() || !pictureSeen) return;
-  if (INewCameraDataCallback* const wizard = receiver.GetNewCameraDataCallback())
-    wizard->PictureReceived(picture.data(), picture.size(), Kestrel::MakeBstr(text));
+  if (INewCameraDataCallback* const callback = wizard.load())
+    callback->PictureReceived(picture.data(), picture.size(), Kestrel::MakeBstr(text));
 }
 
-void ParseValues(Receiver& receiver, Kestrel::Buffer& block, const MessageRow&) {
+void ParseValues(const CurrentWizard& wizard, Kestrel::Buffer& block, const MessageRow&) {
   std::u16string text;
   std::vector<std::uint64_t> values;
   for (Chunk chunk; NextChunk(block, chunk);) {
@@ -106,19 +106,20 @@ void ParseValues(Receiver& receiver, Kestrel::Buffer& block, const MessageRow&) 
     if (chunk.tag == ctValues) AppendValues({payload, static_cast<std::size_t>(chunk.length)}, values);
   }
   if (text.empty() || values.empty()) return;
-  INewCameraDataCallback* const wizard = receiver.GetNewCameraDataCallback();
-  if (!wizard) return;
+  INewCameraDataCallback* const callback = wizard.load();
+  if (!callback) return;
   const BSTR cameraText = Kestrel::MakeBstr(text);
   try {
-    wizard->ValuesReceived(cameraText, values.data(), values.size());
+    callback->ValuesReceived(cameraText, values.data(), values.size());
   } catch (...) {  // the one call whose failure is reported
     platform::OutputDebugStringW(kWizardClosed);
   }
 }
 
-/// What a chunk does to the camera that a block describes; consumes the chunk's payload.
+/// How a chunk changes the camera that a block describes.
 struct CameraChunk {
   std::uint32_t tag;
+  /// Consumes the payload.
   void (*apply)(Kestrel::Buffer& block, std::uint64_t length, CameraRecord& camera);
 };
 
@@ -144,7 +145,6 @@ void ApplyRecords(Kestrel::Buffer& block, std::uint64_t, CameraRecord& camera) {
   camera = ReadFirstRecord(block);
 }
 
-/// The first row of a tag counts.
 constexpr std::array<CameraChunk, 3> CameraByRecord(ChunkTag recordTag) {
   return {{{ctText, ApplyText<&CameraRecord::mac>}, {ctCtt, ApplyCtt}, {recordTag, ApplyRecords}}};
 }
@@ -169,7 +169,6 @@ void StartGone(CameraRecord& camera) {
 void StartAssembled(CameraRecord& camera) {
   camera.mac = "UNKNOWN";
   camera.deviceFlags = CameraRecord::kDeviceFlag17;
-  camera.icb = false;
 }
 
 void FinishAssembled(CameraRecord& camera) {
@@ -188,7 +187,7 @@ void LeaveAsItIs(CameraRecord&) {}
 
 struct MessageRow {
   FinderMessageType type;
-  void (*parse)(Receiver& receiver, Kestrel::Buffer& block, const MessageRow& row);
+  void (*parse)(const CurrentWizard& wizard, Kestrel::Buffer& block, const MessageRow& row);
   CameraEventKind kind = 0;
   std::span<const CameraChunk> chunks = {};
   void (*start)(CameraRecord& camera) = LeaveAsItIs;
@@ -200,15 +199,15 @@ CameraTypeCode TypeOf(const CameraRecord& camera) {
   return TypeFromPluginName(camera.pluginNames.empty() ? "" : camera.pluginNames.front());
 }
 
-void DeliverCamera(Receiver& receiver, CameraRecord record, CameraEventKind kind) {
-  INewCameraDataCallback* const wizard = receiver.GetNewCameraDataCallback();
-  if (!wizard || record.mac.empty()) return;
+void DeliverCamera(const CurrentWizard& wizard, CameraRecord record, CameraEventKind kind) {
+  INewCameraDataCallback* const callback = wizard.load();
+  if (!callback || record.mac.empty()) return;
   const CameraTypeCode type = TypeOf(record);
   const Kestrel::ComPtr<ICameraInfo> camera = MakeCameraInfo(std::move(record));
-  wizard->CameraInfoReceived(kind, camera.Get(), type);
+  callback->CameraInfoReceived(kind, camera.Get(), type);
 }
 
-void ParseCamera(Receiver& receiver, Kestrel::Buffer& block, const MessageRow& row) {
+void ParseCamera(const CurrentWizard& wizard, Kestrel::Buffer& block, const MessageRow& row) {
   CameraRecord camera;
   row.start(camera);
   for (Chunk chunk; NextChunk(block, chunk);) {
@@ -219,10 +218,10 @@ void ParseCamera(Receiver& receiver, Kestrel::Buffer& block, const MessageRow& r
       handler->apply(block, chunk.length, camera);
   }
   row.finish(camera);
-  DeliverCamera(receiver, std::move(camera), row.kind);
+  DeliverCamera(wizard, std::move(camera), row.kind);
 }
 
-/// Row number = type - 1.
+/// Row number = type - 1, so that a type is looked up by its number.
 constexpr auto kMessages = std::to_array<MessageRow>({
     {fmtPicture, ParsePicture},
     {fmtValues, ParseValues},
@@ -241,12 +240,12 @@ static_assert([] {
 
 }  // namespace
 
-void ParseFinderBlock(Receiver& receiver, Kestrel::Buffer& block, std::uint32_t messageType) noexcept {
+void ParseFinderBlock(const CurrentWizard& wizard, Kestrel::Buffer& block, std::uint32_t messageType) noexcept {
   if (messageType < kMessages.front().type || messageType > kMessages.back().type) return;
   const MessageRow& row = kMessages[messageType - 1];
   try {
-    row.parse(receiver, block, row);
-  } catch (...) {  // a damaged block, or the wizard: neither concerns the platform's thread
+    row.parse(wizard, block, row);
+  } catch (...) {  // a damaged block, or the wizard's own failure; the next block is parsed all the same
   }
 }
 

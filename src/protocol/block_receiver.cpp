@@ -1,27 +1,55 @@
 #include "protocol/block_receiver.h"
 
 #include <mutex>
+#include <new>
 #include <utility>
 
-#include "protocol/camera_delivery.h"
-#include "protocol/block_parser.h"
+#include "com/com_ptr.h"
+#include "com/swallow_exceptions.h"
+#include "platform/threads.h"
+#include "protocol/block_format.h"
 #include "valuelist/buffer_pool.h"
 
 namespace Tarn::CameraFinding {
+namespace {
 
-CameraDataCallback::CameraDataInternalCallback::CameraDataInternalCallback(INewCameraDataCallback* callback)
+/// What one task owns until it ends. The receiver, and with it currentWizard, outlives the task because the platform
+/// library's thread waits inside OnGenericData.
+struct Delivery {
+  const CurrentWizard& currentWizard;
+  Kestrel::ComPtr<INewCameraDataCallback> heldWizard;
+  Kestrel::ReferencePointer<Kestrel::Buffer> block;
+  std::uint32_t messageType;
+};
+
+/// The task, on the worker: parses the block, then lets go of block and wizard before the waiting thread goes on.
+void RunDelivery(void* context) {
+  auto& delivery = *static_cast<Delivery*>(context);
+  ParseFinderBlock(delivery.currentWizard, *delivery.block, delivery.messageType);
+  delivery.block.Reset();
+  // The wizard's object may go here; what its destruction throws is the wizard's matter.
+  Kestrel::SwallowExceptions([&delivery] { delivery.heldWizard.Reset(); });
+}
+
+void DeliverCameraBlock(Delivery delivery) {
+  if (!platform::RunOnWorkerAndWait(RunDelivery, &delivery)) throw std::bad_alloc();
+}
+
+}  // namespace
+
+CameraDataInternalCallback::CameraDataInternalCallback(INewCameraDataCallback* callback)
     : newCameraDataCallback_(callback) {
   if (callback) callback->AddRef();
 }
 
-CameraDataCallback::CameraDataInternalCallback::~CameraDataInternalCallback() {
+CameraDataInternalCallback::~CameraDataInternalCallback() {
   CameraDataInternalCallback::OnDetach();
 }
 
-void CameraDataCallback::CameraDataInternalCallback::OnGenericData(std::int32_t blockKind, std::uint32_t messageType,
-                                                                   const std::uint8_t* data, std::uint64_t size) {
+void CameraDataInternalCallback::OnGenericData(std::int32_t blockKind, std::uint32_t messageType,
+                                               const std::uint8_t* data, std::uint64_t size) {
   if (blockKind != kFinderBlockKind) return;
-  // The wizard may release the finder, and with it this receiver, before the block is delivered.
+  // The wizard may release the finder inside the delivery, and with it the last other reference on this receiver.
   const Kestrel::ComPtr<IGenericDataReceivedCallback> self(this);
   Kestrel::ComPtr<INewCameraDataCallback> callback;
   Kestrel::ReferencePointer<Kestrel::Buffer> block;
@@ -31,16 +59,16 @@ void CameraDataCallback::CameraDataInternalCallback::OnGenericData(std::int32_t 
     if (!callback) return;
     block = Kestrel::CreateBuffer(data, size);
   }
-  DeliverCameraBlock({*this, std::move(callback), std::move(block), messageType});
+  DeliverCameraBlock({newCameraDataCallback_, std::move(callback), std::move(block), messageType});
 }
 
-void CameraDataCallback::CameraDataInternalCallback::OnDetach() {
+void CameraDataInternalCallback::OnDetach() {
   Kestrel::ComPtr<INewCameraDataCallback> callback;
   {
     const std::lock_guard guard(lock_);
     callback = Kestrel::ComPtr<INewCameraDataCallback>::Attach(newCameraDataCallback_.exchange(nullptr));
   }
-  // Let go here, outside the lock: the wizard's object may call back from its destructor.
+  // Its reference goes here, outside the lock, because the wizard's object may call back while it is destroyed.
 }
 
 }  // namespace Tarn::CameraFinding

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "fakes/fake_debugger.h"
+#include "protocol/block_format.h"
 #include "protocol/recording_wizard.h"
 #include "valuelist/buffer_pool.h"
 
@@ -53,14 +54,13 @@ class FinderBlock : public testing::Test {
   std::string Delivered(std::uint32_t type, const Bytes& bytes) {
     wizard_.delivered.clear();
     block_ = Kestrel::CreateBuffer(bytes.data(), bytes.size());
-    ParseFinderBlock(*receiver_.Get(), *block_, type);
+    ParseFinderBlock(current_, *block_, type);
     return wizard_.delivered;
   }
 
   RecordingWizard wizard_;
+  CurrentWizard current_{&wizard_};
   Kestrel::ReferencePointer<Kestrel::Buffer> block_;
-  Kestrel::ComPtr<CameraDataCallback::Wrapper> receiver_ =
-      Kestrel::MakeComObject<CameraDataCallback::CameraDataInternalCallback, IGenericDataReceivedCallback>(&wizard_);
 };
 
 const Bytes kPicture = {1, 2, 3, 4};
@@ -128,7 +128,7 @@ TEST_F(FinderBlock, ReportsValuesOfAnotherSizeAndAWizardThatThrowsAtValues) {
 }
 
 TEST_F(FinderBlock, IsParsedToItsEndWithoutACallWhenTheWizardHasGone) {
-  receiver_->OnDetach();
+  current_ = nullptr;
   EXPECT_EQ(Delivered(1, Block().Text(5, "c").Raw(6, kPicture)), "");
   EXPECT_EQ(Delivered(2, Block().Text(5, "c").Values(1, 8, {1})), "");
   EXPECT_EQ(Delivered(8, Block().Text(5, "m")), "");

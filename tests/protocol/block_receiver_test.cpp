@@ -1,3 +1,5 @@
+#include "protocol/block_receiver.h"
+
 #include <gtest/gtest.h>
 
 #include <new>
@@ -5,7 +7,6 @@
 #include <utility>
 
 #include "platform/threads.h"
-#include "protocol/block_receiver.h"
 #include "protocol/recording_wizard.h"
 
 namespace {
@@ -36,8 +37,7 @@ namespace {
 TEST(Receiver, HandsOnlyItsOwnBlocksOverAndOnlyWhileTheWizardIsThere) {
   const int before = handOvers;
   RecordingWizard wizard;
-  const auto receiver =
-      Kestrel::MakeComObject<CameraDataCallback::CameraDataInternalCallback, IGenericDataReceivedCallback>(&wizard);
+  const auto receiver = Kestrel::MakeComObject<CameraDataInternalCallback, IGenericDataReceivedCallback>(&wizard);
   const Bytes block = ReadSample("block-8-gone.bin");
   const auto push = [&](std::int32_t kind) { receiver->OnGenericData(kind, 8, block.data(), block.size()); };
   push(1);
