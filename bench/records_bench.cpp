@@ -2,6 +2,7 @@
 
 #include "protocol/camera_reply.h"
 #include "protocol/finder_messages.h"
+#include "protocol/record_equality.h"
 #include "protocol/record_wire.h"
 #include "protocol/request_wire.h"
 #include "sample.h"

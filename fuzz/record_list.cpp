@@ -1,6 +1,7 @@
 #include <vector>
 
 #include "fuzz_target.h"
+#include "protocol/record_equality.h"
 #include "protocol/record_wire.h"
 #include "valuelist/buffer_pool.h"
 

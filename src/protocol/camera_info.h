@@ -1,8 +1,11 @@
 /// A camera as the wizard holds it: one record, field by field.
 ///
-/// Text getters return a new BSTR of the member's text up to its first NUL; nothing is cached. No operation locks: the
-/// wizard calls setters and getters of one object from one thread at a time.
+/// Text getters return a new BSTR of the member's text up to its first NUL.
+///
+/// Threads  No lock inside: one thread at a time uses an object.
 #pragma once
+
+#include <utility>
 
 #include "com/com_wrapper.h"
 #include "protocol/camera_record.h"
@@ -12,8 +15,7 @@ namespace Tarn::CameraFinding {
 
 class IPCFinderCameraInfo : public ICameraInfo {
  public:
-  explicit IPCFinderCameraInfo(const CameraRecord& record) : record_(record) {}
-  explicit IPCFinderCameraInfo(CameraRecord&& record) : record_(std::move(record)) {}
+  explicit IPCFinderCameraInfo(CameraRecord record) : record_(std::move(record)) {}
 
   std::int32_t GetCameraType() override;
   BSTR GetModel() override;

@@ -7,7 +7,7 @@
 namespace Tarn::CameraFinding {
 namespace {
 
-/// UnsetCredential as UTF-8. It is all ASCII, so a unit is a byte.
+/// UnsetCredential as UTF-8: each code unit is one byte, because all are ASCII.
 constexpr auto kUnsetCredentialUtf8 = [] {
   std::array<char, std::size(UnsetCredential)> narrow{};
   for (std::size_t i = 0; i < narrow.size(); ++i) narrow[i] = static_cast<char>(UnsetCredential[i]);

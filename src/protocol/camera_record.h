@@ -1,7 +1,7 @@
 /// One camera as the server-side finder describes it, in three parts.
 ///
-/// Texts are UTF-8 (those that block parsing takes from single chunks are in the system code page). The record owns
-/// them all; copies are deep. Keys and wire order stand in record_wire.h.
+/// Texts are UTF-8, except that the parser of a block keeps the texts of single chunks in the system code page. Copies
+/// are deep. record_format.h shows the form on the wire.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace Tarn::CameraFinding {
 
-/// Stands for credentials that were never supplied; it is sent to the server as it stands.
+/// Stands for credentials that nobody supplied. The server gets it as it is.
 inline constexpr char16_t UnsetCredential[] = u"&!*KVMR*9%";
 
 struct CameraLogin {
@@ -20,8 +20,6 @@ struct CameraLogin {
   std::string loginUser;      ///< "LUN"; UnsetCredential
   std::string loginPassword;  ///< "LPD"; UnsetCredential
   std::uint8_t ctt = 2;       ///< "CTT"
-
-  friend bool operator==(const CameraLogin&, const CameraLogin&) = default;
 };
 
 struct CameraNetwork {
@@ -36,8 +34,6 @@ struct CameraNetwork {
   bool gcb = false;              ///< "GCB"
   bool rbl = false;              ///< "RBL"
   bool pcl = false;              ///< "PCL"
-
-  friend bool operator==(const CameraNetwork&, const CameraNetwork&) = default;
 };
 
 struct CameraProduct {
@@ -53,8 +49,6 @@ struct CameraProduct {
   std::string model;                     ///< "MDL"
   std::string firmwareVersion;           ///< "FVN"
   std::string serialNumber;              ///< "SER"
-
-  friend bool operator==(const CameraProduct&, const CameraProduct&) = default;
 };
 
 struct CameraRecord : CameraLogin, CameraNetwork, CameraProduct {
@@ -62,8 +56,6 @@ struct CameraRecord : CameraLogin, CameraNetwork, CameraProduct {
 
   CameraRecord() = default;
   CameraRecord(CameraLogin login, CameraNetwork network, CameraProduct product);
-
-  friend bool operator==(const CameraRecord&, const CameraRecord&) = default;
 };
 
 /// Payload of command 14.

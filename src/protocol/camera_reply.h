@@ -1,4 +1,4 @@
-/// The cameras of a reply, straight from its text.
+/// Reads the cameras of a reply to "ListFoundCameras", which may be long.
 #pragma once
 
 #include <cstdint>
@@ -9,9 +9,12 @@
 
 namespace Tarn::CameraFinding {
 
-/// The records under "CAMERAINFOLIST" of a reply of at least one byte: results and exceptions are those of DecodeReply
-/// and Serialize. A reply in its usual form is decoded a few lines at a time, so beside the records it takes no memory
-/// to speak of, however long it is.
+/// The records under "CAMERAINFOLIST", in order. The result, and any exception, is that of DecodeReply and Serialize.
+///
+/// A canonical reply (record_format.h) is decoded a few lines at a time, so that it takes a fixed 36 KiB beside the
+/// records, however long it is. Any other reply is decoded as a whole, which takes about its own size.
+///
+/// Requires  At least one byte.
 std::vector<CameraRecord> ReadCameraReply(std::span<const std::uint8_t> reply);
 
 }  // namespace Tarn::CameraFinding

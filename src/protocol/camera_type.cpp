@@ -14,7 +14,7 @@ struct VendorMaskRow {
   CameraTypeCode type;
 };
 
-/// By mask. The numbering does not follow the bit order: codes were given out as the families came.
+/// In the order of the masks; the codes follow no order.
 constexpr auto kVendorMasks = std::to_array<VendorMaskRow>({
     {0x1, 3},         {0x2, 5},
     {0x4, 10},        {0x8, 4},

@@ -6,7 +6,7 @@
 
 namespace Tarn::CameraFinding {
 
-/// 0 is unknown, 1 to 26 are device families. Only ten of them have names, those of kPluginTypes.
+/// 0 is unknown, 1 to 26 are device families. Only ten of them have names, those of the plug-in names.
 using CameraTypeCode = std::int32_t;
 
 /// The code of a vendor mask "CVT", by the whole value; 0 for any value that is not in the table.

@@ -8,7 +8,6 @@
 
 #include "base/text_conversion.h"
 #include "protocol/record_format.h"
-#include "protocol/record_wire.h"
 #include "valuelist/value_list.h"
 
 namespace Tarn::CameraFinding {
@@ -23,17 +22,19 @@ constexpr bool kIsText = std::is_same_v<Value, std::string>;
 template <class Value>
 constexpr bool kIsTexts = std::is_same_v<Value, Texts>;
 
-/// The tag that a value of this type is written with.
+/// The tag of a member's value.
 template <class Value>
-constexpr std::uint8_t kTagOf = kIsText<Value>                         ? Kestrel::vtString
-                                : kIsTexts<Value>                      ? Kestrel::vtBinaryData
-                                : std::is_same_v<Value, bool>          ? Kestrel::vtBool
-                                : std::is_same_v<Value, std::uint8_t>  ? Kestrel::vtUChar
-                                : std::is_same_v<Value, std::uint32_t> ? Kestrel::vtUInt
-                                                                       : Kestrel::vtInt64;
+constexpr std::uint8_t kMemberTag = [] {
+  if constexpr (kIsText<Value>) return Kestrel::vtString;
+  if constexpr (kIsTexts<Value>) return Kestrel::vtBinaryData;
+  if constexpr (std::is_same_v<Value, bool>) return Kestrel::vtBool;
+  if constexpr (std::is_same_v<Value, std::uint8_t>) return Kestrel::vtUChar;
+  if constexpr (std::is_same_v<Value, std::uint32_t>) return Kestrel::vtUInt;
+  if constexpr (std::is_same_v<Value, std::uint64_t>) return Kestrel::vtInt64;  // of the same width; see value_list.h
+}();
 constexpr std::size_t kLengthSize = sizeof(std::uint32_t);
 
-/// Bytes that never change: what stands before a value, or at the head of an element.
+/// Bytes that are the same in every message: what stands before a value, or at the head of an element.
 struct Fixed {
   std::array<std::uint8_t, 24> bytes{};
   std::size_t size = 0;
@@ -69,10 +70,10 @@ constexpr Fixed kCameraListEntry = Entry(kCameraInfoListKey, Kestrel::vtBinaryDa
 constexpr Fixed kListHead = Fixed().Number(ListMarker);
 
 template <std::size_t row, class Value>
-constexpr Fixed kRecordEntry = Entry(kRecordKeys[row].key, kTagOf<Value>);
+constexpr Fixed kRecordEntry = Entry(kRecordKeys[row].key, kMemberTag<Value>);
 
 constexpr std::size_t kListHeadSize = kListHead.size + kLengthSize;
-/// A list's element of no text.
+/// The element of an empty text.
 constexpr std::size_t kSmallestText = kOneEntryHead.size + kTextEntry.size + kLengthSize + 1;
 
 class Writer {
@@ -156,7 +157,7 @@ std::size_t ListSize(const std::vector<Element>& elements) {
   return size;
 }
 
-/// Reads forward over bytes; every step says whether what it wants stands there.
+/// Reads the canonical encoding front to back. Each step returns false where the next bytes are something else.
 class Reader {
  public:
   explicit Reader(std::span<const std::uint8_t> bytes) : at_(bytes.data()), end_(at_ + bytes.size()) {}
@@ -173,7 +174,7 @@ class Reader {
   requires std::is_arithmetic_v<Number>
   bool Read(Number& number) {
     if (GetRemaining() < sizeof number) return false;
-    // A flag of another byte than 0 and 1 is for the variant to judge.
+    // Another byte than 0 and 1 is not canonical; the variant decides what it means.
     if constexpr (std::is_same_v<Number, bool>)
       if (*at_ > 1) return false;
     std::memcpy(&number, at_, sizeof number);
@@ -200,11 +201,11 @@ class Reader {
 
   bool ReadElement(std::string& text) { return Skip<kOneEntryHead>() && Skip<kTextEntry>() && Read(text); }
   bool ReadElement(CameraRecord& record) {
-    bool usual = Skip<kRecordHead>();
+    bool canonical = Skip<kRecordHead>();
     ForEachMember(record, [&](auto row, auto& value) {
-      usual = usual && Skip<kRecordEntry<row, std::remove_cvref_t<decltype(value)>>>() && Read(value);
+      canonical = canonical && Skip<kRecordEntry<row, std::remove_cvref_t<decltype(value)>>>() && Read(value);
     });
-    return usual;
+    return canonical;
   }
 
  private:

@@ -1,8 +1,9 @@
-/// Records and lists to and from their wire form, with no value list in between. record_wire.h shows the form.
+/// The canonical encoding of records and lists (record_format.h), written and read without a value list in between:
+/// several times faster, and without an allocation for each entry.
 ///
-/// Encoding gives the bytes that ValueList::Write gives for the list that WriteRecord fills. Decoding takes that form
-/// only: every key in its place, every value of its own type. It says no to everything else, the damaged and the merely
-/// unusual, and the caller asks ValueList, which alone decides what is accepted and how it is refused.
+/// Writing gives the bytes that ValueList::Write would give. Reading takes the canonical encoding only. It refuses
+/// everything else, damaged or merely unusual; then the caller reads the same bytes through ValueList, which alone
+/// decides what is accepted and which exception is thrown.
 ///
 /// An element is a record of a list of records, or a text of a list of texts.
 #pragma once
@@ -18,28 +19,28 @@
 
 namespace Tarn::CameraFinding {
 
-/// Reads the element at the beginning of the bytes. Returns how many bytes it took; 0 where they are not in the form
-/// above, and the element, which must be fresh, holds anything then.
+/// Reads the element at the beginning of the bytes. Returns its size in bytes; 0 where it is not canonical, and the
+/// element's contents are unspecified then.
+/// Requires  A new element, because reading appends to its lists.
 std::size_t DecodeElement(std::span<const std::uint8_t> bytes, CameraRecord& record);
 std::size_t DecodeElement(std::span<const std::uint8_t> bytes, std::string& text);
 
-/// "VLIS", a name and a count take this much at least, so no bytes hold more elements than this allows, however many
-/// are claimed.
+/// The fewest bytes of an element of any form: "VLIS", a name and a count.
 inline constexpr std::size_t kSmallestElement = 10;
 
-/// A value list whose one entry is "CAMERAINFOLIST", up to its first record.
+/// What stands before the first record of a value list whose one entry is "CAMERAINFOLIST".
 struct CameraListHead {
-  std::size_t size;           ///< bytes of the head itself
-  std::uint32_t recordCount;  ///< not proven by any bytes yet
-  std::size_t recordsSize;    ///< bytes of all records together; likewise
+  std::size_t sizeInBytes;         ///< of the head itself
+  std::uint32_t recordCount;       ///< as claimed; nothing proves it yet
+  std::size_t recordsSizeInBytes;  ///< of all records together; as claimed
 };
-/// The head at the beginning of the bytes; nothing where they are not in that form.
+/// The head at the beginning of the bytes; nothing where it is not canonical.
 std::optional<CameraListHead> DecodeCameraListHead(std::span<const std::uint8_t> bytes);
 
-/// Bytes of the block that holds the list.
+/// Size in bytes of the list, from its marker on.
 std::size_t EncodedListSize(const std::vector<CameraRecord>& records);
 std::size_t EncodedListSize(const std::vector<std::string>& texts);
-/// Writes that many bytes.
+/// Writes exactly EncodedListSize bytes.
 void EncodeList(const std::vector<CameraRecord>& records, std::uint8_t* target);
 void EncodeList(const std::vector<std::string>& texts, std::uint8_t* target);
 

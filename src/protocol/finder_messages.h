@@ -1,14 +1,23 @@
-/// The commands of the finder protocol. One serialiser per message serves both ends.
+/// The commands of the finder protocol: value lists (value_list.h) without a name. "CMD" stands first, so that the
+/// server knows the message before it reads the rest. One serialiser per message serves both ends.
 ///
-///     code  payload behind "CMD" (vtUInt)                                       reply that is read
-///     1     "MAC" text                                                          none
-///     2     "ListResendPrevPictures" flag                                       "CAMERAINFOLIST", as code 3
-///     3     "CAMERAINFOLIST" list of records                                    -
-///     6     "GetInfoByIp" text                                                  a record at the top level
-///     13    nothing                                                             none
-///     14    "SetNetworkCommandType" u32, then a record                          none
+///     "CMD" (u32)  then                                         reply that the library reads
+///     1            "MAC" text                                   none
+///     2            "ListResendPrevPictures" flag                "CAMERAINFOLIST", as in 3
+///     3            "CAMERAINFOLIST" list of records             the library never sends it
+///     6            "GetInfoByIp" text                           the entries of one record
+///     13           nothing                                      none
+///     14           "SetNetworkCommandType" u32,                 none
+///                  the entries of one record (record_format.h)
 ///
-/// Writing appends "CMD" and the payload to the list; reading reads the payload only, and leaves what is absent as it
+/// A command 1, byte by byte, before it becomes the text of a request (request_wire.h):
+///
+///     56 4C 49 53  0B 01 00 00 00 00  02 00 00 00               "VLIS", name "", 2 entries
+///     0B 04 00 00 00 43 4D 44 00      06 01 00 00 00            "CMD": 1
+///     0B 04 00 00 00 4D 41 43 00      0B 12 00 00 00            "MAC": a text of 18 bytes, terminator included
+///     30 30 3A 34 30 3A 38 43 3A 31 32 3A 33 34 3A 35 36 00     "00:40:8C:12:34:56"
+///
+/// Serialize appends "CMD" and the payload when it writes. It reads the payload only, and leaves what is absent as it
 /// was.
 #pragma once
 

@@ -17,16 +17,16 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "numbers go onto the wire as they stand in memory");
 
-/// A block of fewer bytes is none.
+/// Shorter blocks are ignored. From here on a missing byte is an error, although marker and count take 8.
 constexpr std::size_t kSmallestListBlock = 5;
 
-/// Finds the record's keys. As long as they stand in wire order from the front, the next one is where it is expected,
-/// and none of its name stands before it.
+/// Finds the entries of a record's keys. Fast while all keys stand in wire order; after the first that does not, it
+/// looks them up by name.
 class KeyFinder {
  public:
   explicit KeyFinder(const Kestrel::ValueList& list) : list_(list) {}
 
-  /// The first entry of the row's key, asked for row by row; null where there is none.
+  /// The first entry of the row's key, or null. Requires rows in their order, each once.
   const Kestrel::Variant* Find(std::size_t row) {
     const auto& entries = list_.GetEntries();
     const std::string_view key = kRecordKeys[row].key;
@@ -46,11 +46,10 @@ void ReadElement(const Kestrel::ValueList& list, std::string& text) {
   list.Get(kListElementKey, text);
 }
 
-/// The elements of a list block, one after the other. The block's bytes must stay as long as it is read.
+/// Reads the elements of a list block one after the other. The block's bytes must outlive it.
 class ListBlock {
  public:
-  /// The block that an entry holds; nothing where the entry is missing, no binary data, too short or without the
-  /// marker.
+  /// The block that an entry holds; nothing where the entry is to be ignored.
   static std::optional<ListBlock> In(const Kestrel::Variant* entry) {
     const auto* const data = entry ? entry->GetIf<Kestrel::BinaryData>() : nullptr;
     if (!data) return std::nullopt;
@@ -61,19 +60,19 @@ class ListBlock {
   }
 
   std::uint32_t GetCount() const { return count_; }
-  /// More elements than this are not to come, whatever the count says: the bytes cannot hold them.
+  /// The most elements that the bytes can hold, whatever the count claims.
   std::size_t GetMost() const { return std::min<std::size_t>(count_, unread_.size() / kSmallestElement); }
 
-  /// Reads the next element into a fresh one. False where it is not in its usual form: it holds anything then, and
-  /// ReadUnusual reads the same element again.
+  /// Reads the next element into a new one. False where it is not canonical: the new one's contents are unspecified
+  /// then, and ReadThroughList reads the same element.
   template <class Element>
-  bool ReadUsual(Element& element) {
+  bool ReadCanonical(Element& element) {
     const std::size_t size = DecodeElement(unread_, element);
     unread_ = unread_.subspan(size);
     return size != 0;
   }
   template <class Element>
-  Element ReadUnusual() {
+  Element ReadThroughList() {
     Element element;
     ReadElement(NextList(), element);
     return element;
@@ -92,7 +91,7 @@ class ListBlock {
       buffer_ = Kestrel::CreateBuffer(unread_.data(), unread_.size());
       unread_ = buffer_->GetBytes();
     }
-    buffer_->Take(buffer_->GetUnreadLength() - unread_.size());  // the elements that were read in their usual form
+    buffer_->Take(buffer_->GetUnreadLength() - unread_.size());  // over the canonical elements since the last call
     list_.Clear();
     list_.Read(*buffer_);
     unread_ = unread_.last(static_cast<std::size_t>(buffer_->GetUnreadLength()));
@@ -101,7 +100,7 @@ class ListBlock {
 
   std::uint32_t count_ = 0;
   std::span<const std::uint8_t> unread_;
-  Kestrel::ReferencePointer<Kestrel::Buffer> buffer_;  ///< a copy of what was unread when a list was needed
+  Kestrel::ReferencePointer<Kestrel::Buffer> buffer_;  ///< made for the first element that is not canonical
   Kestrel::ValueList list_;
 };
 
@@ -109,7 +108,7 @@ template <class Element>
 void WriteList(Kestrel::ValueList& list, std::string_view key, const std::vector<Element>& elements) {
   const auto block = Kestrel::GetBuffer(Kestrel::BufferPool::ListFor(elements.size() * sizeof(Element)));
   EncodeList(elements, block->Reserve(EncodedListSize(elements)));
-  // The block is nobody else's, so the value may share it: nobody can tell it from the copy that AddBinaryData makes.
+  // Not AddBinaryData, which copies: nobody else has this block, so the value may share it.
   list.AddVariant(key, Kestrel::Variant(Kestrel::BinaryData(block)));
 }
 
@@ -120,25 +119,25 @@ void ReadList(const Kestrel::Variant* entry, std::vector<Element>& elements) {
   elements.reserve(elements.size() + block->GetMost());
   for (std::uint32_t i = 0; i < block->GetCount(); ++i) {
     if (block->GetMost() > 0) {
-      if (block->ReadUsual(elements.emplace_back())) continue;
+      if (block->ReadCanonical(elements.emplace_back())) continue;
       elements.pop_back();
     }
-    elements.push_back(block->ReadUnusual<Element>());
+    elements.push_back(block->ReadThroughList<Element>());
   }
 }
 
-/// Reads a list that is in its usual form as a whole, and says how long it is; 0 for any other.
-std::size_t ReadUsualFirstRecord(std::span<const std::uint8_t> bytes, CameraRecord& first) {
+/// Reads a value list that is canonical from end to end. Returns its size in bytes; 0 for any other.
+std::size_t ReadCanonicalFirstRecord(std::span<const std::uint8_t> bytes, CameraRecord& first) {
   const auto head = DecodeCameraListHead(bytes);
-  if (!head || head->recordsSize > bytes.size() - head->size) return 0;
-  auto unread = bytes.subspan(head->size, head->recordsSize);
+  if (!head || head->recordsSizeInBytes > bytes.size() - head->sizeInBytes) return 0;
+  auto unread = bytes.subspan(head->sizeInBytes, head->recordsSizeInBytes);
   for (std::uint32_t i = 0; i < head->recordCount; ++i) {
     CameraRecord later;
     const std::size_t size = DecodeElement(unread, i == 0 ? first : later);
     if (size == 0) return 0;
     unread = unread.subspan(size);
   }
-  return head->size + head->recordsSize;
+  return head->sizeInBytes + head->recordsSizeInBytes;
 }
 
 }  // namespace
@@ -185,7 +184,7 @@ void ReadRecordList(const Kestrel::ValueList& list, std::string_view key, std::v
 CameraRecord ReadFirstRecord(Kestrel::Buffer& block) {
   CameraRecord first;
   const auto unread = block.GetBytes().last(static_cast<std::size_t>(block.GetUnreadLength()));
-  if (const std::size_t size = ReadUsualFirstRecord(unread, first)) {
+  if (const std::size_t size = ReadCanonicalFirstRecord(unread, first)) {
     block.Take(size);
     return first;
   }
@@ -197,7 +196,7 @@ CameraRecord ReadFirstRecord(Kestrel::Buffer& block) {
   for (std::uint32_t i = 0; i < records->GetCount(); ++i) {
     CameraRecord later;
     CameraRecord& record = i == 0 ? first : later;
-    if (!records->ReadUsual(record)) record = records->ReadUnusual<CameraRecord>();
+    if (!records->ReadCanonical(record)) record = records->ReadThroughList<CameraRecord>();
   }
   return first;
 }

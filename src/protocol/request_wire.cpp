@@ -17,7 +17,7 @@ static_assert(std::endian::native == std::endian::little, "numbers go onto the w
 
 constexpr std::size_t kUnit = sizeof(char16_t);
 constexpr std::size_t kCodeSize = sizeof kFinderRequestCode;
-static_assert(kCodeSize % alignof(char16_t) == 0, "the text of a request is written in place");
+static_assert(kCodeSize % alignof(char16_t) == 0, "the text is written where it stands in the request");
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include "base/exceptions.h"
 #include "protocol/camera_reply.h"
 #include "protocol/finder_messages.h"
+#include "protocol/record_equality.h"
 #include "protocol/record_wire.h"
 #include "protocol/recording_wizard.h"
 #include "protocol/request_wire.h"

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/exceptions.h"
+#include "protocol/record_equality.h"
 #include "protocol/recording_wizard.h"
 #include "valuelist/buffer_pool.h"
 
