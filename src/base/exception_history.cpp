@@ -3,6 +3,8 @@
 #include <atomic>
 #include <mutex>
 
+#include "base/static_lock.h"
+
 namespace Kestrel {
 namespace {
 
@@ -12,30 +14,40 @@ constexpr std::uint32_t kHistoryAlive = 0x591DB60E;
 constinit std::atomic<std::uint32_t> guardWord{0};
 constinit ExceptionHistory* processHistory = nullptr;  ///< valid while the guard word says so
 
+CriticalSection& HistoryLock() {
+  return StaticLock<ExceptionHistory>();
+}
+
+bool IsAlive() {
+  return guardWord.load(std::memory_order_acquire) == kHistoryAlive;
+}
+
 }  // namespace
 
 ExceptionHistory::ExceptionHistory() {
+  const std::lock_guard guard(HistoryLock());
   processHistory = this;
   guardWord.exchange(kHistoryAlive);
 }
 
 ExceptionHistory::~ExceptionHistory() {
+  const std::lock_guard guard(HistoryLock());
   guardWord.exchange(0);
 }
 
 std::deque<ExceptionHistoryEntry> ExceptionHistory::Entries() const {
-  const std::lock_guard guard(lock_);
+  const std::lock_guard guard(HistoryLock());
   return entries_;
 }
 
 void ExceptionHistory::Add(const KestrelException& exception) {
-  if (guardWord.load(std::memory_order_acquire) == kHistoryAlive) processHistory->Append(exception);
-}
-
-void ExceptionHistory::Append(const KestrelException& exception) {
-  const std::lock_guard guard(lock_);
-  entries_.push_back({exception.GetClassName(), exception});
-  while (entries_.size() > kCapacity) entries_.pop_front();
+  if (!IsAlive()) return;
+  const std::lock_guard guard(HistoryLock());
+  // Asked again, because the history may have gone before the lock was taken.
+  if (!IsAlive()) return;
+  std::deque<ExceptionHistoryEntry>& entries = processHistory->entries_;
+  entries.push_back({exception.GetClassName(), exception});
+  while (entries.size() > kCapacity) entries.pop_front();
 }
 
 }  // namespace Kestrel

@@ -1,20 +1,21 @@
 /// The last 512 exceptions of the process, for a look at a memory dump: nothing in the library reads them back.
 ///
-/// The module creates the history when it is loaded and destroys it at unload; exceptions made outside that time are
-/// not recorded. Every constructor adds from inside the root class, so each entry's name is the root's.
+/// Life     The module makes the history when it is loaded and destroys it at unload. What is thrown outside that time
+///          is not recorded.
+/// Threads  Exceptions may be thrown on any thread, at any time, also while the history is made or destroyed: each
+///          addition looks for it under a lock that is never destroyed.
 #pragma once
 
 #include <cstddef>
 #include <deque>
 #include <string>
 
-#include "base/critical_section.h"
 #include "base/exceptions.h"
 
 namespace Kestrel {
 
 struct ExceptionHistoryEntry {
-  std::string className;
+  std::string className;       ///< always that of the root class, because its constructor makes the entry
   KestrelException exception;  ///< fields of derived classes are not kept
 };
 
@@ -32,13 +33,10 @@ class ExceptionHistory {
   /// A copy, oldest first.
   std::deque<ExceptionHistoryEntry> Entries() const;
 
-  /// Adds to the process-wide history if there is one. Thread-safe; throws what copying throws.
+  /// Adds to the process-wide history if there is one. Throws std::bad_alloc where there is no memory for the entry.
   static void Add(const KestrelException& exception);
 
  private:
-  void Append(const KestrelException& exception);
-
-  mutable CriticalSection lock_;
   std::deque<ExceptionHistoryEntry> entries_;
 };
 
