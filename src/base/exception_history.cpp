@@ -46,7 +46,7 @@ void ExceptionHistory::Add(const KestrelException& exception) {
   // Asked again, because the history may have gone before the lock was taken.
   if (!IsAlive()) return;
   std::deque<ExceptionHistoryEntry>& entries = processHistory->entries_;
-  entries.push_back({exception.GetClassName(), exception});
+  entries.push_back({exception.GetClassName(), KestrelException(exception, kMostUnits)});
   while (entries.size() > kCapacity) entries.pop_front();
 }
 

@@ -1,5 +1,7 @@
 /// The last 512 exceptions of the process, for a look at a memory dump: nothing in the library reads them back.
 ///
+/// Memory   An entry keeps at most kMostUnits units of each text, because texts may come from the server. The history
+///          as a whole takes at most kMostBytes, whatever is thrown. The exception itself carries its texts whole.
 /// Life     The module makes the history when it is loaded and destroys it at unload. What is thrown outside that time
 ///          is not recorded.
 /// Threads  Exceptions may be thrown on any thread, at any time, also while the history is made or destroyed: each
@@ -16,12 +18,14 @@ namespace Kestrel {
 
 struct ExceptionHistoryEntry {
   std::string className;       ///< always that of the root class, because its constructor makes the entry
-  KestrelException exception;  ///< fields of derived classes are not kept
+  KestrelException exception;  ///< texts cut to kMostUnits; fields of derived classes are not kept
 };
 
 class ExceptionHistory {
  public:
   static constexpr std::size_t kCapacity = 512;
+  static constexpr std::size_t kMostUnits = 256;
+  static constexpr std::size_t kMostBytes = 1 << 20;
 
   /// The process-wide history lives from here …
   ExceptionHistory();

@@ -62,6 +62,13 @@ KestrelException::KestrelException(std::uint32_t errorClass, std::uint32_t error
   ExceptionHistory::Add(*this);
 }
 
+KestrelException::KestrelException(const KestrelException& whole, std::size_t mostUnits)
+    : errorClass_(whole.errorClass_),
+      errorCode_(whole.errorCode_),
+      description_(whole.description_, 0, mostUnits),
+      wideDescription_(whole.wideDescription_, 0, mostUnits),
+      additionalText_(whole.additionalText_, 0, mostUnits) {}
+
 KestrelException::KestrelException(std::string_view description) : KestrelException(ecGeneral, 0, description) {}
 
 const char* KestrelException::what() const noexcept {

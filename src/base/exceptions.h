@@ -22,6 +22,8 @@ enum ErrorClass : std::uint32_t {
 };
 
 class KestrelException : public std::exception {
+  friend class ExceptionHistory;
+
  public:
   KestrelException(std::uint32_t errorClass, std::uint32_t errorCode, std::u16string_view wideDescription,
                    std::string_view additionalText);
@@ -49,6 +51,9 @@ class KestrelException : public std::exception {
                    std::u16string_view wideDescription);
 
  private:
+  /// A copy whose texts are cut after mostUnits units. For the history, so it is not recorded itself.
+  KestrelException(const KestrelException& whole, std::size_t mostUnits);
+
   std::uint32_t errorClass_ = ecGeneral;
   std::uint32_t errorCode_ = 0;
   std::string description_;
