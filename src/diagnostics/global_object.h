@@ -1,38 +1,51 @@
 /// A process-wide, reference-counted object that is made on first use and let go when the module is unloaded.
 ///
-/// Two threads that come first at once may both make one; one of the two is kept. A lock in its place would have to be
-/// a static object, whose own end comes before that of the module's, which still lets go of this.
+/// Threads  Any. The pointer is only followed under a lock that is never destroyed, so a thread that comes late either
+///          gets a reference on the old object or makes a new one.
 #pragma once
 
-#include <atomic>
+#include <mutex>
+#include <utility>
 
 #include "base/reference_counting.h"
+#include "base/static_lock.h"
 
 namespace Kestrel {
 
 template <class T>
 class GlobalObject {
  public:
-  /// Throws what making a T throws.
+  /// Throws what making a T throws. Two threads that come first at once may both make one; one of the two is kept. It
+  /// is made without the lock, because making it may call out of the library.
   ReferencePointer<T> Get() {
-    if (T* const object = object_.load(std::memory_order_acquire)) return ReferencePointer<T>(object);
-    ReferencePointer<T> created(new T);
-    T* kept = nullptr;
-    created->AddRef();
-    if (object_.compare_exchange_strong(kept, created.Get(), std::memory_order_acq_rel)) return created;
-    created->Release();
-    return ReferencePointer<T>(kept);
+    if (ReferencePointer<T> existing = Find()) return existing;
+    return Keep(ReferencePointer<T>(new T));
   }
 
-  /// Null where there is none. No other thread may be using this. The next Get makes a new object.
+  /// Lets the process-wide object go to the caller; null where there is none. The next Get makes a new one.
   ReferencePointer<T> Take() {
-    ReferencePointer<T> taken(object_.exchange(nullptr, std::memory_order_acq_rel));
-    if (taken) taken->Release();
+    const std::lock_guard guard(StaticLock<GlobalObject>());
+    ReferencePointer<T> taken(object_);
+    if (object_) std::exchange(object_, nullptr)->Release();
     return taken;
   }
 
  private:
-  std::atomic<T*> object_{nullptr};  ///< holds one reference
+  ReferencePointer<T> Find() {
+    const std::lock_guard guard(StaticLock<GlobalObject>());
+    return ReferencePointer<T>(object_);
+  }
+
+  ReferencePointer<T> Keep(ReferencePointer<T> made) {
+    const std::lock_guard guard(StaticLock<GlobalObject>());
+    if (!object_) {
+      object_ = made.Get();
+      object_->AddRef();
+    }
+    return ReferencePointer<T>(object_);
+  }
+
+  T* object_ = nullptr;  ///< holds one reference
 };
 
 }  // namespace Kestrel
