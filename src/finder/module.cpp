@@ -4,6 +4,7 @@
 #include "diagnostics/debug_out_streamer.h"
 #include "diagnostics/event_log.h"
 #include "diagnostics/network_startup.h"
+#include "platform/process_end.h"
 #include "platform/threads.h"
 #include "time/date_time.h"
 #include "valuelist/buffer_pool.h"
@@ -16,8 +17,7 @@ struct Step {
 };
 
 /// The members are made in this order when the library is loaded, and go in reverse when it is unloaded. Both happen
-/// under the loader's lock, and at the end of a process after every other thread is gone: no lock is taken here but
-/// critical sections, which stay usable then.
+/// under the loader's lock, so no other lock is taken here but critical sections.
 ///
 /// A failing step does not keep the library from being loaded, except that the clock must answer.
 class Module {
@@ -43,6 +43,15 @@ class Module {
   Kestrel::DebugOutReadyMark debugOutReadyMark_;
 };
 
-Module module;
+/// Where the module lives. At the end of the process it stays as it is.
+union ModulePlace {
+  ModulePlace() : module() {}
+  ~ModulePlace() {
+    if (!platform::ProcessEnds()) module.~Module();
+  }
+  Module module;
+};
+
+ModulePlace place;
 
 }  // namespace

@@ -16,7 +16,7 @@ std::uint32_t GetCurrentThreadId();
 [[nodiscard]] bool RunOnWorkerAndWait(void (*task)(void*), void* context);
 
 /// For the module's unload, after the last hand-over has returned: when it returns, no thread is left inside the
-/// library's code. Does nothing when the process is exiting.
+/// library's code. Not for the end of the process (process_end.h).
 void StopWorkers();
 
 }  // namespace platform

@@ -7,9 +7,10 @@ using scripted::Function;
 
 namespace {
 
+/// Never destroyed: a program may end while blocks are pushed.
 scripted::Dbi& TheDbi() {
-  static scripted::Dbi dbi;
-  return dbi;
+  static auto* const dbi = new scripted::Dbi;
+  return *dbi;
 }
 
 /// The last failure of the calling thread.

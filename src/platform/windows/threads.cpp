@@ -23,8 +23,6 @@ struct alignas(MEMORY_ALLOCATION_ALIGNMENT) Slot {
 /// Zeros are an empty list.
 constinit SLIST_HEADER idleSlots{};
 constinit std::atomic<PTP_POOL> pool{nullptr};
-/// Set when the process ends: every other thread is gone then, perhaps in the middle of a task.
-constinit bool processEnds = false;
 
 /// A pool of its own, for the default one has 500 threads at most, and tasks that wait for others nest without bound.
 /// Null where there is no memory.
@@ -86,7 +84,6 @@ bool RunOnWorkerAndWait(void (*task)(void*), void* context) {
 }
 
 void StopWorkers() {
-  if (processEnds) return;
   while (Slot* const slot = TakeIdleSlot()) {
     // A callback may still be on its way back from waking its deliverer.
     WaitForThreadpoolWorkCallbacks(slot->work, FALSE);
@@ -97,10 +94,3 @@ void StopWorkers() {
 }
 
 }  // namespace platform
-
-/// Runs before the library's destructors. There is a reserved pointer at the end of the process, and none when the
-/// library is unloaded.
-extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* reserved) {
-  if (reason == DLL_PROCESS_DETACH && reserved) platform::processEnds = true;
-  return TRUE;
-}

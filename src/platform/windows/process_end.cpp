@@ -1,0 +1,23 @@
+#include "platform/process_end.h"
+
+#include "platform/windows/api.h"
+
+namespace platform {
+namespace {
+
+constinit bool processEnds = false;
+
+}  // namespace
+
+bool ProcessEnds() {
+  return processEnds;
+}
+
+}  // namespace platform
+
+/// Runs before the library's destructors. There is a reserved pointer at the end of the process, and none when the
+/// library is unloaded.
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* reserved) {
+  if (reason == DLL_PROCESS_DETACH && reserved) platform::processEnds = true;
+  return TRUE;
+}
