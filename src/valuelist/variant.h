@@ -11,13 +11,14 @@
 ///          payloads that cannot be a value. A failed FromString leaves the type unchanged.
 #pragma once
 
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string>
 #include <string_view>
 #include <typeinfo>
+#include <utility>
 
 #include "valuelist/variant_traits.h"
 
@@ -25,29 +26,12 @@ namespace Kestrel {
 
 class Variant {
  public:
-  explicit Variant(std::same_as<bool> auto value) : Variant(BoolTag{}, value) {}
-  explicit Variant(char value);  ///< vtChar, a signed number
-  explicit Variant(unsigned char value);
-  explicit Variant(signed char value);
-  explicit Variant(std::int16_t value);
-  explicit Variant(std::uint16_t value);
-  explicit Variant(std::uint32_t value);
-  explicit Variant(std::int32_t value);  ///< vtInt
-  explicit Variant(VariantLong value);
-  explicit Variant(std::int64_t value);
-  explicit Variant(std::uint64_t value);  ///< reports vtInt64
-  explicit Variant(float value);
-  explicit Variant(double value);
-  explicit Variant(std::string value);
-  explicit Variant(std::string_view value);
-  explicit Variant(const char* value) : Variant(std::string_view(value)) {}
-  explicit Variant(std::u16string value);
-  explicit Variant(BinaryData value);
-  explicit Variant(BlobPtr value);
-  explicit Variant(platform::FileTime value);
-  explicit Variant(TKestrelDateTime value);
-  explicit Variant(VariantReferencePointer value);
-  explicit Variant(const Guid& value);
+  /// Holds the value as the type it has, which decides the tag: char gives vtChar, std::int32_t vtInt, and so on. What
+  /// converts to std::string_view is copied into a vtString.
+  template <VariantSource Source>
+  explicit Variant(Source&& value) : traits_(&kVariantTraits[kVariantTag<VariantHolding<Source>>]) {
+    ::new (static_cast<void*>(storage_)) VariantHolding<Source>(std::forward<Source>(value));
+  }
 
   /// The default value of a tag; throws VariantInvalidTypeException for 21 and more.
   static Variant Create(std::uint8_t tag);
@@ -91,18 +75,15 @@ class Variant {
   template <class Target>
   Target To() const;
 
-  /// The held value where it is a T exactly, else null. T is the held type of one of the tags.
-  template <class T>
+  /// The held value where it is a T exactly, else null.
+  template <VariantHeld T>
   const T* GetIf() const {
-    return traits_ == &kVariantTraits[kTagOf<T>] ? static_cast<const T*>(static_cast<const void*>(storage_)) : nullptr;
+    return traits_ == &kVariantTraits[kVariantTag<T>] ? static_cast<const T*>(static_cast<const void*>(storage_))
+                                                      : nullptr;
   }
 
  private:
-  struct BoolTag {};
-  Variant(BoolTag, bool value);
   explicit Variant(const VariantTypeTraits& traits);
-  template <class T>
-  void Hold(T value);
 
   void MoveFrom(Variant& other) noexcept {
     if (traits_->bytesAreValue) {
