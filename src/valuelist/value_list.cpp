@@ -75,18 +75,6 @@ ReferencePointer<Buffer> Decoded(std::u16string_view text) {
 
 }  // namespace
 
-void ValueList::Add(std::string_view name, std::uint32_t value) {
-  AddVariant(name, Variant(value));
-}
-void ValueList::Add(std::string_view name, std::string_view value) {
-  AddVariant(name, Variant(value));
-}
-void ValueList::Add(std::string_view name, std::uint8_t value) {
-  AddVariant(name, Variant(value));
-}
-void ValueList::Add(std::string_view name, std::uint64_t value) {
-  AddVariant(name, Variant(value));
-}
 void ValueList::AddVariant(std::string_view name, Variant value) {
   entries_.emplace_back(name, std::move(value));
 }
@@ -100,24 +88,6 @@ void ValueList::AddBinaryData(std::string_view name, const ReferencePointer<Buff
 const Variant* ValueList::Find(std::string_view name) const {
   const auto entry = std::ranges::find(entries_, name, &ValueListEntry::name);
   return entry == entries_.end() ? nullptr : &entry->value;
-}
-
-void ValueList::Get(std::string_view name, std::string& value) const {
-  if (const Variant* const found = Find(name)) value = found->ToString();
-}
-void ValueList::Get(std::string_view name, std::uint8_t& value) const {
-  if (const Variant* const found = Find(name)) value = found->To<unsigned char>();
-}
-void ValueList::Get(std::string_view name, bool& value) const {
-  if (const Variant* const found = Find(name)) value = found->To<bool>();
-}
-bool ValueList::Get(std::string_view name, std::uint32_t& value) const {
-  const Variant* const found = Find(name);
-  if (found) value = found->To<std::uint32_t>();
-  return found != nullptr;
-}
-void ValueList::Get(std::string_view name, std::uint64_t& value) const {
-  if (const Variant* const found = Find(name)) value = found->To<std::uint64_t>();
 }
 
 void ValueList::GetBinaryData(std::string_view name, ReferencePointer<Buffer>& value) const {

@@ -23,12 +23,12 @@
 ///            discards the list.
 #pragma once
 
-#include <concepts>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -51,6 +51,12 @@ struct ValueListEntry {
   Variant value;
 };
 
+/// What Add takes: narrow text and the numbers of the messages. An int is none of them, so that a plain 6 is not
+/// written as vtInt where the other side expects vtUInt.
+using MessageTypes = std::tuple<bool, std::uint8_t, std::uint32_t, std::uint64_t, std::string>;
+template <class T>
+concept MessageValue = kPositionIn<VariantHolding<T>, MessageTypes> < std::tuple_size_v<MessageTypes>;
+
 class ValueList {
  public:
   const std::string& GetName() const { return name_; }
@@ -60,21 +66,21 @@ class ValueList {
   /// Makes room for that many entries more.
   void Reserve(std::size_t more) { entries_.reserve(entries_.size() + more); }
   /// Each appends one entry; a name may occur more than once.
-  void Add(std::string_view name, std::uint32_t value);
-  void Add(std::string_view name, std::string_view value);
-  void Add(std::string_view name, std::uint8_t value);
-  void Add(std::string_view name, std::same_as<bool> auto value) { AddVariant(name, Variant(value)); }
-  void Add(std::string_view name, std::uint64_t value);
+  void Add(std::string_view name, MessageValue auto&& value) {
+    AddVariant(name, Variant(std::forward<decltype(value)>(value)));
+  }
   void AddVariant(std::string_view name, Variant value);
   /// A copy of the buffer's bytes; a null or empty buffer gives a value without a buffer.
   void AddBinaryData(std::string_view name, const ReferencePointer<Buffer>& buffer);
 
-  /// The first entry of exactly that name, converted to the output's type; without one the output stays as it is.
-  void Get(std::string_view name, std::string& value) const;
-  void Get(std::string_view name, std::uint8_t& value) const;
-  void Get(std::string_view name, bool& value) const;
-  bool Get(std::string_view name, std::uint32_t& value) const;  ///< whether there was one
-  void Get(std::string_view name, std::uint64_t& value) const;
+  /// The first entry of exactly that name, converted to the output's type. False where there is none: the output stays
+  /// as it is. Throws what the conversion throws, with the output as it was.
+  template <VariantTarget Target>
+  bool Get(std::string_view name, Target& value) const {
+    const Variant* const found = Find(name);
+    if (found) value = found->To<Target>();
+    return found != nullptr;
+  }
   /// First entry by name; null where its type is not vtBinaryData; else a reference on the value's own buffer, which is
   /// made now if the value holds its bytes without one.
   void GetBinaryData(std::string_view name, ReferencePointer<Buffer>& value) const;

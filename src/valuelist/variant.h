@@ -20,6 +20,7 @@
 #include <typeinfo>
 #include <utility>
 
+#include "valuelist/variant_conversions.h"
 #include "valuelist/variant_traits.h"
 
 namespace Kestrel {
@@ -71,9 +72,12 @@ class Variant {
   /// Replaces the value; the type stays.
   void FromString(std::string_view text) { traits_->FromString(storage_, text); }
 
-  /// The value converted to Target: unsigned char, bool, std::uint32_t, std::uint64_t, std::string or std::u16string.
-  template <class Target>
-  Target To() const;
+  /// The value converted by the rules of variant_conversions.h. To a std::string that is ToString.
+  template <VariantTarget Target>
+  Target To() const {
+    const auto tag = static_cast<std::size_t>(traits_ - kVariantTraits);
+    return std::get<VariantConversionTable<Target>>(kVariantConversions)[tag](storage_);
+  }
 
   /// The held value where it is a T exactly, else null.
   template <VariantHeld T>
@@ -100,18 +104,5 @@ class Variant {
   alignas(kHeldAlignment) std::byte storage_[kStorageSize];
   const VariantTypeTraits* traits_;
 };
-
-template <>
-unsigned char Variant::To<unsigned char>() const;
-template <>
-bool Variant::To<bool>() const;
-template <>
-std::uint32_t Variant::To<std::uint32_t>() const;
-template <>
-std::uint64_t Variant::To<std::uint64_t>() const;
-template <>
-std::string Variant::To<std::string>() const;
-template <>
-std::u16string Variant::To<std::u16string>() const;
 
 }  // namespace Kestrel

@@ -1,9 +1,6 @@
 #include "valuelist/variant_conversions.h"
 
-#include <array>
-#include <cstdint>
 #include <limits>
-#include <string>
 #include <type_traits>
 #include <utility>
 
@@ -52,6 +49,8 @@ Target Convert(const void* held) {
     return value;
   } else if constexpr (std::is_same_v<Source, std::string>) {
     return Parsed<Target>(value);
+  } else if constexpr (std::is_same_v<Target, std::string>) {
+    return kVariantTraits[kTag].ToString(held);
   } else if constexpr (!kNumber || !std::is_arithmetic_v<Target>) {
     return Parsed<Target>(kVariantTraits[kTag].ToString(held));
   } else if constexpr (std::is_floating_point_v<Source>) {
@@ -62,24 +61,17 @@ Target Convert(const void* held) {
 }
 
 template <class Target, std::size_t... kTags>
-constexpr auto MakeTable(std::index_sequence<kTags...>) {
-  return std::array{&Convert<Target, kTags>...};
+constexpr VariantConversionTable<Target> TableFor(std::index_sequence<kTags...>) {
+  return {&Convert<Target, kTags>...};
 }
-/// Row number = tag of the source.
-template <class Target>
-constexpr auto kConversions = MakeTable<Target>(std::make_index_sequence<kVariantTypeCount>());
+template <class... Targets>
+constexpr auto TablesFor(std::type_identity<std::tuple<Targets...>>) {
+  return std::tuple(TableFor<Targets>(std::make_index_sequence<kVariantTypeCount>())...);
+}
 
 }  // namespace
 
-template <class Target>
-Target ConvertHeld(std::size_t tag, const void* held) {
-  return kConversions<Target>[tag](held);
-}
-
-template unsigned char ConvertHeld(std::size_t, const void*);
-template bool ConvertHeld(std::size_t, const void*);
-template std::uint32_t ConvertHeld(std::size_t, const void*);
-template std::uint64_t ConvertHeld(std::size_t, const void*);
-template std::u16string ConvertHeld(std::size_t, const void*);
+constexpr VariantConversionTablesOf<VariantTargets>::Type kVariantConversions =
+    TablesFor(std::type_identity<VariantTargets>());
 
 }  // namespace Kestrel

@@ -1,17 +1,44 @@
 /// Conversion of a held value to the types that callers ask for.
 ///
-/// Numbers convert as in the language, wider integers to narrower ones by their low bits; every floating number is
-/// first truncated to a signed integer, and one out of its range gives what the processor's instruction gives: the
-/// lowest number. Anything else goes through its text and the target's parser, so "42" as a number is 42 and a guid
-/// mostly 0.
+///     from \ to        string, u16string     bool              unsigned char, 32 and 64 bits unsigned
+///     integer          its text              not 0             low bits, sign-extended before
+///     float, double    its text              not 0; NaN: true  truncated, see below
+///     string           itself; from UTF-8    parsed            parsed
+///     any other        its text              its text, parsed  its text, parsed
+///
+/// So "42" gives the number 42, and a guid mostly 0. A floating number is truncated toward zero to a signed integer (32
+/// bits for unsigned char, 64 bits for the others), whose low bits count; what does not fit there gives the lowest
+/// number, as the instruction of the processor does. To 64 bits, the upper half of the unsigned numbers fits too.
+///
+/// Errors  Those of the text forms, see variant_text.h.
 #pragma once
 
-#include "valuelist/variant_types.h"
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <tuple>
+
+#include "valuelist/variant_held_types.h"
 
 namespace Kestrel {
 
-/// Target: unsigned char, bool, std::uint32_t, std::uint64_t or std::u16string. Errors: variant_text.h.
+/// The one list of targets.
+using VariantTargets = std::tuple<unsigned char, bool, std::uint32_t, std::uint64_t, std::string, std::u16string>;
+
+template <class T>
+concept VariantTarget = kPositionIn<T, VariantTargets> < std::tuple_size_v<VariantTargets>;
+
+/// Row number = tag of the source.
 template <class Target>
-Target ConvertHeld(std::size_t tag, const void* held);
+using VariantConversionTable = std::array<Target (*)(const void* held), kVariantTypeCount>;
+
+template <class Targets>
+struct VariantConversionTablesOf;
+template <class... Targets>
+struct VariantConversionTablesOf<std::tuple<Targets...>> {
+  using Type = std::tuple<VariantConversionTable<Targets>...>;
+};
+extern const VariantConversionTablesOf<VariantTargets>::Type kVariantConversions;
 
 }  // namespace Kestrel
