@@ -33,9 +33,10 @@ class RawReader final : public IKestrelStream {
 
   void Write(const void* source, std::uint64_t n) override;
   void Read(void* destination, std::uint64_t n) override;
+  /// Moves the position over n bytes and returns their address, or throws as Read does.
+  const std::uint8_t* Take(std::uint64_t n);
 
   std::uint64_t GetPosition() const { return position_; }
-  std::uint64_t GetRemaining() const { return size_ - position_; }
 
  private:
   std::uint64_t position_ = 0;

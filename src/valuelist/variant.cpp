@@ -4,7 +4,7 @@
 
 namespace Kestrel {
 Variant::Variant(const VariantTypeTraits& traits) : traits_(&traits) {
-  traits.construct(storage_);
+  traits.Construct(storage_);
 }
 
 Variant Variant::Create(std::uint8_t tag) {

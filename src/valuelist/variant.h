@@ -56,14 +56,14 @@ class Variant {
   }
   ~Variant() { Destroy(); }
 
-  std::uint8_t GetType() const { return traits_->GetType(); }  ///< the tag that is written
-  const std::type_info& GetTypeInfo() const { return traits_->GetTypeInfo(); }
-  std::uint64_t GetSize() const { return traits_->GetSize(storage_); }    ///< payload bytes
-  std::uint64_t GetFixedSize() const { return traits_->GetFixedSize(); }  ///< payload bytes, or kVariableSize
+  std::uint8_t GetType() const { return traits_->type; }  ///< the tag that is written
+  const std::type_info& GetTypeInfo() const { return *traits_->typeInfo; }
+  std::uint64_t GetSize() const { return traits_->GetSize(storage_); }  ///< payload bytes
+  std::uint64_t GetFixedSize() const { return traits_->fixedSize; }     ///< payload bytes, or kVariableSize
   void WriteRaw(std::uint8_t* payload) const { traits_->WriteRaw(storage_, payload); }
   /// Builds the value from n payload bytes.
   void ReadRaw(const std::uint8_t* payload, std::uint64_t n) { traits_->ReadRaw(storage_, payload, n); }
-  void ReadFromStream(IKestrelStream& stream) { traits_->ReadFromStream(storage_, stream); }
+  void ReadFromStream(RawReader& stream) { traits_->ReadFromStream(storage_, stream); }
   void WriteToStream(IKestrelStream& stream) const { traits_->WriteToStream(storage_, stream); }
   /// Makes the value independent of the buffer that it was read from: a blob gets a block of its own.
   void OwnBytes();
@@ -93,7 +93,7 @@ class Variant {
     if (traits_->bytesAreValue) {
       std::memcpy(storage_, other.storage_, kStorageSize);
     } else {
-      traits_->moveConstruct(other.storage_, storage_);
+      traits_->MoveConstruct(other.storage_, storage_);
     }
   }
   void Destroy() noexcept {

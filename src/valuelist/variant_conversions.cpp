@@ -36,7 +36,7 @@ Target FromFloating(double number) {
 template <class Target>
 Target Parsed(std::string_view text) {
   Target value{};
-  ParseText(text, value);
+  FromString(value, text);
   return value;
 }
 

@@ -44,51 +44,51 @@ T ValueOr(std::optional<T> extracted, std::string_view text, const char* typeNam
 
 }  // namespace
 
-std::string TextOf(const std::u16string& value) {
+std::string ToString(const std::u16string& value) {
   const std::u16string_view text = value;
   return WideToUtf8(text.substr(0, text.find(u'\0')));
 }
 
-std::string TextOf(const BinaryData& value) {
+std::string ToString(const BinaryData& value) {
   const auto bytes = value.GetBytes();
   return std::string(kBinaryDataWord) + ' ' + LengthText(bytes.size()) + ' ' + Base64Encode(bytes.data(), bytes.size());
 }
 
-std::string TextOf(const BlobPtr& value) {
+std::string ToString(const BlobPtr& value) {
   return std::string(kBlobPtrWord) + ' ' + LengthText(value.GetSize()) + AddressText(value.GetAddress());
 }
 
-std::string TextOf(const platform::FileTime& value) {
+std::string ToString(const platform::FileTime& value) {
   return SystemTimeToStr(FileTimeToSystemTime(value), dtsmSlashes);
 }
 
-std::string TextOf(TKestrelDateTime value) {
+std::string ToString(TKestrelDateTime value) {
   return BiasToStr(value);
 }
 
-std::string TextOf(const VariantReferencePointer& value) {
+std::string ToString(const VariantReferencePointer& value) {
   return value.Get() ? value.Get()->ToString() : "<nullref/>";
 }
 
-std::string TextOf(const Guid& value) {
+std::string ToString(const Guid& value) {
   return GuidToString(value);
 }
 
-void ParseText(std::string_view text, bool& value) {
+void FromString(bool& value, std::string_view text) {
   std::string_view rest = text;
   value = ValueOr(ExtractBool(rest), text, "bool");
 }
 
-void ParseText(std::string_view text, float& value) {
+void FromString(float& value, std::string_view text) {
   std::string_view rest = text;
   value = ValueOr(ExtractFloat(rest), text, "float");
 }
 
-void ParseText(std::string_view text, std::u16string& value) {
+void FromString(std::u16string& value, std::string_view text) {
   value = Utf8ToWide(text);
 }
 
-void ParseText(std::string_view text, BinaryData& value) {
+void FromString(BinaryData& value, std::string_view text) {
   constexpr std::string_view kFailure = "Tried to convert string to BinaryData: std::string = ";
   std::string_view rest = text;
   if (ExtractWord(rest) != kBinaryDataWord) ThrowNotA(kFailure, text);
@@ -100,7 +100,7 @@ void ParseText(std::string_view text, BinaryData& value) {
   value.Assign(bytes.data(), bytes.size());
 }
 
-void ParseText(std::string_view text, BlobPtr& value) {
+void FromString(BlobPtr& value, std::string_view text) {
   std::string_view rest = text;
   if (ExtractWord(rest) != kBlobPtrWord) ThrowNotA("Tried to convert string to BlobPtr: string = ", text);
   const std::optional<std::uint32_t> size = ExtractUInt32(rest);
@@ -108,21 +108,21 @@ void ParseText(std::string_view text, BlobPtr& value) {
   value = BlobPtr::Unreadable(address.value_or(0), size.value_or(0));
 }
 
-void ParseText(std::string_view text, platform::FileTime& value) try {
+void FromString(platform::FileTime& value, std::string_view text) try {
   value = SystemTimeToFileTime(ParseSystemTime(Utf8ToWide(text)));
 } catch (...) {
   throw VariantStringConversionException();
 }
 
-void ParseText(std::string_view text, TKestrelDateTime& value) {
+void FromString(TKestrelDateTime& value, std::string_view text) {
   value = ParseDateTime(Utf8ToWide(text));
 }
 
-void ParseText(std::string_view text, VariantReferencePointer&) {
+void FromString(VariantReferencePointer&, std::string_view text) {
   ThrowNotA("Tried to read VariantReferencePointer from string", text);
 }
 
-void ParseText(std::string_view text, Guid& value) {
+void FromString(Guid& value, std::string_view text) {
   value = GuidFromString(text);
 }
 

@@ -1,4 +1,4 @@
-/// The text forms of the held types: TextOf writes one, ParseText reads one.
+/// The text forms of the held types: ToString writes one, FromString reads one.
 ///
 ///     tag         text                                         read by
 ///     0           "1" or "0"                                   stream extraction; only the numbers 0 and 1
@@ -15,7 +15,7 @@
 /// Lengths and sizes in texts are their low 32 bits. Neither the line ends of tag 13 nor the missing blank of tag 14
 /// can be read back; that is the form of the other side.
 ///
-/// Errors  ParseText leaves the value as it was. Tag 0 and 9 throw StringConversionException, 13, 14 and 17
+/// Errors  FromString leaves the value as it was. Tag 0 and 9 throw StringConversionException, 13, 14 and 17
 ///         VariantStringToValueConversionException, 18 GuidConversionException; dates and conversions their own.
 #pragma once
 
@@ -40,31 +40,31 @@ static_assert(std::is_signed_v<char>, "vtChar is a signed number");
 inline constexpr int kFloatDigits = 6;
 inline constexpr int kDoubleDigits = 15;
 
-std::string TextOf(std::integral auto value) {
+std::string ToString(std::integral auto value) {
   return std::to_string(value);
 }
-inline std::string TextOf(signed char value) {
+inline std::string ToString(signed char value) {
   return std::string(1, static_cast<char>(value));
 }
-inline std::string TextOf(VariantLong value) {
+inline std::string ToString(VariantLong value) {
   return std::to_string(static_cast<std::int32_t>(value));
 }
-inline std::string TextOf(float value) {
+inline std::string ToString(float value) {
   return GeneralText(value, kFloatDigits);
 }
-inline std::string TextOf(double value) {
+inline std::string ToString(double value) {
   return GeneralText(value, kDoubleDigits);
 }
-inline std::string TextOf(const std::string& value) {
+inline std::string ToString(const std::string& value) {
   return value;
 }
-std::string TextOf(const std::u16string& value);
-std::string TextOf(const BinaryData& value);
-std::string TextOf(const BlobPtr& value);
-std::string TextOf(const platform::FileTime& value);
-std::string TextOf(TKestrelDateTime value);
-std::string TextOf(const VariantReferencePointer& value);
-std::string TextOf(const Guid& value);
+std::string ToString(const std::u16string& value);
+std::string ToString(const BinaryData& value);
+std::string ToString(const BlobPtr& value);
+std::string ToString(const platform::FileTime& value);
+std::string ToString(TKestrelDateTime value);
+std::string ToString(const VariantReferencePointer& value);
+std::string ToString(const Guid& value);
 
 template <class T>
 concept ParsedByInt64 =
@@ -72,30 +72,30 @@ concept ParsedByInt64 =
 template <class T>
 concept ParsedByInt32 = !ParsedByInt64<T> && (std::integral<T> || std::same_as<T, VariantLong>);
 
-void ParseText(std::string_view text, ParsedByInt32 auto& value) {
+void FromString(ParsedByInt32 auto& value, std::string_view text) {
   value = static_cast<std::remove_reference_t<decltype(value)>>(ParseInt32(text));
 }
-void ParseText(std::string_view text, ParsedByInt64 auto& value) {
+void FromString(ParsedByInt64 auto& value, std::string_view text) {
   value = static_cast<std::remove_reference_t<decltype(value)>>(ParseInt64(text));
 }
-void ParseText(std::string_view text, bool& value);
-void ParseText(std::string_view text, float& value);
-inline void ParseText(std::string_view text, double& value) {
+void FromString(bool& value, std::string_view text);
+void FromString(float& value, std::string_view text);
+inline void FromString(double& value, std::string_view text) {
   value = ParseDouble(text);
 }
-inline void ParseText(std::string_view text, std::string& value) {
+inline void FromString(std::string& value, std::string_view text) {
   value = text;
 }
-void ParseText(std::string_view text, std::u16string& value);
+void FromString(std::u16string& value, std::string_view text);
 /// A length is accepted up to that of the base64 bytes, or kMostUnfilledBytes; what no byte fills is 0.
-void ParseText(std::string_view text, BinaryData& value);
+void FromString(BinaryData& value, std::string_view text);
 inline constexpr std::uint64_t kMostUnfilledBytes = 0x10000;
 /// The address is not followed, see BlobPtr::Unreadable.
-void ParseText(std::string_view text, BlobPtr& value);
+void FromString(BlobPtr& value, std::string_view text);
 /// Throws VariantStringConversionException, whatever fails.
-void ParseText(std::string_view text, platform::FileTime& value);
-void ParseText(std::string_view text, TKestrelDateTime& value);
-[[noreturn]] void ParseText(std::string_view text, VariantReferencePointer& value);
-void ParseText(std::string_view text, Guid& value);
+void FromString(platform::FileTime& value, std::string_view text);
+void FromString(TKestrelDateTime& value, std::string_view text);
+[[noreturn]] void FromString(VariantReferencePointer& value, std::string_view text);
+void FromString(Guid& value, std::string_view text);
 
 }  // namespace Kestrel

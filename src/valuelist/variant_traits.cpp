@@ -22,30 +22,27 @@ struct Operations {
   using Held = VariantHeldType<kTag>;
   static constexpr const VariantTypeRow& kRow = kVariantTypes[kTag];
   static_assert(sizeof(Held) <= kLargestHeldSize && alignof(Held) <= kHeldAlignment);
-  static_assert(kRow.payload == kVariableSize || kRow.payload == sizeof(Held));
+  static_assert(kRow.fixedSize == kVariableSize || kRow.fixedSize == sizeof(Held));
 
   static Held& Value(void* held) { return *std::launder(static_cast<Held*>(held)); }
   static const Held& Value(const void* held) { return *std::launder(static_cast<const Held*>(held)); }
 
-  static const std::type_info& GetTypeInfo() { return typeid(Held); }
   static void Destroy(void* held) { std::destroy_at(&Value(held)); }
-  static std::uint8_t GetType() { return kRow.writtenTag; }
   static std::string ToString(const void* held) {
-    if constexpr (!TextHidesCause(kTag)) return TextOf(Value(held));
+    if constexpr (!TextHidesCause(kTag)) return Kestrel::ToString(Value(held));
     try {
-      return TextOf(Value(held));
+      return Kestrel::ToString(Value(held));
     } catch (...) {
       throw VariantExceptions::VariantStringConversionException();
     }
   }
-  static void FromString(void* held, std::string_view text) { ParseText(text, Value(held)); }
-  static std::uint64_t GetSize(const void* held) { return PayloadSize(Value(held)); }
-  static std::uint64_t GetFixedSize() { return kRow.payload; }
-  static void WriteRaw(const void* held, std::uint8_t* payload) { WritePayload(Value(held), payload); }
+  static void FromString(void* held, std::string_view text) { Kestrel::FromString(Value(held), text); }
+  static std::uint64_t GetSize(const void* held) { return Kestrel::GetSize(Value(held)); }
+  static void WriteRaw(const void* held, std::uint8_t* payload) { Kestrel::WriteRaw(Value(held), payload); }
   static void ReadRaw(void* held, const std::uint8_t* payload, std::uint64_t n) {
-    ReadPayload(Value(held), payload, n);
+    Kestrel::ReadRaw(Value(held), payload, n);
   }
-  static void ReadFromStream(void* held, IKestrelStream& stream) { Kestrel::ReadFromStream(Value(held), stream); }
+  static void ReadFromStream(void* held, RawReader& stream) { Kestrel::ReadFromStream(Value(held), stream); }
   static void WriteToStream(const void* held, IKestrelStream& stream) { Kestrel::WriteToStream(Value(held), stream); }
   static void CopyConstruct(const void* held, void* fresh) { ::new (fresh) Held(Value(held)); }
 
@@ -57,11 +54,21 @@ struct Operations {
 template <std::size_t kTag>
 constexpr VariantTypeTraits Row() {
   using Type = Operations<kTag>;
-  return {Type::GetTypeInfo,    Type::Destroy,       Type::GetType,
-          Type::ToString,       Type::FromString,    Type::GetSize,
-          Type::GetFixedSize,   Type::WriteRaw,      Type::ReadRaw,
-          Type::ReadFromStream, Type::WriteToStream, Type::CopyConstruct,
-          Type::Construct,      Type::MoveConstruct, std::is_trivially_copyable_v<typename Type::Held>};
+  return {.typeInfo = &typeid(typename Type::Held),
+          .Destroy = Type::Destroy,
+          .type = Type::kRow.writtenTag,
+          .ToString = Type::ToString,
+          .FromString = Type::FromString,
+          .GetSize = Type::GetSize,
+          .fixedSize = Type::kRow.fixedSize,
+          .WriteRaw = Type::WriteRaw,
+          .ReadRaw = Type::ReadRaw,
+          .ReadFromStream = Type::ReadFromStream,
+          .WriteToStream = Type::WriteToStream,
+          .CopyConstruct = Type::CopyConstruct,
+          .Construct = Type::Construct,
+          .MoveConstruct = Type::MoveConstruct,
+          .bytesAreValue = std::is_trivially_copyable_v<typename Type::Held>};
 }
 
 }  // namespace

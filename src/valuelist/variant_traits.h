@@ -1,4 +1,8 @@
-/// What each type of a variant can do: one row of operations a type, built from its held type by one rule.
+/// What each type of a variant is and can do: one row a type, built from its held type by one rule.
+///
+/// Each operation has one name from the variant down: Variant::WriteRaw calls WriteRaw of the row, which calls the
+/// overload of WriteRaw for the held type. ToString and FromString are overloaded in variant_text.h, GetSize and the
+/// operations on payloads and streams in variant_wire.h; their errors stand there.
 #pragma once
 
 #include <cstddef>
@@ -16,25 +20,26 @@ namespace Kestrel {
 inline constexpr std::size_t kLargestHeldSize = sizeof(std::string);
 inline constexpr std::size_t kHeldAlignment = alignof(std::uint64_t);
 
-/// `held` is the address of the value. Errors: variant_text.h and variant_wire.h.
+/// The twelve operations in their fixed order. What is the same for every value of a type is a constant, not a
+/// function. `held` is the address of the value, `fresh` that of kLargestHeldSize bytes without a value.
 struct VariantTypeTraits {
-  const std::type_info& (*GetTypeInfo)();
+  const std::type_info* typeInfo;
   void (*Destroy)(void* held);
-  std::uint8_t (*GetType)();  ///< the tag that is written
+  VariantType type;  ///< the tag that is written
   /// A number, date or guid that cannot be shown throws VariantStringConversionException, whatever the cause.
   std::string (*ToString)(const void* held);
   void (*FromString)(void* held, std::string_view text);
   std::uint64_t (*GetSize)(const void* held);
-  std::uint64_t (*GetFixedSize)();  ///< kVariableSize where the size depends on the value
+  std::uint64_t fixedSize;  ///< kVariableSize where the size depends on the value
   void (*WriteRaw)(const void* held, std::uint8_t* payload);
   void (*ReadRaw)(void* held, const std::uint8_t* payload, std::uint64_t n);
-  void (*ReadFromStream)(void* held, IKestrelStream& stream);
+  void (*ReadFromStream)(void* held, RawReader& stream);
   void (*WriteToStream)(const void* held, IKestrelStream& stream);
   void (*CopyConstruct)(const void* held, void* fresh);
 
-  // Beside the twelve operations, what the variant needs to know to keep a value.
-  void (*construct)(void* fresh);  ///< the default value
-  void (*moveConstruct)(void* held, void* fresh) noexcept;
+  // What the variant needs besides, to make and move a value.
+  void (*Construct)(void* fresh);  ///< the default value
+  void (*MoveConstruct)(void* held, void* fresh) noexcept;
   bool bytesAreValue;  ///< copied and moved as bytes, and nothing to destroy
 };
 

@@ -42,7 +42,7 @@ inline constexpr std::uint64_t kVariableSize = ~std::uint64_t{0};
 struct VariantTypeRow {
   VariantType tag;
   VariantType writtenTag;
-  std::uint64_t payload;  ///< bytes, or kVariableSize
+  std::uint64_t fixedSize;  ///< bytes of the payload, or kVariableSize
 };
 
 /// Row number = tag.

@@ -17,69 +17,77 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "base/byte_order.h"
-#include "valuelist/buffer.h"
 #include "valuelist/stream.h"
-#include "valuelist/variant_payloads.h"
+#include "valuelist/variant_held_types.h"
 
 namespace Kestrel {
 
-std::uint64_t PayloadSize(const WireValue auto& value) {
+/// Bytes, or kVariableSize: a length of 32 bits stands before the payload on a stream.
+template <VariantHeld Held>
+inline constexpr std::uint64_t kFixedSize = kVariantTypes[kVariantTag<Held>].fixedSize;
+
+std::uint64_t GetSize(const WireValue auto& value) {
   return sizeof value;
 }
-std::uint64_t PayloadSize(const std::string& value);
-std::uint64_t PayloadSize(const std::u16string& value);
-std::uint64_t PayloadSize(const BinaryData& value);
-std::uint64_t PayloadSize(const BlobPtr& value);
-std::uint64_t PayloadSize(const VariantReferencePointer& value);
+std::uint64_t GetSize(const std::string& value);
+std::uint64_t GetSize(const std::u16string& value);
+std::uint64_t GetSize(const BinaryData& value);
+std::uint64_t GetSize(const BlobPtr& value);
+std::uint64_t GetSize(const VariantReferencePointer& value);
 
-void WritePayload(const WireValue auto& value, std::uint8_t* payload) {
+void WriteRaw(const WireValue auto& value, std::uint8_t* payload) {
   StoreLittleEndian(payload, value);
 }
-void WritePayload(const std::string& value, std::uint8_t* payload);
-void WritePayload(const std::u16string& value, std::uint8_t* payload);
-void WritePayload(const BinaryData& value, std::uint8_t* payload);
-void WritePayload(const BlobPtr& value, std::uint8_t* payload);
-void WritePayload(const VariantReferencePointer& value, std::uint8_t* payload);
+void WriteRaw(const std::string& value, std::uint8_t* payload);
+void WriteRaw(const std::u16string& value, std::uint8_t* payload);
+void WriteRaw(const BinaryData& value, std::uint8_t* payload);
+void WriteRaw(const BlobPtr& value, std::uint8_t* payload);
+void WriteRaw(const VariantReferencePointer& value, std::uint8_t* payload);
 
-void CheckPayloadSize(std::uint64_t n, std::uint64_t least);
-
+/// Throws kNotEnoughBytes where n is less than the least size.
+void CheckSize(std::uint64_t n, std::uint64_t least);
 template <WireValue Fixed>
-void ReadPayload(Fixed& value, const std::uint8_t* payload, std::uint64_t n) {
-  CheckPayloadSize(n, sizeof value);
+void ReadRaw(Fixed& value, const std::uint8_t* payload, std::uint64_t n) {
+  CheckSize(n, sizeof value);
   value = LoadLittleEndian<Fixed>(payload);
 }
 /// Any byte but 0 is true.
-void ReadPayload(bool& value, const std::uint8_t* payload, std::uint64_t n);
-void ReadPayload(std::string& value, const std::uint8_t* payload, std::uint64_t n);
-void ReadPayload(std::u16string& value, const std::uint8_t* payload, std::uint64_t n);
-void ReadPayload(BinaryData& value, const std::uint8_t* payload, std::uint64_t n);
+void ReadRaw(bool& value, const std::uint8_t* payload, std::uint64_t n);
+void ReadRaw(std::string& value, const std::uint8_t* payload, std::uint64_t n);
+void ReadRaw(std::u16string& value, const std::uint8_t* payload, std::uint64_t n);
+void ReadRaw(BinaryData& value, const std::uint8_t* payload, std::uint64_t n);
 /// Points into the payload.
-void ReadPayload(BlobPtr& value, const std::uint8_t* payload, std::uint64_t n);
-void ReadPayload(VariantReferencePointer& value, const std::uint8_t* payload, std::uint64_t n);
+void ReadRaw(BlobPtr& value, const std::uint8_t* payload, std::uint64_t n);
+void ReadRaw(VariantReferencePointer& value, const std::uint8_t* payload, std::uint64_t n);
 
-template <class Fixed>
-void WriteToStream(const Fixed& value, IKestrelStream& stream) {
-  std::uint8_t payload[sizeof value];
-  WritePayload(value, payload);
-  stream.Write(payload, sizeof payload);
+/// Not called by this library: the table of operations names it.
+template <VariantHeld Held>
+void WriteToStream(const Held& value, IKestrelStream& stream) {
+  std::vector<std::uint8_t> payload(GetSize(value));
+  WriteRaw(value, payload.data());
+  if constexpr (kFixedSize<Held> == kVariableSize) {
+    std::uint8_t length[sizeof(std::uint32_t)];
+    StoreLittleEndian(length, static_cast<std::uint32_t>(payload.size() - GetSize(Held())));
+    stream.Write(length, sizeof length);
+  }
+  stream.Write(payload.data(), payload.size());
 }
-void WriteToStream(const std::string& value, IKestrelStream& stream);
-void WriteToStream(const std::u16string& value, IKestrelStream& stream);
-void WriteToStream(const BinaryData& value, IKestrelStream& stream);
-void WriteToStream(const BlobPtr& value, IKestrelStream& stream);
 
-template <class Fixed>
-void ReadFromStream(Fixed& value, IKestrelStream& stream) {
-  std::uint8_t payload[sizeof value];
-  stream.Read(payload, sizeof payload);
-  ReadPayload(value, payload, sizeof payload);
+/// From a RawReader, not from any stream, because it tells whether the bytes are there before room is made for them.
+template <VariantHeld Held>
+void ReadFromStream(Held& value, RawReader& stream) {
+  std::uint64_t length = kFixedSize<Held>;
+  if (length == kVariableSize) length = LoadLittleEndian<std::uint32_t>(stream.Take(sizeof(std::uint32_t)));
+  Held read{};
+  if (length < GetSize(read)) throw IKestrelStream::IKestrelStreamException(kReadFailed);
+  ReadRaw(read, stream.Take(length), length);
+  if constexpr (std::is_same_v<Held, BlobPtr>) read.OwnBytes();
+  value = std::move(read);
 }
-void ReadFromStream(std::string& value, IKestrelStream& stream);
-void ReadFromStream(std::u16string& value, IKestrelStream& stream);
-void ReadFromStream(BinaryData& value, IKestrelStream& stream);
-/// The bytes lie in a new shared block.
-void ReadFromStream(BlobPtr& value, IKestrelStream& stream);
 
 }  // namespace Kestrel
