@@ -38,6 +38,11 @@ FlatMemory::FlatMemory() {
   GetBufferStatistics().liveBlocks.fetch_add(1, std::memory_order_relaxed);
 }
 
+FlatMemory::FlatMemory(std::uint64_t n) : FlatMemory() {
+  Reallocate(n);
+  Extend(n);
+}
+
 FlatMemory::~FlatMemory() {
   GetBufferStatistics().bytesAllocated.fetch_add(static_cast<std::int64_t>(capacity_), std::memory_order_relaxed);
   GetBufferStatistics().liveBlocks.fetch_sub(1, std::memory_order_relaxed);
@@ -45,7 +50,7 @@ FlatMemory::~FlatMemory() {
 }
 
 std::uint8_t* FlatMemory::Extend(std::uint64_t n) {
-  if (n > capacity_ - length_) Grow(n);
+  if (n > capacity_ - length_) Reallocate(CapacityFor(length_, n));
   std::uint8_t* const added = storage_ + length_;
   UnpoisonBytes(added, n);
   length_ += n;
@@ -66,8 +71,7 @@ void FlatMemory::Rewind() {
   Truncate(0);
 }
 
-void FlatMemory::Grow(std::uint64_t added) {
-  const std::uint64_t capacity = CapacityFor(length_, added);
+void FlatMemory::Reallocate(std::uint64_t capacity) {
   std::uint8_t* const storage = AllocateStorage(capacity);
   if (!storage) {
     FreeStorage();
@@ -86,6 +90,10 @@ void FlatMemory::FreeStorage() {
   UnpoisonBytes(storage_, capacity_);
   ::operator delete(std::exchange(storage_, nullptr), kStorageAlignment);
   readPosition_ = length_ = capacity_ = 0;
+}
+
+ReferencePointer<Buffer> Buffer::CreateExact(std::uint64_t n) {
+  return ReferencePointer<Buffer>(new Buffer(n));
 }
 
 void Buffer::Append(const void* source, std::uint64_t n) {

@@ -20,13 +20,15 @@ inline constexpr char kNotEnoughBytes[] = "read failed - not enough bytes in buf
 inline constexpr char kInvalidPointerRequest[] = "invalid pointer request";
 
 /// One allocation, aligned to 16 bytes, with its positions. read position <= length <= capacity; the write position is
-/// the length. The capacity is 0 or a multiple of kPageSize.
+/// the length. The capacity is 0 or a multiple of kPageSize, unless an exact one was asked for.
 class FlatMemory : NonCopyable {
  public:
   static constexpr std::size_t kAlignment = 16;
   static constexpr std::uint64_t kPageSize = 4096;
 
   FlatMemory();
+  /// n uninitialised bytes; the capacity is their number.
+  explicit FlatMemory(std::uint64_t n);
   ~FlatMemory();
 
   std::uint8_t* GetData() const { return storage_; }
@@ -50,7 +52,7 @@ class FlatMemory : NonCopyable {
 
  private:
   [[noreturn]] static void ThrowNotEnoughBytes();
-  void Grow(std::uint64_t added);
+  void Reallocate(std::uint64_t capacity);
   void FreeStorage();
 
   std::uint64_t readPosition_ = 0;
@@ -62,6 +64,9 @@ class FlatMemory : NonCopyable {
 class Buffer final : public ReferenceCounted {
  public:
   Buffer() = default;
+  /// A buffer outside the pool with n uninitialised bytes and no room for more, so that many small ones cost little: a
+  /// pooled buffer takes a page even for one byte.
+  static ReferencePointer<Buffer> CreateExact(std::uint64_t n);
 
   /// Copies n bytes to the end.
   void Append(const void* source, std::uint64_t n);
@@ -84,6 +89,8 @@ class Buffer final : public ReferenceCounted {
   std::uint64_t GetCapacity() const { return memory_.GetCapacity(); }
   std::uint64_t GetUnreadLength() const { return GetLength() - GetReadPosition(); }
   std::span<const std::uint8_t> GetBytes() const { return {GetData(), static_cast<std::size_t>(GetLength())}; }
+  /// Whether the last Release tries to return the buffer to the pool.
+  bool IsPoolable() const { return poolable_; }
   /// How often the pool has handed the buffer out since it was made or reset.
   std::uint32_t GetUseCount() const { return useCount_.load(std::memory_order_relaxed); }
 
@@ -94,9 +101,11 @@ class Buffer final : public ReferenceCounted {
   friend class BufferPool;
   friend class BufferPoolList;
 
+  explicit Buffer(std::uint64_t n) : memory_(n), poolable_(false) {}
+
   FlatMemory memory_;
   std::atomic<std::uint32_t> useCount_{0};
-  bool poolable_ = true;  ///< whether the last Release tries the pool
+  bool poolable_ = true;
 };
 
 }  // namespace Kestrel

@@ -1,6 +1,7 @@
 #include "valuelist/value_list.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "base/base64.h"
@@ -80,9 +81,8 @@ void ValueList::AddVariant(std::string_view name, Variant value) {
 }
 
 void ValueList::AddBinaryData(std::string_view name, const ReferencePointer<Buffer>& buffer) {
-  BinaryData copy;
-  if (buffer && buffer->GetLength() > 0) copy.Assign(buffer->GetData(), buffer->GetLength());
-  AddVariant(name, Variant(std::move(copy)));
+  const BinaryData shared(buffer);
+  AddVariant(name, Variant(shared));
 }
 
 const Variant* ValueList::Find(std::string_view name) const {
@@ -95,13 +95,6 @@ void ValueList::GetBinaryData(std::string_view name, ReferencePointer<Buffer>& v
   if (!found) return;
   const BinaryData* const data = found->GetIf<BinaryData>();
   value = data ? data->GetBuffer() : nullptr;
-}
-
-std::optional<std::span<const std::uint8_t>> ValueList::FindBinaryData(std::string_view name) const {
-  const Variant* const found = Find(name);
-  const BinaryData* const data = found ? found->GetIf<BinaryData>() : nullptr;
-  if (!data) return std::nullopt;
-  return data->GetBytes();
 }
 
 void ValueList::Write(Buffer& buffer) const {

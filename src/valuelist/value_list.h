@@ -24,8 +24,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -81,12 +79,9 @@ class ValueList {
     if (found) value = found->To<Target>();
     return found != nullptr;
   }
-  /// First entry by name; null where its type is not vtBinaryData; else a reference on the value's own buffer, which is
-  /// made now if the value holds its bytes without one.
+  /// A reference on the own buffer of the first entry of that name, null where its type is not vtBinaryData or it has
+  /// no bytes; the output stays as it is where there is no such entry.
   void GetBinaryData(std::string_view name, ReferencePointer<Buffer>& value) const;
-  /// The bytes of the first entry of that name, valid while the list is unchanged; nothing where there is no such entry
-  /// or it is not vtBinaryData.
-  std::optional<std::span<const std::uint8_t>> FindBinaryData(std::string_view name) const;
   /// Null where there is no entry of that name.
   const Variant* Find(std::string_view name) const;
 

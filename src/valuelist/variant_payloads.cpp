@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <bit>
+#include <cstring>
 #include <limits>
 #include <mutex>
 #include <new>
@@ -17,13 +18,6 @@ namespace Kestrel {
 namespace {
 
 using SharedCount = std::uint32_t;
-
-/// Buffers of values come from the small list, whatever their size.
-ReferencePointer<Buffer> BufferWith(std::span<const std::uint8_t> bytes) {
-  ReferencePointer<Buffer> buffer = GetBuffer(SmallBufferList);
-  buffer->Append(bytes.data(), bytes.size());
-  return buffer;
-}
 
 std::uint8_t* BlockOf(std::uint8_t* address) {
   return address - sizeof(SharedCount);
@@ -74,39 +68,31 @@ class HeldObjects {
 
 }  // namespace
 
-BinaryData::BinaryData(const BinaryData& other) : exact_(other.buffer_ ? std::vector<std::uint8_t>() : other.exact_) {
-  if (other.buffer_ && other.buffer_->GetLength() > 0) buffer_ = BufferWith(other.buffer_->GetBytes());
+BinaryData::BinaryData(const void* bytes, std::uint64_t n) {
+  if (n == 0) return;
+  buffer_ = Buffer::CreateExact(n);
+  std::memcpy(buffer_->GetData(), bytes, static_cast<std::size_t>(n));
+}
+
+/// The copy of a pooled buffer comes from the small list, whatever its size, the copy of an exact one is exact.
+BinaryData::BinaryData(const BinaryData& other) {
+  const auto bytes = other.GetBytes();
+  if (bytes.empty()) return;
+  if (other.buffer_->IsPoolable()) {
+    buffer_ = Kestrel::GetBuffer(SmallBufferList);
+    buffer_->Append(bytes.data(), bytes.size());
+  } else {
+    *this = BinaryData(bytes.data(), bytes.size());
+  }
 }
 
 BinaryData& BinaryData::operator=(BinaryData other) noexcept {
   std::swap(buffer_, other.buffer_);
-  exact_.swap(other.exact_);
   return *this;
 }
 
 std::span<const std::uint8_t> BinaryData::GetBytes() const {
-  return buffer_ ? buffer_->GetBytes() : std::span<const std::uint8_t>(exact_);
-}
-
-const ReferencePointer<Buffer>& BinaryData::GetBuffer() const {
-  if (!buffer_ && !exact_.empty()) buffer_ = BufferWith(exact_);
-  return buffer_;
-}
-
-std::uint8_t* BinaryData::Assign(const void* bytes, std::uint64_t n) {
-  const auto* const first = static_cast<const std::uint8_t*>(bytes);
-  return Hold(std::vector<std::uint8_t>(first, first + n));
-}
-
-std::uint8_t* BinaryData::AssignZeros(std::uint64_t n) {
-  return Hold(std::vector<std::uint8_t>(static_cast<std::size_t>(n)));
-}
-
-/// The bytes may have been made from the ones held so far, which go only here.
-std::uint8_t* BinaryData::Hold(std::vector<std::uint8_t> bytes) {
-  exact_ = std::move(bytes);
-  buffer_.Reset();
-  return exact_.data();
+  return buffer_ ? buffer_->GetBytes() : std::span<const std::uint8_t>();
 }
 
 BlobPtr::BlobPtr(const void* address, std::uint64_t size)

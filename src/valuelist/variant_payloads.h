@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <span>
 #include <utility>
-#include <vector>
 
 #include "base/reference_counting.h"
 #include "valuelist/buffer.h"
@@ -12,34 +11,25 @@
 namespace Kestrel {
 
 /// Bytes of a value, or none. Copies are deep; a copy of no bytes has no buffer.
-///
-/// Bytes that were read from the wire are held exactly, in one block of their size: a pooled buffer takes a page of
-/// 4096 bytes even for one byte, and a hostile list can hold a great many of those. The buffer is made when somebody
-/// asks for it and is the value's own from then on.
 class BinaryData {
  public:
   BinaryData() = default;
   /// Shares the buffer.
   explicit BinaryData(ReferencePointer<Buffer> buffer) : buffer_(std::move(buffer)) {}
+  /// A copy of n bytes in an exact buffer, because a hostile message can hold a great many values of few bytes; without
+  /// a buffer where n is 0.
+  BinaryData(const void* bytes, std::uint64_t n);
   BinaryData(const BinaryData& other);
   BinaryData(BinaryData&& other) noexcept = default;
   BinaryData& operator=(BinaryData other) noexcept;
 
   /// Valid until the value, or its buffer, is changed.
   std::span<const std::uint8_t> GetBytes() const;
-  /// The value's own buffer; null where the value has no data. May have to be made: not for two threads at once.
-  const ReferencePointer<Buffer>& GetBuffer() const;
-  /// Replaces the bytes by a copy, and returns where it lies.
-  std::uint8_t* Assign(const void* bytes, std::uint64_t n);
-  /// Replaces the bytes by n zeros, and returns where they lie.
-  std::uint8_t* AssignZeros(std::uint64_t n);
+  /// The value's own buffer; null where the value has none.
+  const ReferencePointer<Buffer>& GetBuffer() const { return buffer_; }
 
  private:
-  std::uint8_t* Hold(std::vector<std::uint8_t> bytes);
-
-  /// Where it is set, it has the bytes. The exact block stays beside it for those who look at its bytes still.
-  mutable ReferencePointer<Buffer> buffer_;
-  std::vector<std::uint8_t> exact_;
+  ReferencePointer<Buffer> buffer_;
 };
 
 /// A view of bytes: not owned, or in a shared block that begins 4 bytes before the address with an atomic 32-bit count.

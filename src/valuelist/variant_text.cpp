@@ -97,7 +97,7 @@ void FromString(BinaryData& value, std::string_view text) {
   if (length) Base64Decode(ExtractWord(rest), bytes);
   if (length.value_or(0) > std::max<std::uint64_t>(bytes.size(), kMostUnfilledBytes)) ThrowNotA(kFailure, text);
   bytes.resize(length.value_or(0));
-  value.Assign(bytes.data(), bytes.size());
+  value = BinaryData(bytes.data(), bytes.size());
 }
 
 void FromString(BlobPtr& value, std::string_view text) {

@@ -67,7 +67,7 @@ void ReadRaw(std::u16string& value, const std::uint8_t* payload, std::uint64_t n
 }
 
 void ReadRaw(BinaryData& value, const std::uint8_t* payload, std::uint64_t n) {
-  value.Assign(payload, n);
+  value = BinaryData(payload, n);
 }
 
 void ReadRaw(BlobPtr& value, const std::uint8_t* payload, std::uint64_t n) {

@@ -41,7 +41,7 @@ TEST(StringList, IsWrittenBehindMarkerAndCount) {
   const auto written = [](const Texts& texts) {
     ValueList list;
     WriteStringList(list, "NI2", texts);
-    const auto block = list.FindBinaryData("NI2").value();
+    const auto block = list.Find("NI2")->GetIf<Kestrel::BinaryData>()->GetBytes();
     return Bytes(block.begin(), block.end());
   };
   EXPECT_EQ(written({}), (kMarker + Bytes{0, 0, 0, 0}));
@@ -112,9 +112,9 @@ TEST(RecordEntries, ConvertFromAnyTypeAndTheFirstOfANameCounts) {
 /// The long way: every element through a value list.
 template <class Element>
 void ReadSlowly(const ValueList& list, std::string_view key, std::vector<Element>& elements) {
-  const auto found = list.FindBinaryData(key);
-  if (!found || found->size() < 5 || !std::equal(kMarker.begin(), kMarker.end(), found->begin())) return;
-  const auto block = Kestrel::CreateBuffer(found->data(), found->size());
+  Kestrel::ReferencePointer<Kestrel::Buffer> block;
+  list.GetBinaryData(key, block);
+  if (!block || block->GetLength() < 5 || !std::ranges::equal(kMarker, block->GetBytes().first(4))) return;
   block->Take(4);
   for (std::uint32_t count = block->ReadUInt32(); count > 0; --count) {
     ValueList inner;
