@@ -14,6 +14,7 @@ if(TARN_SANITIZE)
                          -fno-omit-frame-pointer)
   target_link_options(tarn_options INTERFACE -fsanitize=${TARN_SANITIZE})
 endif()
+include(Hardening)
 find_package(Threads REQUIRED)
 target_link_libraries(tarn_options INTERFACE Threads::Threads)
 
