@@ -10,20 +10,12 @@ namespace tarnfind {
 
 namespace {
 
-/// The types that have a name: those of a plug-in.
-struct TypeName {
-  std::int32_t type;
-  const char* name;
-};
-constexpr TypeName kTypeNames[] = {
-    {1, "Sony IPC"},  {2, "Axis IPC"},          {3, "Summit IPC"}, {4, "R2 IPC"},     {5, "V1 IPC"},
-    {6, "ONVIF IPC"}, {7, "ArecontVision IPC"}, {8, "R3 IPC"},     {9, "Marten IPC"}, {25, "R4 IPC"},
-};
-
 std::string TypeText(std::int32_t type) {
-  const auto* const row = std::find_if(std::begin(kTypeNames), std::end(kTypeNames),
-                                       [&](const TypeName& candidate) { return candidate.type == type; });
-  return row == std::end(kTypeNames) ? fmt::format("{}", type) : fmt::format("{} ({})", type, row->name);
+  using Tarn::CameraFinding::CameraTypeNames;
+  const auto* const row = std::find_if(std::begin(CameraTypeNames), std::end(CameraTypeNames),
+                                       [&](const auto& candidate) { return candidate.type == type; });
+  return row == std::end(CameraTypeNames) ? fmt::format("{}", type)
+                                          : fmt::format("{} ({})", type, Utf8FromUtf16(row->name));
 }
 
 const char* YesOrNo(bool value) {

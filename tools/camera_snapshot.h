@@ -3,14 +3,14 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "tarn/camera_finding.h"
+#include "tools/text.h"
 
 namespace tarnfind {
 
 /// User name and password of a camera whose credentials nobody has supplied.
-inline constexpr std::string_view kUnsetCredential = "&!*KVMR*9%";
+inline const std::string kUnsetCredential = Utf8FromUtf16(Tarn::CameraFinding::UnsetCredential);
 
 /// Texts are valid UTF-8 but otherwise as the camera gave them; make them Printable before they reach a terminal.
 struct CameraSnapshot {

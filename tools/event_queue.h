@@ -15,9 +15,6 @@ namespace tarnfind {
 
 using Clock = std::chrono::steady_clock;
 
-/// The kind that the library sends for cameras that have gone.
-inline constexpr std::uint32_t kGoneEventKind = 4;
-
 struct CameraEvent {
   std::uint32_t kind = 0;
   std::int32_t type = 0;  ///< by vendor mask or plug-in name; the snapshot's own type knows the mask only

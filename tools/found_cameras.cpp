@@ -20,7 +20,7 @@ Change Compare(const FoundCamera& known, const CameraEvent& event) {
 }  // namespace
 
 const FoundCamera& FoundCameras::Apply(const CameraEvent& event) {
-  const bool gone = event.kind == kGoneEventKind;
+  const bool gone = event.kind == Tarn::CameraFinding::cekGone;
   const auto [entry, added] = byAddress_.try_emplace(AddressOf(event.camera));
   if (added) {
     byLastEvent_.push_front({event.camera, event.type, Change::kNew, Change::kNew, byLastEvent_.size()});

@@ -1,83 +1,156 @@
-/// The camera finder as a set-up wizard sees it.
+/// The camera finder as a set-up wizard sees it. C++17 and later; camera_finding_c.h is the same for C.
 ///
 ///     Tarn::CameraFinding::ICameraFinder* finder = nullptr;
 ///     GetFindingInterface(server, channel, &finder);     // count 1, yours
-///     finder->SetNewCameraDataCallback(&myCallback);     // cameras arrive from here on
-///     finder->ListFoundCameras(&myReceiver);             // those found so far, before it returns
+///     finder->SetNewCameraDataCallback(callback);        // cameras arrive from here on
+///     finder->ListFoundCameras(&receiver);               // those found so far, before it returns
+///     …                                                  // as long as the wizard searches
 ///     finder->Release();                                 // removes the callback
 ///
 /// Binary contract
 ///   1. An interface is a table of operations, identified by position; IUnknown's three stand at 0 to 2.
-///   2. A boolean is one byte, 0 or 1. Text passed in is NUL-terminated UTF-16; null is allowed only where said.
-///   3. Text handed out is a new BSTR of the caller's, freed with SysFreeString; an empty text is an empty BSTR.
-///   4. Every object may be called and released on any thread.
-///   5. ListFoundCameras, SetNewCameraDataCallback and GetFindingInterface let C++ exceptions through, all derived from
-///      std::exception; every other operation keeps them inside and returns its failure value.
-///   6. The library may be unloaded once every object of it has been released. Where a delivery is still under way then,
+///   2. A boolean is one byte, 0 or 1.
+///   3. Text passed in is NUL-terminated UTF-16, and belongs to the caller. Null counts as an empty text.
+///   4. Text handed out is a new BSTR of the receiver's, freed with SysFreeString. An empty text is an empty BSTR; null
+///      means that there was no memory for the text.
+///   5. Every object may be called and released on any thread.
+///   6. The library may be unloaded once every object of it has been released. Where a delivery is still under way
+///   then,
 ///      it ends as usual, and the library stays in the process.
+///
+/// Errors
+///   GetFindingInterface, ListFoundCameras and SetNewCameraDataCallback let C++ exceptions through, all derived from
+///   std::exception. what() is in the system's code page: that of CP_ACP on Windows, Windows-1252 elsewhere (unless
+///   TARN_ANSI_CODE_PAGE names another). Every other operation keeps them inside and returns its failure value.
+///   A wizard of another compiler calls these three through camera_finding_nothrow.h.
+///
+/// The channel
+///   It is opened by the first operation that needs it. Where it cannot be opened, nothing is sent and nothing is
+///   reported; the next operation tries again. A wizard can tell by SetNewCameraDataCallback: the library took no
+///   reference on the callback.
 ///   There is no time-out: an operation blocks until the server has answered.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 
 #include "tarn/com_types.h"
 
+static_assert(sizeof(void*) == 8, "the library exists for 64-bit processes only");
+
 namespace Tarn::CameraFinding {
 
+/// Stands for the user name and for the password of a camera whose credentials were never supplied. A network command
+/// sends it as it stands.
+inline constexpr OLECHAR UnsetCredential[] = OLESTR("&!*KVMR*9%");
+
+/// What happened to a camera, by the kind of message that the server sent. The library passes the number on and
+/// attaches no meaning to it; the names are those of the simulated server.
+using CameraEventKind = uint32_t;
+enum : CameraEventKind {
+  cekFound = 0,
+  cekChanged = 1,
+  cekSeen = 2,      ///< found before, and still there
+  cekReported = 3,  ///< the answer to an enquiry, or put together from the little that is known
+  cekGone = 4,      ///< only the hardware address and the CTT number are told
+};
+
+/// The device family of a camera, 0 to 26. Those with a name of their own are the plug-in types.
+using CameraTypeCode = int32_t;
+enum : CameraTypeCode {
+  ctcUnknown = 0,
+  ctcSonyIpc = 1,
+  ctcAxisIpc = 2,
+  ctcSummitIpc = 3,
+  ctcR2Ipc = 4,
+  ctcV1Ipc = 5,
+  ctcOnvifIpc = 6,
+  ctcArecontVisionIpc = 7,
+  ctcR3Ipc = 8,
+  ctcMartenIpc = 9,
+  ctcAddressOnly = 24,  ///< a camera that has gone: no more than its address is known
+  ctcR4Ipc = 25,
+};
+
+struct CameraTypeName {
+  CameraTypeCode type;
+  const OLECHAR* name;
+};
+/// The plug-in type names, as GetPluginName gives them, and their codes.
+inline constexpr CameraTypeName CameraTypeNames[] = {
+    {ctcSonyIpc, OLESTR("Sony IPC")},     {ctcAxisIpc, OLESTR("Axis IPC")},
+    {ctcSummitIpc, OLESTR("Summit IPC")}, {ctcR2Ipc, OLESTR("R2 IPC")},
+    {ctcV1Ipc, OLESTR("V1 IPC")},         {ctcOnvifIpc, OLESTR("ONVIF IPC")},
+    {ctcR3Ipc, OLESTR("R3 IPC")},         {ctcArecontVisionIpc, OLESTR("ArecontVision IPC")},
+    {ctcMartenIpc, OLESTR("Marten IPC")}, {ctcR4Ipc, OLESTR("R4 IPC")},
+};
+
 /// A camera: a snapshot of what the server knew, and a draft of what it shall become.
-/// One thread at a time calls the setters; they change this object only, until it is sent with SendNetworkCommandType…
+///
+/// The library implements it. A wizard may hand its own implementation to SendNetworkCommandType…, which reads
+/// positions 5 to 13 on the calling thread. No operation throws or blocks. One thread at a time uses an object while a
+/// setter may be called; setters change this object only, until it is sent.
 struct ICameraInfo : IUnknown {
-  /// Position 3. Camera type code of the vendor mask; 0 is unknown.
-  virtual std::int32_t GetCameraType() = 0;
-  virtual BSTR GetModel() = 0;
-  virtual BSTR GetIpAddress() = 0;
-  virtual BSTR GetSubnetMask() = 0;
-  virtual BSTR GetGateway() = 0;
-  virtual BSTR GetFirmwareVersion() = 0;
-  /// Position 9. The same text as GetModel.
-  virtual BSTR GetModelName() = 0;
-  virtual BSTR GetMacAddress() = 0;
-  /// Positions 11 and 12. "&!*KVMR*9%" stands for credentials that were never supplied.
-  virtual BSTR GetUserName() = 0;
-  virtual BSTR GetPassword() = 0;
-  virtual std::uint8_t IsDhcpEnabled() = 0;
-  /// Position 14. The first plug-in name; "UNKNOWN" when there is none.
-  virtual BSTR GetPluginName() = 0;
-  virtual std::uint8_t HasDeviceFlag17() = 0;
-  /// Position 16. Always 0.
-  virtual std::uint8_t IsReserved() = 0;
-  /// Position 17. A null text clears the member.
-  virtual void SetCredentials(const OLECHAR* user, const OLECHAR* password) = 0;
-  /// Position 18. A null text clears the member; dhcpMode 1 means DHCP, any value is kept as it is.
-  virtual void SetNetworkSettings(const OLECHAR* ipAddress, const OLECHAR* subnetMask, std::uint8_t dhcpMode,
-                                  const OLECHAR* gateway) = 0;
-  virtual std::uint32_t GetDeviceFlags() = 0;
-  virtual std::uint64_t GetVendorTypeMask() = 0;
-  virtual std::uint8_t GetIcb() = 0;
-  virtual std::uint8_t GetGcb() = 0;
-  virtual std::uint8_t GetCtt() = 0;
-  /// Position 24.
-  virtual BSTR GetVendorDisplayName() = 0;
+  /// By the vendor mask alone; CameraInfoReceived tells more.
+  virtual CameraTypeCode GetCameraType() = 0;  ///< Position 3.
+  virtual BSTR GetModel() = 0;                 ///< Position 4.
+  virtual BSTR GetIpAddress() = 0;             ///< Position 5.
+  virtual BSTR GetSubnetMask() = 0;            ///< Position 6.
+  virtual BSTR GetGateway() = 0;               ///< Position 7.
+  virtual BSTR GetFirmwareVersion() = 0;       ///< Position 8.
+  /// The same text as GetModel.
+  virtual BSTR GetModelName() = 0;   ///< Position 9.
+  virtual BSTR GetMacAddress() = 0;  ///< Position 10.
+  /// UnsetCredential where none was supplied.
+  virtual BSTR GetUserName() = 0;  ///< Position 11.
+  /// UnsetCredential where none was supplied.
+  virtual BSTR GetPassword() = 0;       ///< Position 12.
+  virtual uint8_t IsDhcpEnabled() = 0;  ///< Position 13.
+  /// The first plug-in type name; "UNKNOWN" when there is none.
+  virtual BSTR GetPluginName() = 0;  ///< Position 14.
+  /// Bit 17 of GetDeviceFlags; set for a camera that was put together from the little that is known.
+  virtual uint8_t HasDeviceFlag17() = 0;  ///< Position 15.
+  /// Always 0.
+  virtual uint8_t IsReserved() = 0;  ///< Position 16.
+  /// Both texts change or, without memory, neither.
+  virtual void SetCredentials(const OLECHAR* user, const OLECHAR* password) = 0;  ///< Position 17.
+  /// dhcpMode 1 means DHCP; any value is kept as it is. All four change or, without memory, none.
+  virtual void SetNetworkSettings(const OLECHAR* ipAddress, const OLECHAR* subnetMask, uint8_t dhcpMode,
+                                  const OLECHAR* gateway) = 0;  ///< Position 18.
+  /// As the server sent it, without a meaning to the library; so are GetIcb, GetGcb (booleans) and GetCtt.
+  virtual uint32_t GetDeviceFlags() = 0;  ///< Position 19.
+  /// One bit per vendor, as the server sent it; 0 where the plug-in name alone tells.
+  virtual uint64_t GetVendorTypeMask() = 0;  ///< Position 20.
+  virtual uint8_t GetIcb() = 0;              ///< Position 21.
+  virtual uint8_t GetGcb() = 0;              ///< Position 22.
+  virtual uint8_t GetCtt() = 0;              ///< Position 23.
+  /// The vendor's name for display.
+  virtual BSTR GetVendorDisplayName() = 0;  ///< Position 24.
 
  protected:
   ~ICameraInfo() = default;
 };
 
-/// Implemented by the wizard. Called on worker threads, without any lock held; an operation may call back into the
-/// finder, also Release. The thread that delivers waits for it. Results are ignored. An exception thrown here ends the
-/// delivery of that block (for ValuesReceived only of that call) and goes no further.
+/// Implemented by the wizard.
+///
+/// Thread  Called on worker threads, without any lock held; an operation may call back into the finder, also Release.
+///         The thread that delivers waits for it, so a slow wizard slows the server down. Blocks that arrive on several
+///         threads are delivered at the same time.
+/// Errors  Results are ignored. An exception thrown here goes no further: it ends the delivery of that block (out of
+///         ValuesReceived, of that call only). It must be of the library's compiler family; any other one ends the
+///         process.
+/// Life    A delivery under way keeps a reference of its own: the last Release may come after that of the finder.
 struct INewCameraDataCallback : IUnknown {
-  /// Position 3. A picture arrived.
+  /// A picture arrived.
   /// picture     the bytes as the server sent them, byteCount of them (may be 0); valid during the call only.
-  /// cameraText  which camera; the BSTR is yours, free it with SysFreeString.
-  virtual HRESULT PictureReceived(const std::uint8_t* picture, std::uint64_t byteCount, BSTR cameraText) = 0;
-  /// Position 4. Values arrived: valueCount of them (at least 1), valid during the call only. Free cameraText.
-  virtual HRESULT ValuesReceived(BSTR cameraText, const std::uint64_t* values, std::uint64_t valueCount) = 0;
-  /// Position 5. A camera was found, changed or has gone.
-  /// eventKind   0 to 4, by the kind of message; 4 is sent for cameras that went away.
+  /// cameraText  which camera, never empty; the BSTR is yours, free it with SysFreeString.
+  virtual HRESULT PictureReceived(const uint8_t* picture, uint64_t byteCount, BSTR cameraText) = 0;  ///< Position 3.
+  /// Values arrived: valueCount of them (at least 1), valid during the call only. Free cameraText.
+  virtual HRESULT ValuesReceived(BSTR cameraText, const uint64_t* values, uint64_t valueCount) = 0;  ///< Position 4.
+  /// A camera was found, changed or has gone.
   /// camera      AddRef it to keep it; the library lets go of its own reference after the call.
-  /// cameraType  camera type code, by vendor mask or else by first plug-in name; 0 is unknown.
-  virtual HRESULT CameraInfoReceived(std::uint32_t eventKind, ICameraInfo* camera, std::int32_t cameraType) = 0;
+  /// cameraType  by vendor mask or, where that is 0, by first plug-in name.
+  virtual HRESULT CameraInfoReceived(CameraEventKind eventKind, ICameraInfo* camera,
+                                     CameraTypeCode cameraType) = 0;  ///< Position 5.
 
  protected:
   ~INewCameraDataCallback() = default;
@@ -85,8 +158,9 @@ struct INewCameraDataCallback : IUnknown {
 
 /// Implemented by the wizard for ListFoundCameras; called on the thread that called it.
 struct IFoundCameraReceiver : IUnknown {
-  /// Position 3. One camera; AddRef it to keep it. The result is ignored.
-  virtual HRESULT CameraFound(ICameraInfo* camera) = 0;
+  /// One camera; AddRef it to keep it. The result is ignored. An exception thrown here leaves ListFoundCameras, and the
+  /// cameras that follow are not handed over.
+  virtual HRESULT CameraFound(ICameraInfo* camera) = 0;  ///< Position 3.
 
  protected:
   ~IFoundCameraReceiver() = default;
@@ -95,22 +169,25 @@ struct IFoundCameraReceiver : IUnknown {
 /// The finder. Operations may be called on any thread, except that only one thread at a time calls
 /// SetNewCameraDataCallback.
 struct ICameraFinder : IUnknown {
-  /// Position 3. Sends a hardware address such as u"00:40:8C:12:34:56" to the server. Failures are silent.
-  virtual void SendMacAddress(const OLECHAR* macAddress) = 0;
-  /// Position 4. Asks the server to look at one IP address; what it finds arrives at the callback. Failures are silent.
-  virtual void RequestInfoByIp(const OLECHAR* ipAddress) = 0;
-  /// Position 5. Hands every camera found so far to the receiver (may be null), in the server's order, before it
-  /// returns. Does nothing where the channel cannot be opened. Throws what the server or a malformed reply causes.
-  virtual void ListFoundCameras(IFoundCameraReceiver* receiver) = 0;
-  /// Position 6. Installs the callback (may be null) in place of the one before; the finder holds a reference on it
-  /// until it is replaced or the finder is released. Where it throws, the one before stays.
-  virtual void SetNewCameraDataCallback(INewCameraDataCallback* callback) = 0;
-  /// Position 7. Sends the camera's credentials and network settings. The camera must not be null. 0 on failure.
-  virtual std::uint8_t SendNetworkCommandType1(ICameraInfo* camera) = 0;
-  /// Position 8. Sends the command without a payload. Failures are silent.
-  virtual void SendBareCommand() = 0;
-  /// Position 9. As position 7, with command type 4.
-  virtual std::uint8_t SendNetworkCommandType4(ICameraInfo* camera) = 0;
+  /// Sends a hardware address such as "00:40:8C:12:34:56" to the server. Every failure is silent.
+  virtual void SendMacAddress(const OLECHAR* macAddress) = 0;  ///< Position 3.
+  /// Asks the server to look at one IP address. What it finds arrives at the callback, also after this call: keep the
+  /// finder until then. Every failure is silent.
+  virtual void RequestInfoByIp(const OLECHAR* ipAddress) = 0;  ///< Position 4.
+  /// Hands every camera found so far to the receiver (may be null), in the server's order, before it returns. Throws
+  /// what the server or a malformed reply causes; no camera is handed over then. Without a channel: no camera.
+  virtual void ListFoundCameras(IFoundCameraReceiver* receiver) = 0;  ///< Position 5.
+  /// Installs the callback (may be null) in place of the one before. The finder holds a reference on it until it is
+  /// replaced or the finder is released. Throws where the server refuses it; the one before stays then. Without a
+  /// channel: nothing changes, and no reference is taken.
+  virtual void SetNewCameraDataCallback(INewCameraDataCallback* callback) = 0;  ///< Position 6.
+  /// Sends the camera's credentials and network settings. The camera must not be null. 0 where the camera throws or the
+  /// server refuses; 1 otherwise, also without a channel, where nothing is sent.
+  virtual uint8_t SendNetworkCommandType1(ICameraInfo* camera) = 0;  ///< Position 7.
+  /// Sends the command that carries nothing. Every failure is silent.
+  virtual void SendBareCommand() = 0;  ///< Position 8.
+  /// As SendNetworkCommandType1, with command type 4.
+  virtual uint8_t SendNetworkCommandType4(ICameraInfo* camera) = 0;  ///< Position 9.
 
  protected:
   ~ICameraFinder() = default;

@@ -76,7 +76,4 @@ enum ChunkTag : std::uint32_t {
   ctCtt = 12,
 };
 
-/// The wizard gets it with each camera; the library attaches no meaning to the numbers.
-using CameraEventKind = std::uint32_t;
-
 }  // namespace Tarn::CameraFinding

@@ -188,7 +188,7 @@ void LeaveAsItIs(CameraRecord&) {}
 struct MessageRow {
   FinderMessageType type;
   void (*parse)(const CurrentWizard& wizard, Kestrel::Buffer& block, const MessageRow& row);
-  CameraEventKind kind = 0;
+  CameraEventKind kind = cekFound;
   std::span<const CameraChunk> chunks = {};
   void (*start)(CameraRecord& camera) = LeaveAsItIs;
   void (*finish)(CameraRecord& camera) = LeaveAsItIs;
@@ -225,12 +225,12 @@ void ParseCamera(const CurrentWizard& wizard, Kestrel::Buffer& block, const Mess
 constexpr auto kMessages = std::to_array<MessageRow>({
     {fmtPicture, ParsePicture},
     {fmtValues, ParseValues},
-    {fmtCameraKind3, ParseCamera, 3, kCameraByRecordKind3},
-    {fmtCameraKind1, ParseCamera, 1, kCameraByRecordKind1},
-    {fmtCameraKind0, ParseCamera, 0, kCameraByRecordKind0},
-    {fmtCameraKind2, ParseCamera, 2, kCameraByRecordKind2},
-    {fmtAssembledCamera, ParseCamera, 3, kAssembledCamera, StartAssembled, FinishAssembled},
-    {fmtCameraKind4, ParseCamera, 4, kCameraByAddress, StartGone},
+    {fmtCameraKind3, ParseCamera, cekReported, kCameraByRecordKind3},
+    {fmtCameraKind1, ParseCamera, cekChanged, kCameraByRecordKind1},
+    {fmtCameraKind0, ParseCamera, cekFound, kCameraByRecordKind0},
+    {fmtCameraKind2, ParseCamera, cekSeen, kCameraByRecordKind2},
+    {fmtAssembledCamera, ParseCamera, cekReported, kAssembledCamera, StartAssembled, FinishAssembled},
+    {fmtCameraKind4, ParseCamera, cekGone, kCameraByAddress, StartGone},
 });
 static_assert([] {
   for (std::size_t i = 0; i < kMessages.size(); ++i)

@@ -8,10 +8,9 @@
 #include <string>
 #include <vector>
 
-namespace Tarn::CameraFinding {
+#include "tarn/camera_finding.h"
 
-/// Stands for credentials that nobody supplied. The server gets it as it is.
-inline constexpr char16_t UnsetCredential[] = u"&!*KVMR*9%";
+namespace Tarn::CameraFinding {
 
 struct CameraLogin {
   CameraLogin();

@@ -14,47 +14,42 @@ struct VendorMaskRow {
   CameraTypeCode type;
 };
 
-/// In the order of the masks; the codes follow no order.
+/// In the order of the masks; the codes follow no order. A number stands for a family without a name.
 constexpr auto kVendorMasks = std::to_array<VendorMaskRow>({
-    {0x1, 3},         {0x2, 5},
-    {0x4, 10},        {0x8, 4},
-    {0x10, 8},        {0x20, 9},
-    {0x40, 2},        {0x80, 7},
-    {0x100, 11},      {0x200, 12},
-    {0x400, 13},      {0x800, 14},
-    {0x1000, 15},     {0x2000, 16},
-    {0x4000, 6},      {0x8000, 17},
-    {0x10000, 18},    {0x20000, 19},
-    {0x40000, 1},     {0x80000, 20},
-    {0x100000, 21},   {0x200000, 22},
-    {0x400000, 23},   {0x20000000, 25},
-    {0x40000000, 26}, {0xFFFFFFFFFFFFFFFF, 24},  // a camera that is known by its address alone
+    {0x1, ctcSummitIpc},
+    {0x2, ctcV1Ipc},
+    {0x4, 10},
+    {0x8, ctcR2Ipc},
+    {0x10, ctcR3Ipc},
+    {0x20, ctcMartenIpc},
+    {0x40, ctcAxisIpc},
+    {0x80, ctcArecontVisionIpc},
+    {0x100, 11},
+    {0x200, 12},
+    {0x400, 13},
+    {0x800, 14},
+    {0x1000, 15},
+    {0x2000, 16},
+    {0x4000, ctcOnvifIpc},
+    {0x8000, 17},
+    {0x10000, 18},
+    {0x20000, 19},
+    {0x40000, ctcSonyIpc},
+    {0x80000, 20},
+    {0x100000, 21},
+    {0x200000, 22},
+    {0x400000, 23},
+    {0x20000000, ctcR4Ipc},
+    {0x40000000, 26},
+    {0xFFFFFFFFFFFFFFFF, ctcAddressOnly},
 });
 static_assert(std::ranges::is_sorted(kVendorMasks, std::ranges::less_equal{}, &VendorMaskRow::mask));
 
-struct PluginNameRow {
-  std::u16string_view name;
-  CameraTypeCode type;
-};
-
-constexpr auto kPluginNames = std::to_array<PluginNameRow>({
-    {u"ArecontVision IPC", 7},
-    {u"Axis IPC", 2},
-    {u"Summit IPC", 3},
-    {u"R2 IPC", 4},
-    {u"R3 IPC", 8},
-    {u"R4 IPC", 25},
-    {u"V1 IPC", 5},
-    {u"Marten IPC", 9},
-    {u"ONVIF IPC", 6},
-    {u"Sony IPC", 1},
-});
-
-/// The code of the row whose key is exactly this one, or 0.
-template <class Rows, class Key, class Value>
-CameraTypeCode TypeOf(const Rows& rows, Key Value::*key, const Key& wanted) {
+/// The code of the row whose key is exactly this one.
+template <class Rows, class Key, class Wanted>
+CameraTypeCode TypeOf(const Rows& rows, Key key, const Wanted& wanted) {
   const auto row = std::ranges::find(rows, wanted, key);
-  return row == rows.end() ? 0 : row->type;
+  return row == std::end(rows) ? ctcUnknown : row->type;
 }
 
 }  // namespace
@@ -65,7 +60,9 @@ CameraTypeCode TypeFromVendorBit(std::uint64_t mask) {
 
 CameraTypeCode TypeFromPluginName(std::string name) {
   const std::u16string wide = Kestrel::AnsiToWide(name);
-  return TypeOf(kPluginNames, &PluginNameRow::name, std::u16string_view(wide));
+  return TypeOf(
+      CameraTypeNames, [](const CameraTypeName& row) { return std::u16string_view(row.name); },
+      std::u16string_view(wide));
 }
 
 }  // namespace Tarn::CameraFinding

@@ -4,10 +4,9 @@
 #include <cstdint>
 #include <string>
 
-namespace Tarn::CameraFinding {
+#include "tarn/camera_finding.h"
 
-/// 0 is unknown, 1 to 26 are device families. Only ten of them have names, those of the plug-in names.
-using CameraTypeCode = std::int32_t;
+namespace Tarn::CameraFinding {
 
 /// The code of a vendor mask "CVT", by the whole value; 0 for any value that is not in the table.
 CameraTypeCode TypeFromVendorBit(std::uint64_t mask);

@@ -22,7 +22,7 @@ std::optional<CameraEvent> FindCamera(const std::vector<Event>& events, const st
     const auto* const picture = std::get_if<PictureEvent>(&event);
     if (picture && !picture->error.empty()) throw Failure(picture->error);
     const auto* const camera = std::get_if<CameraEvent>(&event);
-    if (camera && camera->kind != kGoneEventKind && camera->camera.ip == ip) return *camera;
+    if (camera && camera->kind != Tarn::CameraFinding::cekGone && camera->camera.ip == ip) return *camera;
   }
   return std::nullopt;
 }
