@@ -15,6 +15,7 @@ constexpr char kRecordText[] =
 /// What the wizard sees of an operation on a fresh finder: its answer, or the error's text.
 std::string Outcome(const std::string& operation) {
   const FinderLibrary library;
+  std::string outcome = "ok";
   JsonCamera camera(json::object());
   camera.throws = operation == "Throw";
   RecordingCallback callback;
@@ -22,7 +23,10 @@ std::string Outcome(const std::string& operation) {
   try {
     const auto finder = library.MakeFinder();
     if (operation == "List") finder->ListFoundCameras(&receiver);
-    if (operation == "Install") finder->SetNewCameraDataCallback(&callback);
+    if (operation == "Install") {
+      finder->SetNewCameraDataCallback(&callback);
+      outcome = callback.references ? "installed" : "no reference";
+    }
     if (operation == "Mac") finder->SendMacAddress(u"00:40:8C:00:00:01");
     if (operation == "Info") finder->RequestInfoByIp(u"10.0.0.5");
     if (operation == "Bare") finder->SendBareCommand();
@@ -31,7 +35,7 @@ std::string Outcome(const std::string& operation) {
   } catch (const std::exception& exception) {
     return exception.what();
   }
-  return operation == "List" ? std::to_string(receiver.cameras.size()) + " cameras" : "ok";
+  return operation == "List" ? std::to_string(receiver.cameras.size()) + " cameras" : outcome;
 }
 
 struct FailureRow {
@@ -49,7 +53,7 @@ const FailureRow kRows[] = {
     // Without a channel nothing is sent, and that is no failure.
     {"List", Function::kOpen, kRecord, "0 cameras", "create open destroy"},
     {"List", Function::kStart, kRecord, "0 cameras", "create open start destroy"},
-    {"Install", Function::kOpen, kRecord, "ok", "create open destroy"},
+    {"Install", Function::kOpen, kRecord, "no reference", "create open destroy"},
     {"Bare", Function::kOpen, kRecord, "ok", "create open destroy"},
     {"Type1", Function::kOpen, kRecord, "1", "create open destroy"},
     {"Type4", Function::kStart, kRecord, "1", "create open start destroy"},
@@ -68,8 +72,8 @@ const FailureRow kRows[] = {
     // Without a record a failure counts as success.
     {"List", Function::kOpen, kNone, "3 cameras", kSendAll},
     {"List", Function::kSend, kNone, "3 cameras", kSendAll},
-    {"Install", Function::kRegister, kNone, "ok", "create open start register unregister destroy"},
-    {"Install", Function::kUnregister, kNone, "ok", "create open start register unregister destroy"},
+    {"Install", Function::kRegister, kNone, "installed", "create open start register unregister destroy"},
+    {"Install", Function::kUnregister, kNone, "installed", "create open start register unregister destroy"},
     {"Bare", Function::kCreate, kNone, "ok", "create"},  // no handle: no channel, ever
 };
 

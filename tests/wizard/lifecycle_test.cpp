@@ -42,6 +42,35 @@ TEST_F(Lifecycle, TheStreamIsOpenedOnceAndGoesLast) {
   EXPECT_EQ(second.references, 0U);
 }
 
+TEST_F(Lifecycle, ANullTextCountsAsEmpty) {
+  const FinderLibrary library;
+  const auto finder = library.MakeFinder();
+  for (const auto send : {&ICameraFinder::SendMacAddress, &ICameraFinder::RequestInfoByIp}) {
+    (finder.Get()->*send)(u"");
+    const Bytes empty = dbi.LastRequest();
+    (finder.Get()->*send)(u"10.0.0.5");
+    EXPECT_NE(dbi.LastRequest(), empty);
+    (finder.Get()->*send)(nullptr);
+    EXPECT_EQ(dbi.LastRequest(), empty);
+  }
+}
+
+TEST_F(Lifecycle, AThrowingReceiverLeavesListFoundCamerasAndGetsNoFurtherCamera) {
+  struct Receiver : RecordingReceiver {
+    HRESULT CameraFound(ICameraInfo* camera) override {
+      RecordingReceiver::CameraFound(camera);
+      throw std::runtime_error("receiver");
+    }
+  } receiver;
+  const FinderLibrary library;
+  const auto finder = library.MakeFinder();
+  dbi.SetReply(ReadSample("reply-list-3.bin"));
+  EXPECT_THROW(finder->ListFoundCameras(&receiver), std::runtime_error);
+  EXPECT_EQ(receiver.cameras.size(), 1U);
+  EXPECT_EQ(receiver.kept.at(0)->Release(), 0U) << "of the test's own reference";
+  receiver.kept.at(0).Detach();
+}
+
 /// What the wizard does inside a callback, while the platform library's thread waits.
 struct InsideRow {
   const char* name;
