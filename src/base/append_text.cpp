@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 
+#include "base/hex_digits.h"
 #include "base/text_conversion.h"
 
 namespace Kestrel {
@@ -28,7 +29,7 @@ void AppendDigits(std::u16string& target, auto number) {
 }  // namespace
 
 void AppendText(std::u16string& target, std::string_view text) {
-  // ASCII is the same in every ANSI code page.
+  // ASCII needs no conversion: it is the same in every ANSI code page.
   if (IsAscii(text)) {
     AppendAscii(target, text);
   } else {
@@ -43,9 +44,9 @@ void AppendNumber(std::u16string& target, std::uint64_t number) {
   AppendDigits(target, number);
 }
 
-void AppendAddress(std::u16string& target, const void* address) {
+void AppendText(std::u16string& target, const void* address) {
   const auto number = reinterpret_cast<std::uintptr_t>(address);
-  for (int shift = 60; shift >= 0; shift -= 4) target += u"0123456789ABCDEF"[number >> shift & 0xF];
+  for (int shift = 60; shift >= 0; shift -= 4) target += static_cast<char16_t>(kUpperHexDigits[number >> shift & 0xF]);
 }
 
 }  // namespace Kestrel

@@ -1,4 +1,4 @@
-/// Values as wide text, appended to a target: what streams make of them in the plain C locale.
+/// Appends values to wide text, as a stream of the plain C locale writes them:
 ///
 ///     text, characters      as they are; narrow ones are widened with the ANSI code page; a null pointer gives nothing
 ///     integers, bool        decimal
@@ -16,12 +16,12 @@ namespace Kestrel {
 void AppendText(std::u16string& target, std::string_view text);
 void AppendNumber(std::u16string& target, std::int64_t number);
 void AppendNumber(std::u16string& target, std::uint64_t number);
-void AppendAddress(std::u16string& target, const void* address);
+/// An address. A pointer to text takes one of the overloads below instead.
+void AppendText(std::u16string& target, const void* address);
 
 inline void AppendText(std::u16string& target, std::u16string_view text) {
   target += text;
 }
-// Without these two a text would be taken for a pointer.
 inline void AppendText(std::u16string& target, const char* text) {
   if (text) AppendText(target, std::string_view(text));
 }
@@ -38,15 +38,6 @@ inline void AppendText(std::u16string& target, char16_t character) {
 void AppendText(std::u16string& target, std::integral auto number) {
   using Widest = std::conditional_t<std::is_signed_v<decltype(number)>, std::int64_t, std::uint64_t>;
   AppendNumber(target, static_cast<Widest>(number));
-}
-
-template <class T>
-concept TextUnit = std::same_as < std::remove_cv_t<T>,
-char > || std::same_as<std::remove_cv_t<T>, char16_t>;
-
-template <class T>
-requires(!TextUnit<T>) void AppendText(std::u16string& target, T* address) {
-  AppendAddress(target, address);
 }
 
 }  // namespace Kestrel

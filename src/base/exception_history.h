@@ -1,11 +1,11 @@
 /// The last 512 exceptions of the process, for a look at a memory dump: nothing in the library reads them back.
 ///
-/// Memory   An entry keeps at most kMostUnits units of each text, because texts may come from the server. The history
-///          as a whole takes at most kMostBytes, whatever is thrown. The exception itself carries its texts whole.
-/// Life     The module makes the history when it is loaded and destroys it at unload. What is thrown outside that time
-///          is not recorded.
-/// Threads  Exceptions may be thrown on any thread, at any time, also while the history is made or destroyed: each
-///          addition looks for it under a lock that is never destroyed.
+/// Memory: An entry keeps at most kMostUnits units of each text, because texts may come from the server. The history as
+/// a whole takes at most kMostBytes, whatever is thrown. The exception itself carries its texts whole.
+/// Life: The module makes the history when it is loaded and destroys it at unload. What is thrown outside that time is
+/// not recorded.
+/// Threads: Exceptions may be thrown on any thread, at any time, also while the history is made or destroyed: each
+/// addition looks for it under a lock that is never destroyed.
 #pragma once
 
 #include <cstddef>

@@ -101,7 +101,7 @@ Text::InvalidFormatStringException::InvalidFormatStringException(std::string_vie
       position_(position) {}
 
 void ThrowLastSystemError(const char* context) {
-  // Before the exception's own memory is taken, which may reset it.
+  // Read first, because allocating memory for the exception may change it.
   const std::uint32_t code = platform::GetLastError();
   throw SystemException(code, context);
 }

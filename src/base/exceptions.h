@@ -1,8 +1,10 @@
-/// Every failure inside the library is an object of a class derived from KestrelException, thrown by value and caught
-/// by reference. It carries its text twice, narrow (system ANSI code page) and wide, so that nobody has to convert it.
+/// The exceptions of the library. Every class derives from KestrelException; objects are thrown by value and caught by
+/// reference.
 ///
-/// Each construction is also recorded in the exception history (exception_history.h); copies are not.
-/// A code-page conversion that fails inside a constructor throws SystemException in its place.
+/// Texts: Each exception carries its description twice, narrow (system ANSI code page) and wide (UTF-16), so that no
+/// reader has to convert it. Where the conversion fails, the constructor throws SystemException instead.
+/// History: Each construction is recorded in the exception history (exception_history.h); copies are not.
+/// Threads: Exceptions may be made on any thread.
 #pragma once
 
 #include <cstddef>
@@ -44,9 +46,9 @@ class KestrelException : public std::exception {
   const std::string& GetAdditionalText() const { return additionalText_; }
 
  protected:
-  /// Narrow description with a class and a code.
+  /// description is narrow; the wide one is made from it.
   KestrelException(std::uint32_t errorClass, std::uint32_t errorCode, std::string_view description);
-  /// Both descriptions as they are.
+  /// Takes both descriptions as they are.
   KestrelException(std::uint32_t errorClass, std::uint32_t errorCode, std::string description,
                    std::u16string_view wideDescription);
 
@@ -62,7 +64,8 @@ class KestrelException : public std::exception {
 };
 
 /// A failing system call: "<system text> [ErrorCode #<code>] in <context>"; without " in " where there is no context.
-/// Where the ANSI code page refuses, which is what the exception may be about, its texts keep their ASCII.
+/// Where a text cannot be converted its characters outside ASCII become "?", because the exception may be the report of
+/// just such a failure.
 class SystemException : public KestrelException {
  public:
   SystemException(std::uint32_t errorCode, const char* context);
@@ -165,7 +168,7 @@ class VariantStringToValueConversionException : public VariantException {
 
 /// Throws SystemException with the calling thread's last error.
 [[noreturn]] void ThrowLastSystemError(const char* context);
-/// code may also be an HRESULT; it is printed as an unsigned number.
+/// code is a system error code or an HRESULT; the text has it as an unsigned number.
 [[noreturn]] void ThrowSystemError(std::uint32_t code, const char* context);
 [[noreturn]] void ThrowOutOfMemory(std::uint64_t size);
 

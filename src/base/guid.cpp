@@ -3,28 +3,18 @@
 #include <array>
 
 #include "base/exceptions.h"
+#include "base/hex_digits.h"
 
 namespace Kestrel {
 namespace {
 
-constexpr std::string_view kDigits = "0123456789abcdef";
-constexpr std::int8_t kNoDigit = -1;
-
-constexpr std::array<std::int8_t, 256> kDigitValues = [] {
-  std::array<std::int8_t, 256> values{};
-  values.fill(kNoDigit);
-  for (std::size_t i = 0; i < 16; ++i) values[static_cast<std::uint8_t>(kDigits[i])] = std::int8_t(i);
-  for (std::size_t i = 0; i < 6; ++i) values['A' + i] = std::int8_t(10 + i);
-  return values;
-}();
-
 constexpr std::array<std::array<char, 2>, 256> kDigitPairs = [] {
   std::array<std::array<char, 2>, 256> pairs{};
-  for (std::size_t i = 0; i < 256; ++i) pairs[i] = {kDigits[i >> 4], kDigits[i & 15]};
+  for (std::size_t i = 0; i < 256; ++i) pairs[i] = {kLowerHexDigits[i >> 4], kLowerHexDigits[i & 15]};
   return pairs;
 }();
 
-/// Where the two digits of each byte stand, the bytes in the order of the text: numbers highest byte first.
+/// Column of the first of each byte's two digits. The text has the bytes of a number from the highest to the lowest.
 constexpr std::array<std::uint8_t, 16> kColumns = {0, 2, 4, 6, 9, 11, 14, 16, 19, 21, 24, 26, 28, 30, 32, 34};
 constexpr std::array<std::uint8_t, 4> kHyphens = {8, 13, 18, 23};
 
@@ -45,10 +35,6 @@ Guid FromTextOrder(const TextOrder& bytes) {
   guid.data3 = static_cast<std::uint16_t>(bytes[6] << 8 | bytes[7]);
   for (std::size_t i = 0; i < 8; ++i) guid.data4[i] = bytes[8 + i];
   return guid;
-}
-
-int DigitAt(const char* text) {
-  return kDigitValues[static_cast<std::uint8_t>(*text)];
 }
 
 }  // namespace
@@ -74,8 +60,8 @@ bool StringToGuid(std::string_view text, Guid& guid) {
   TextOrder bytes;
   int seen = 0;  // negative once a character was no digit
   for (std::size_t i = 0; i < bytes.size(); ++i) {
-    const int high = DigitAt(text.data() + kColumns[i]);
-    const int low = DigitAt(text.data() + kColumns[i] + 1);
+    const int high = HexDigitValue(text[kColumns[i]]);
+    const int low = HexDigitValue(text[kColumns[i] + 1u]);
     seen |= high | low;
     bytes[i] = static_cast<std::uint8_t>(high * 16 + low);
   }

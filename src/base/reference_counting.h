@@ -1,7 +1,9 @@
 /// Intrusive reference counting of shared objects inside the library.
 ///
-/// An object starts with a count of 0; its first ReferencePointer takes the first reference, the last one to let go
-/// ends it. Counts change with atomic operations, so references may be taken and dropped on any thread.
+/// An object is made with a count of 0. Its first ReferencePointer takes the first reference; whoever releases the last
+/// reference deletes the object, on the thread of that release.
+///
+/// Threads: Counts change with atomic operations, so references may be taken and released on any thread.
 #pragma once
 
 #include <atomic>
@@ -18,7 +20,7 @@ class NonCopyable {
   NonCopyable& operator=(const NonCopyable&) = delete;
 };
 
-/// The operations of a counted object. The order of the table is fixed.
+/// The operations of a counted object. Their order is fixed: it is the order of the table of virtual functions.
 class VirtualReferenceCountBaseClass : NonCopyable {
  public:
   virtual ~VirtualReferenceCountBaseClass() = default;
@@ -58,11 +60,8 @@ class ReferenceBaseClass : public Base {
 
 using ReferenceCounted = ReferenceBaseClass<VirtualReferenceCountBaseClass>;
 
-/// What a ReferencePointer does before it follows its pointer: nothing.
-struct ReferenceCountCheckDefault {};
-
-/// Holds one reference on a T, or null. A raw pointer that goes in keeps its own references.
-template <class T, class Check = ReferenceCountCheckDefault>
+/// Holds one reference on a T, or null. Made from a raw pointer it takes a reference of its own.
+template <class T>
 class ReferencePointer {
  public:
   ReferencePointer() = default;
@@ -74,7 +73,7 @@ class ReferencePointer {
   ReferencePointer(ReferencePointer&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   ~ReferencePointer() { Reset(); }
 
-  /// The new object is referenced before the old one is let go.
+  /// The new object is referenced before the old one is released, so that a pointer may be assigned to itself.
   ReferencePointer& operator=(ReferencePointer other) noexcept {
     std::swap(object_, other.object_);
     return *this;

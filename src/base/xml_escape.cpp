@@ -5,7 +5,7 @@
 namespace Kestrel {
 namespace {
 
-/// Empty for a byte that is written as it is, and for those from 0x80 up.
+/// Empty for a byte that has no entity, which includes all bytes from 0x80 up.
 constexpr std::string_view EntityOf(char byte) {
   switch (byte) {
     case '<':

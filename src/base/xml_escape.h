@@ -6,8 +6,8 @@
 
 namespace Kestrel {
 
-/// The five special characters become their entities; each byte from 0x80 up becomes "&#<decimal>;", so that a UTF-8
-/// character gives one reference per byte. Readers of the diagnostic files expect byte references.
+/// Replaces the five special characters by their entities and each byte from 0x80 up by "&#<decimal>;". A UTF-8
+/// character becomes one reference per byte, because the readers of diagnostic files expect byte references.
 std::string XmlEscape(std::string_view text);
 
 }  // namespace Kestrel

@@ -52,7 +52,7 @@ std::u16string TimeStamp() {
   }
 }
 
-/// The console's colour while the object lives. Where the one before cannot be asked for, it cannot be restored.
+/// Sets the console's colour while the object lives. Where the previous colour is unknown, it is not restored.
 class ConsoleColour {
  public:
   ConsoleColour(platform::ConsoleHandle console, std::uint16_t attributes)

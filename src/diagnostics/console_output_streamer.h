@@ -1,5 +1,5 @@
-/// Coloured lines on the console: errors on standard error, everything else on standard output. Output that has been
-/// redirected is no console and gets nothing.
+/// Coloured lines on the console: errors on standard error, everything else on standard output. Redirected output gets
+/// nothing, because it is no console.
 #pragma once
 
 #include "diagnostics/output_target.h"
@@ -9,10 +9,10 @@ namespace Kestrel {
 
 class ConsoleOutputStreamer final : public IDebugOutStreamerObject {
  public:
-  /// A failing look-up of a handle is reported to the debugger; lines for that handle are then not written.
+  /// A handle that cannot be had is reported to the debugger; lines for it are not written.
   ConsoleOutputStreamer();
 
-  /// The line's time stamp is that of DebugOutSettings' console time mode, left out where the system cannot make it.
+  /// The line begins with the time stamp that the settings ask for (ConsoleTimeMode), unless the system cannot make it.
   void Write(const DebugOutRecord& record, const std::u16string& text) override;
   void Flush() override;
 

@@ -2,8 +2,12 @@
 ///
 ///     DebugOut("NET", dolWarning) << "Camera " << address << " answered after " << milliseconds << " ms";
 ///
-/// Whether it passes the filter is decided at creation where the settings are there already; a message that does not is
-/// never formatted and costs next to nothing. A statement belongs to one thread.
+/// The filter is asked when the statement is made, if the settings exist by then. A message that does not pass is never
+/// formatted and allocates nothing.
+///
+/// Errors: Making a statement throws what making the dispatcher throws, << what allocating throws, and Finish what a
+/// target throws. The destructor swallows everything.
+/// Threads: A statement belongs to one thread. Statements of several threads may be finished at once.
 #pragma once
 
 #include <cstdint>
@@ -20,12 +24,11 @@ namespace Kestrel {
 
 class DebugOut final : public ReferenceCounted {
  public:
-  /// source may be null; it must outlive the statement. level is a DebugOutLevel, flags are of DebugOutTarget.
-  /// May make the dispatcher, and throws what that throws.
+  /// source may be null; it must outlive the statement. level is a DebugOutLevel, flags are DebugOutTarget flags.
   DebugOut(const char* source, std::uint32_t level, std::uint32_t flags = dotDefault) {
     if (Passes(source, level)) Begin(source, level, flags);
   }
-  /// Finishes the statement. What a target throws then is lost.
+  /// Finishes the statement unless that has been done.
   ~DebugOut() override {
     if (message_) FinishQuietly();
   }
@@ -37,8 +40,8 @@ class DebugOut final : public ReferenceCounted {
     return *this;
   }
 
-  /// Writes what has been collected; the statement then takes nothing more. Throws SystemException where a target
-  /// cannot learn the name of a module.
+  /// Writes the text; the statement then takes nothing more. Throws SystemException where a target cannot learn the
+  /// name of a module.
   void Finish();
 
  private:

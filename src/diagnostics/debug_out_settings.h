@@ -1,12 +1,15 @@
-/// What the registry says about diagnostic output, below HKEY_LOCAL_MACHINE\Software\Vantrell\Tarn\DebugOut:
+/// The settings of diagnostic output, from the registry below HKEY_LOCAL_MACHINE\Software\Vantrell\Tarn\DebugOut:
 ///
-///     ConsoleTimeMode           number, see ConsoleTimeMode; a larger one counts as the last
-///     DebugWindowSourcePrefix   number, see SourcePrefix; a larger one counts as the last
+///     ConsoleTimeMode           number, see ConsoleTimeMode; one above the largest counts as the largest
+///     DebugWindowSourcePrefix   number, see SourcePrefix; one above the largest counts as the largest
 ///     Filter\<source>           number: messages of that source pass whose level is below it
 ///     Filter\(default)          the same for all other sources, and for messages without one
 ///
-/// The module makes the settings when it is loaded and destroys them at unload. In between they never change, so they
-/// are read without a lock.
+/// A value that is missing or no number leaves the default.
+///
+/// Life: The module makes the settings when it is loaded and destroys them at unload, when no thread may be inside the
+/// library any more. At the end of the process they stay.
+/// Threads: The settings never change while they exist, so they are read without a lock.
 #pragma once
 
 #include <atomic>
@@ -56,7 +59,7 @@ class DebugOutSettings {
   std::uint32_t GetDebugWindowSourcePrefix() const { return debugWindowSourcePrefix_; }
 
  private:
-  /// Orders names without regard to the case of ASCII letters.
+  /// Orders names as if their ASCII letters were all in upper case.
   struct IgnoringCase {
     using is_transparent = void;
     bool operator()(std::string_view a, std::string_view b) const;
@@ -73,8 +76,8 @@ class DebugOutSettings {
   std::uint32_t debugWindowSourcePrefix_ = spModule;
 };
 
-/// Until the mark is set, finished messages go straight to the debugger, for the targets may need what is not there
-/// yet. The module sets it right after it has made the settings.
+/// Until the mark is set, finished messages go straight to the debugger, because the targets may need what has not been
+/// made yet. The module sets it right after it has made the settings.
 class DebugOutReadyMark {
  public:
   DebugOutReadyMark() { set_.store(true, std::memory_order_release); }

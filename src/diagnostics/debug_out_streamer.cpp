@@ -34,7 +34,7 @@ constexpr TargetKind kTargetKinds[] = {
     {dotEventLog, Make<EventlogOutputStreamer>},
 };
 
-/// Runs all of several steps; the first exception is thrown on when the others are done.
+/// Runs several steps, whether or not one of them throws; Rethrow then throws the first exception.
 class FirstFailure {
  public:
   template <class Step>

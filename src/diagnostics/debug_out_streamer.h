@@ -1,9 +1,9 @@
 /// Kestrel::DebugOutStreamer: takes each finished message to its targets, and a copy for each target to the history.
 ///
-/// Lock  One critical section from the first target's write to the last one's flush, so that messages of several
-/// threads
-///       do not mix. It is the first lock that diagnostic output takes; those of the event log and of the history come
-///       below it.
+/// Threads: Any. One critical section is held from the first target's write to the last target's flush, so that
+/// messages of several threads do not mix.
+/// Locks: That critical section is the first lock that diagnostic output takes. The locks of the event log and of the
+/// history are taken while it is held.
 #pragma once
 
 #include <array>
@@ -26,14 +26,15 @@ enum OutputTargetMode : std::uint32_t {
   otmAdd = 2,
 };
 
-/// What an application that embeds the library may change. The order of the table is fixed.
+/// What an application that embeds the library may change; the library itself calls only the first function. Their
+/// order is fixed: it is the order of the table of virtual functions.
 class IDebugOutStreamerProperties : public virtual ReferenceCounted {
  public:
   virtual bool IsActive() const = 0;
-  /// Opens the file target's file. False where that fails, and where the dispatcher has no target at all. Messages go
-  /// there only while dotFile is among the default targets, or where they name it.
+  /// Opens the file target's file. False where that fails, and where the dispatcher has no target at all. Only messages
+  /// that name dotFile go there, and all others while dotFile is a default target.
   virtual bool OpenOutputFile(const char16_t* path) = 0;
-  /// Changes the default targets; returns them as they are afterwards.
+  /// Changes the default targets by a mask of DebugOutTarget flags. Returns the resulting mask.
   virtual std::uint32_t SetOutputTargets(std::uint32_t mask, std::uint32_t mode) = 0;
 };
 
@@ -41,34 +42,34 @@ class DebugOutStreamer final : public IDebugOutStreamerProperties {
  public:
   static constexpr std::size_t kHistoryCapacity = 1024;
 
-  /// The default target is the console where the process has a console window, else the debugger window.
-  /// Throws SystemException with the context "GetModuleFileNameW" where that target's prefix cannot be had.
+  /// The default target is the console where the process has a console window, else the debugger window. Throws
+  /// SystemException with the context "GetModuleFileNameW" where the prefix of the debugger window is unknown.
   DebugOutStreamer();
 
   /// The process-wide dispatcher, made on first use. Throws as the constructor does.
   static ReferencePointer<DebugOutStreamer> Get();
-  /// For the module's unload. A statement that is still to be finished writes nothing then.
+  /// For the module's unload. A statement that is finished afterwards writes nothing.
   static void Destroy();
 
   bool IsActive() const override { return enabled_.load(std::memory_order_relaxed) == 1; }
   bool OpenOutputFile(const char16_t* path) override;
   std::uint32_t SetOutputTargets(std::uint32_t mask, std::uint32_t mode) override;
 
-  /// Writes one message to the targets that flags name and flushes them; an empty text is only flushed. A failing
-  /// target does not keep the others from being written; its exception is thrown on afterwards.
+  /// Writes one message to the targets that flags name and flushes them; an empty text is only flushed. Where a target
+  /// throws, the others are served all the same, and the first exception is thrown on afterwards.
   void Emit(const DebugOutRecord& record, const std::u16string& text, std::uint32_t flags);
 
   const OutputHistoryStreamer& GetHistory() const { return *history_; }
 
  private:
-  /// Every single flag, in the order in which targets are served.
+  /// In the order in which targets are served.
   static constexpr std::array<std::uint32_t, 5> kKnownFlags = {dotConsole, dotDebugWindow, dotFile, dotReserved,
                                                                dotEventLog};
 
   /// Null for a flag that has no target.
   IDebugOutStreamerObject* FindOrCreate(std::uint32_t flag);
   IDebugOutStreamerObject* Find(std::uint32_t flag) const;
-  /// For a message: nothing is created where no target is there at all.
+  /// The target that a message names. Null, and none is created, where the dispatcher has no target at all.
   IDebugOutStreamerObject* TargetForMessage(std::uint32_t flag);
   void SetDefault(std::uint32_t flag, bool isDefault);
 

@@ -35,7 +35,7 @@ void Report(const char16_t* format, std::initializer_list<const void*> addresses
   platform::OutputDebugStringW(text.c_str());
 }
 
-/// The add-on's own way to write events; for a memory dump.
+/// Never called; kept so that a memory dump shows whether an add-on was found.
 struct AddOnFunctions {
   std::atomic<void*> writeWide;
   std::atomic<void*> writeNarrow;
@@ -43,7 +43,7 @@ struct AddOnFunctions {
 constinit AddOnFunctions addOnFunctions{};
 constinit std::atomic<bool> addOnChecked{false};
 
-/// The add-on stays loaded, for what its check has begun is not known here.
+/// The add-on stays loaded, because its check may have started threads of its own.
 void LookForAddOn() {
   platform::OutputDebugStringW(u"Check for EventLogOutput dll");
   const platform::ModuleHandle addOn =
@@ -72,7 +72,7 @@ std::u16string CurrentUser() {
   return platform::GetUserNameW(name, &units) ? name : u"";
 }
 
-/// Empty where the account has none. A second attempt has the room that the first one was told to have.
+/// Empty where the account has none. The second attempt has the room that the system asked for in the first.
 std::vector<std::uint8_t> SidOf(const std::u16string& account) {
   std::uint32_t sidBytes = 68, domainUnits = 256;  // the longest that are in use
   for (int attempt = 0; attempt < 2; ++attempt) {
@@ -115,7 +115,7 @@ void EventLog::CheckForAddOn() {
   addOnChecked.exchange(true);
 }
 
-/// A registration that fails is tried again with the next event.
+/// Tries again with the next event where the registration fails.
 void EventLog::EnsureRegistered() {
   if (source_) return;
   if (sourceName_.empty()) sourceName_ = WithoutExtension(ModuleFileName(nullptr));

@@ -1,10 +1,10 @@
 /// Kestrel::EventLog: writes events into the system's event log, under the name of the process's executable and the
 /// security identifier of the user that it runs as.
 ///
-/// The source is registered with the first event and deregistered when the object goes. Before the first event of the
-/// process an optional add-on module is looked for; what is found is reported to the debugger and not used.
+/// The source is registered with the first event and deregistered by the destructor. Before the first event of the
+/// process an optional add-on module is looked for and reported to the debugger; it is not used.
 ///
-/// Threads  Any; one event at a time is written.
+/// Threads: Any. One event at a time is written.
 #pragma once
 
 #include <cstdint>
@@ -35,9 +35,9 @@ class EventLog final : public ReferenceCounted {
   /// For the module's unload.
   static void Destroy();
 
-  /// code: an EventLogCode; any other counts as information. An event that the system does not take goes to the
+  /// code is an EventLogCode; any other number counts as information. An event that the system refuses goes to the
   /// debugger as its bare text. Throws SystemException with the context "GetModuleFileNameW" where the name of the
-  /// executable cannot be had.
+  /// executable is unknown.
   void Write(const std::u16string& text, std::uint32_t code);
 
  private:

@@ -29,7 +29,7 @@ bool FileOutputStreamer::Open(const char16_t* path) {
   try {
     // Binary, so that line ends stay as they are written.
     return file_.open(std::filesystem::path(path), std::ios::out | std::ios::binary);
-  } catch (const std::system_error&) {  // no such name can be a path
+  } catch (const std::system_error&) {  // not valid UTF-16
     return false;
   }
 }

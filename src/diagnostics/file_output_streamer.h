@@ -4,7 +4,7 @@
 ///     <o>Camera answered</o>\r\n
 ///     </debugout>\r\n
 ///
-/// The source is escaped; the message is written as it is, for people rather than for a parser.
+/// The source is escaped. The message is not, because the file is read by people rather than by a parser.
 #pragma once
 
 #include <fstream>
@@ -16,15 +16,15 @@ namespace Kestrel {
 
 class FileOutputStreamer final : public IDebugOutStreamerObject {
  public:
-  /// Nothing happens while no file is open.
+  /// Does nothing while no file is open.
   void Write(const DebugOutRecord& record, const std::u16string& text) override;
   void Flush() override;
-  /// Closes the file that was open; an existing file is emptied.
+  /// Closes the file that is open, and creates or empties the new one.
   bool Open(const char16_t* path) override;
 
  private:
   std::filebuf file_;
-  // Kept from line to line for their room.
+  // Members, so that their storage is used again from message to message.
   std::string block_;
   std::string message_;
 };

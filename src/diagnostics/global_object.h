@@ -1,7 +1,7 @@
 /// A process-wide, reference-counted object that is made on first use and let go when the module is unloaded.
 ///
-/// Threads  Any. The pointer is only followed under a lock that is never destroyed, so a thread that comes late either
-///          gets a reference on the old object or makes a new one.
+/// Threads: Any. The pointer is only followed under a lock that is never destroyed, so a thread that comes late either
+/// gets a reference on the old object or makes a new one.
 #pragma once
 
 #include <mutex>

@@ -7,8 +7,8 @@
 
 namespace Kestrel {
 
-/// Without its directory; null names the executable. Throws SystemException with the context "GetModuleFileNameW" where
-/// the system has no path, or one of 1024 units or more.
+/// The file name without its directory; a null module is the executable. Throws SystemException with the context
+/// "GetModuleFileNameW" where the system knows no path, or one of 1024 units or more.
 std::u16string ModuleFileName(platform::ModuleHandle module);
 
 }  // namespace Kestrel

@@ -16,7 +16,7 @@ DebugOut Report() {
   return DebugOut("BUG", dolError, kReportTargets);
 }
 
-/// Null, and a line in the debugger, where the module has no such function.
+/// Null where the module has no such function; the failure then goes to the debugger.
 void* Import(platform::ModuleHandle module, const char* name, const char16_t* failure) {
   void* const function = platform::GetProcAddress(module, name);
   if (!function) platform::OutputDebugStringW(failure);
@@ -41,7 +41,7 @@ AddressResolutionImport::AddressResolutionImport() {
   char16_t directory[260];
   const std::uint32_t length = platform::GetSystemDirectoryW(directory, std::size(directory));
   if (length == 0 || length >= std::size(directory)) {
-    Report() << u"Call to GetSystemDirectoryA failed";  // the text that support looks for, whichever form is called
+    Report() << u"Call to GetSystemDirectoryA failed";  // support looks for this text, so it keeps the other name
     return;
   }
   path_ = std::u16string(directory, length) + u"\\ws2_32.dll";

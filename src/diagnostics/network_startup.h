@@ -1,5 +1,7 @@
-/// What the base library prepares for sockets when the module is loaded. Nothing here throws: failures are reported as
-/// texts. The steps and their undoing run single-threaded, and what they leave is only read in between.
+/// What is prepared for sockets when the module is loaded.
+///
+/// Errors: Nothing throws; failures are reported to the debugger as texts.
+/// Threads: Load and unload run on one thread, under the loader's lock. In between the objects are only read.
 #pragma once
 
 #include <string>
@@ -8,10 +10,11 @@
 
 namespace Kestrel {
 
-/// Tells the debugger where HKEY_LOCAL_MACHINE\Software\Vantrell\Kestrel\Socket has a "DisableTcpAck" other than 0.
+/// Sends a line to the debugger if HKEY_LOCAL_MACHINE\Software\Vantrell\Kestrel\Socket has a four-byte "DisableTcpAck"
+/// that is not 0. The line is all that the setting does.
 void ReadSocketSettings();
 
-/// One start of the socket library, undone where it succeeded.
+/// One start of the socket library. The destructor undoes it if it succeeded.
 class SocketStartup {
  public:
   SocketStartup();
@@ -23,8 +26,8 @@ class SocketStartup {
   const bool succeeded_;
 };
 
-/// The address-resolution functions of the system directory's socket library, which stays loaded while the object
-/// lives.
+/// The address-resolution functions of the socket library in the system directory, which stays loaded while the object
+/// lives. The library itself calls neither; they are for components built on it.
 class AddressResolutionImport {
  public:
   AddressResolutionImport();
@@ -32,7 +35,7 @@ class AddressResolutionImport {
   AddressResolutionImport(const AddressResolutionImport&) = delete;
   AddressResolutionImport& operator=(const AddressResolutionImport&) = delete;
 
-  /// Either is null where it could not be had.
+  /// Null where the socket library or the function is missing.
   void* GetAddrInfoW() const { return getAddrInfo_; }
   void* FreeAddrInfoW() const { return freeAddrInfo_; }
 
@@ -43,7 +46,8 @@ class AddressResolutionImport {
   void* freeAddrInfo_ = nullptr;
 };
 
-/// Asks the loaded socket library for "GetHostNameW" as the last step; what comes back is not kept.
+/// Looks up "GetHostNameW" in the loaded socket library. Nothing uses the result; the step is kept because traces of a
+/// load show it.
 void LookUpHostName();
 
 }  // namespace Kestrel

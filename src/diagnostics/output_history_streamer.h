@@ -1,4 +1,4 @@
-/// The last messages that were written to any target, for a look at a memory dump: nothing in the library reads them.
+/// The last messages that were written to any target. Nothing in the library reads them; they are for a memory dump.
 ///
 /// Each entry's line is "<level> : [<source>] <text>", with no thread and no line end.
 #pragma once

@@ -1,4 +1,4 @@
-/// What a diagnostic message is made of, and the objects that write it somewhere.
+/// A diagnostic message, and the interface of the targets that write it.
 #pragma once
 
 #include <cstdint>
@@ -33,16 +33,17 @@ struct DebugOutRecord {
   std::uint32_t level;     ///< a DebugOutLevel, or any other number
 };
 
-/// One kind of target. The dispatcher calls it with its lock held, Flush after all writes of a message.
+/// A target. The dispatcher calls it with its lock held: Write for each message, then Flush. Where Write throws, the
+/// other targets are served all the same.
 class IDebugOutStreamerObject : public ReferenceCounted {
  public:
   virtual void Write(const DebugOutRecord& record, const std::u16string& text) = 0;
   virtual void Flush() {}
-  /// Opens a file to write to, in place of the one before. False for targets that have none.
+  /// Opens the file to write to, in place of the previous one. False where that fails and for targets without a file.
   virtual bool Open(const char16_t* /*path*/) { return false; }
 };
 
-/// Five ASCII characters, "UNKNOWN" for a number that is no level.
+/// Five ASCII characters; "UNKNOWN" for a number that is no level.
 const char* LevelText(std::uint32_t level);
 
 /// "<level> [<source>,<thread>] <text>" and a line end.

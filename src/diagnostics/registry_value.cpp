@@ -13,7 +13,8 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 using Number = std::optional<std::uint32_t>;
 
-/// Bytes for a name and for a value: the first attempt, and the most that a number is looked for in.
+/// Room in bytes for a name and for a value: of the first attempt, and the most that is tried. What is larger is no
+/// number.
 constexpr std::uint32_t kFirstRoom = 64;
 constexpr std::uint32_t kMostRoom = 1 << 20;
 
@@ -45,7 +46,7 @@ Number FromQword(Bytes data) {
   return InSignedRange(static_cast<std::int64_t>(ReadInteger(data)));
 }
 
-/// The text in a value: up to its first NUL, which the writer may have left out. Half a unit at the end is not read.
+/// The text of a value ends at its first NUL, or with the data. A cut unit at the end is ignored.
 template <class Char>
 std::basic_string<Char> TextOf(Bytes data) {
   std::basic_string<Char> text;
@@ -127,7 +128,7 @@ RegistryKey::RegistryKey(const char16_t* path) {
 }
 
 RegistryKey::RegistryKey(const RegistryKey& parent, const char16_t* path) {
-  // Without its parent a path would name a key below the root.
+  // With a null parent the path would name a key below the root.
   if (!parent.key_) return;
   if (platform::RegOpenKeyExW(parent.key_, path, platform::kReadKey64, &key_) != platform::ERROR_SUCCESS)
     key_ = nullptr;
@@ -171,7 +172,7 @@ std::optional<RegistryKey::Entry> RegistryKey::ReadEntry(std::uint32_t index) co
     if (error == platform::ERROR_SUCCESS)
       return Entry{name.substr(0, length), NumberOfRegistryValue<char>(type, Bytes(data).first(size))};
     if (error != platform::ERROR_MORE_DATA) return {};
-    // Name or data; the size may be that of a value which fits.
+    // The name or the data may have been too long; size tells only about the data.
     room = std::max(size, room * 2);
   }
   return Entry{};

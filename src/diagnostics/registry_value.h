@@ -8,7 +8,7 @@
 ///     REG_EXPAND_SZ           the same after environment variables have been replaced
 ///     any other               no number
 ///
-/// A number is 32 bits; whether they have a sign is the reader's business.
+/// The result is 32 bits without a sign; a reader that wants a signed number converts it.
 #pragma once
 
 #include <cstdint>
@@ -20,31 +20,32 @@
 
 namespace Kestrel {
 
-/// Char: what text in the data is made of, char16_t for values read by a wide name, char (ANSI) for enumerated ones.
+/// Char is the unit of texts in the data: char16_t for values read by a wide name, char (ANSI) for enumerated values.
 template <class Char>
 std::optional<std::uint32_t> NumberOfRegistryValue(std::uint32_t type, std::span<const std::uint8_t> data);
 
-/// A key below HKEY_LOCAL_MACHINE, open for reading in the 64-bit view while the object lives. Of a key that could not
-/// be opened every read fails.
+/// A key below HKEY_LOCAL_MACHINE, open for reading in the 64-bit view while the object lives. Where it cannot be
+/// opened, every read finds nothing.
 class RegistryKey {
  public:
   explicit RegistryKey(const char16_t* path);
-  /// A subkey.
+  /// path is below the parent.
   RegistryKey(const RegistryKey& parent, const char16_t* path);
   ~RegistryKey();
   RegistryKey(const RegistryKey&) = delete;
   RegistryKey& operator=(const RegistryKey&) = delete;
 
-  /// None where there is no such value or it is no number.
+  /// Empty where there is no such value or it is no number.
   std::optional<std::uint32_t> ReadNumber(const char16_t* name) const;
-  /// The value's four bytes, of whatever type; none where it has not exactly four.
+  /// The value's four bytes as a number, whatever their type. Empty where the value does not have exactly four.
   std::optional<std::uint32_t> ReadFourBytes(const char16_t* name) const;
 
   struct Entry {
     std::string name;  ///< in the ANSI code page; empty for the key's default value
     std::optional<std::uint32_t> number;
   };
-  /// Value number index in the registry's order; none behind the last. One of absurd size has no name and no number.
+  /// The value at an index, in the registry's order; empty behind the last. A value above 1 MiB has no name and no
+  /// number.
   std::optional<Entry> ReadEntry(std::uint32_t index) const;
 
  private:

@@ -17,7 +17,7 @@ constexpr const char* kIllegalFormat = "Text::Format illegal format string :";
 constexpr std::size_t kNone = std::u16string_view::npos;
 constexpr std::size_t kMaxWidth = 512;
 
-/// Only the low byte is looked at, here and in DigitOf.
+/// Here and in DigitOf only the low byte counts.
 constexpr bool IsDigit(char16_t unit) {
   return (unit & 0xFF) >= u'0' && (unit & 0xFF) <= u'9';
 }
@@ -36,7 +36,7 @@ std::size_t WidthOf(std::u16string_view digits) {
   return width;
 }
 
-/// Each unit of the format is looked at twice at most, so a long row of braces takes no more than linear time.
+/// Each unit of the format is read at most twice, so that a long row of braces takes linear time.
 class Expansion {
  public:
   Expansion(const char16_t* format, std::u16string& output, std::span<const std::u16string> arguments)
@@ -62,7 +62,7 @@ class Expansion {
     throw InvalidFormatStringException(reason, format_, position);
   }
 
-  /// From the cursor on; the end where there is none.
+  /// Position of the first brace from the cursor on, or of the end.
   std::size_t FirstBrace() const {
     std::size_t position = cursor_;
     while (format_[position] != 0 && format_[position] != u'{' && format_[position] != u'}') ++position;
@@ -83,7 +83,7 @@ class Expansion {
     cursor_ = close + 2;
   }
 
-  /// No "}" follows. The text in front of a doubled brace is lost; an error has no index, so its position is kNone.
+  /// For a "{" with no "}" behind it. The text in front of a doubled one is lost. The error has no position: kNone.
   void LoneOpenBrace(std::size_t open) {
     if (!IsDoubled(open)) Fail(kIllegalBegin, kNone);
     output_ += u'{';

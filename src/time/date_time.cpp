@@ -18,7 +18,7 @@ platform::FileTime FromTicks(std::uint64_t ticks) {
 }  // namespace
 
 void TKestrelDateTime::SetUTCMilliseconds(int kind, std::int64_t value, std::int16_t biasMinutes) {
-  // What lies further outside than any bias reaches stays outside; clamped, the sum cannot overflow.
+  // Clamped so that the sum cannot overflow. A value that far outside stays outside with any bias.
   std::int64_t utc = std::clamp(value, -2 * kMax, 2 * kMax);
   if (kind != kUtc) utc += biasMinutes * kMillisecondsPerMinute;
   if (utc < 0) {
@@ -35,7 +35,7 @@ void TKestrelDateTime::SetUTCMilliseconds(int kind, std::int64_t value, std::int
 platform::SystemTime TKestrelDateTime::ToLocalSystemTime() const {
   const std::int64_t local =
       static_cast<std::int64_t>(GetUTCMilliseconds()) - GetBiasMinutes() * kMillisecondsPerMinute;
-  // A time before 1601 becomes a file time with the highest bit set, which the system refuses.
+  // A time before 1601 is negative; as a file time it has the highest bit set, which the system refuses.
   return FileTimeToSystemTime(FromTicks(static_cast<std::uint64_t>(local) * kTicksPerMillisecond));
 }
 
@@ -47,7 +47,8 @@ TKestrelDateTime TKestrelDateTime::Now() {
   if (platform::GetTimeZoneInformation(&zone) == kFailed) ThrowLastSystemError("GetTimeZoneInformation");
   const std::uint64_t utc = Ticks(time) / kTicksPerMillisecond;
   TKestrelDateTime now;
-  // The zone's rules, not the system's word on what is in force: that may be of a moment after the clock was read.
+  // By the zone's rules, because the system's answer which bias is in force may be for a moment after the clock was
+  // read.
   now.SetUTCMilliseconds(kUtc, static_cast<std::int64_t>(utc), BiasAt(utc, zone));
   return now;
 }

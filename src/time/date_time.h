@@ -1,7 +1,8 @@
 /// Points in time: UTC milliseconds since 1601 with the time-zone bias in force where the value was taken.
 ///
-/// Values are plain words and need no lock. Failures are EKestrelDateTime (numbers in DateTimeError) for range and rule
-/// errors, SystemException for failing system conversions.
+/// Errors: EKestrelDateTime with a number of DateTimeError for values out of range and invalid rules, SystemException
+/// where a conversion of the system fails.
+/// Threads: Values are plain words and need no lock; the functions may be called on any thread.
 #pragma once
 
 #include <cstdint>
@@ -16,21 +17,21 @@ class TKestrelDateTime {
  public:
   static constexpr std::uint64_t kMaxMilliseconds = 0xFFFFFFFFFFFF;
   static constexpr std::int64_t kMillisecondsPerMinute = 60000;
-  /// Kinds of SetUTCMilliseconds; every number other than kUtc means local.
+  /// Kinds of SetUTCMilliseconds. Every number other than kUtc means local time.
   static constexpr int kLocal = 0;
   static constexpr int kUtc = 1;
 
   TKestrelDateTime() = default;
   explicit TKestrelDateTime(std::uint64_t word) : word_(word) {}
 
-  /// kind kUtc: value is UTC; else value is local and the bias is added. Throws number 13, and leaves the value as it
-  /// was, where the result lies before 1601 or above kMaxMilliseconds.
+  /// Stores value, which is UTC for kUtc and else local time, to which the bias is added. Throws number 13 where the
+  /// result lies before 1601 or above kMaxMilliseconds; the object is untouched then.
   void SetUTCMilliseconds(int kind, std::int64_t value, std::int16_t biasMinutes);
 
   std::uint64_t GetWord() const { return word_; }
   std::uint64_t GetUTCMilliseconds() const { return word_ & kMaxMilliseconds; }
   std::int16_t GetBiasMinutes() const { return static_cast<std::int16_t>(word_ >> 48); }
-  /// Local date and time of the value's own bias. Throws SystemException where the result lies before 1601.
+  /// The date and time in the value's own bias. Throws SystemException where the result lies before 1601.
   platform::SystemTime ToLocalSystemTime() const;
 
   /// The current time with the machine's bias.

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kMessageUnits = 198;
 constexpr std::size_t kSeparatorMessageUnits = 128;
 
-/// A part of the text that is a number.
+/// A number in the text: the name that messages have for it, its error number and its range.
 struct Part {
   const char* name;
   DateTimeError number;
@@ -52,7 +52,7 @@ Part DayOf(unsigned year, unsigned month) {
   throw EKestrelDateTime(dteSeparatorExpected, std::u16string_view(message.data()));
 }
 
-/// optionalPart: what could still have followed, or null.
+/// optionalPart: name of the part that could still have followed, or null.
 [[noreturn]] void ThrowEndExpected(const char* optionalPart) {
   std::array<char16_t, kMessageUnits> message;
   const BufferRest<char16_t> room = {message.data(), message.size()};
@@ -64,7 +64,7 @@ Part DayOf(unsigned year, unsigned month) {
   throw EKestrelDateTime(dteEndExpected, std::u16string_view(message.data()));
 }
 
-/// The text and how far it has been read. A NUL ends it.
+/// A text, which ends at its first NUL, and the position up to which it has been read.
 class Reader {
  public:
   explicit Reader(std::u16string_view text) : text_(text.substr(0, text.find(u'\0'))) {}
@@ -84,7 +84,7 @@ class Reader {
     while (Skip(' ')) {
     }
   }
-  /// A word of lower-case letters, read without regard to case.
+  /// word is in lower case; the text may be in either.
   bool SkipWord(std::u16string_view word) {
     const std::u16string_view rest = text_.substr(position_);
     if (rest.size() < word.size()) return false;

@@ -15,7 +15,7 @@ constexpr const char* kContext = "TKestrelDateTime::SystemTimeToStr";
 constexpr const char* kDateContext = "TKestrelDateTime::SystemTimeToStr::GetDateFormat";
 constexpr const char* kTimeContext = "TKestrelDateTime::SystemTimeToStr::GetTimeFormat";
 
-/// The marks of a fixed form; its numbers stand in the same order in each.
+/// The characters in which the fixed forms differ. The order of the numbers is the same in all of them.
 struct FixedForm {
   std::uint32_t format;
   char dateSeparator;
@@ -27,12 +27,12 @@ constexpr std::array<FixedForm, 2> kFixedForms = {{
     {dtsmDashes, '-', '.', '\''},
 }};
 
-/// Writes fixed forms. The room is more than five digits for each of the seven numbers take.
+/// Writes fixed forms. 64 units hold the longest of them: seven numbers of at most five digits, with separators.
 template <class Char>
 class FixedText {
  public:
   void Put(char unit) { *end_++ = static_cast<Char>(unit); }
-  /// With leading zeros up to the width; a longer number gets all its digits.
+  /// Adds leading zeros up to the width. A longer number keeps all its digits.
   void PutNumber(unsigned value, std::size_t width) {
     std::array<Char, 10> digits;
     std::size_t first = digits.size();

@@ -8,7 +8,7 @@
 
 namespace Kestrel {
 
-/// What a text shows: one value of the low byte, flags, and one format.
+/// What a text shows. A mode is made of one value of the low byte, flags, and one format.
 enum TKestrelDateTimeStrMode : std::uint32_t {
   dtsmDateTime = 0,
   dtsmDate = 1,
@@ -28,12 +28,13 @@ enum TKestrelDateTimeStrMode : std::uint32_t {
   dtsmFormatMask = 0xFF0000,
 };
 
-/// Throws EKestrelDateTime number 2 for an invalid mode or format, SystemException where the system fails (contexts
-/// "TKestrelDateTime::SystemTimeToStr::GetDateFormat", "…::GetTimeFormat").
+/// The text of a date and time in a mode. The narrow form of a locale text is in the ANSI code page. Throws
+/// EKestrelDateTime number 2 for an invalid mode or format, SystemException where the system fails (contexts
+/// "TKestrelDateTime::SystemTimeToStr::GetDateFormat" and "TKestrelDateTime::SystemTimeToStr::GetTimeFormat").
 std::string SystemTimeToStr(const platform::SystemTime& time, std::uint32_t mode);
 std::u16string SystemTimeToWideStr(const platform::SystemTime& time, std::uint32_t mode);
 
-/// The value's local date and time in the slash form with milliseconds, and its zone: "… GMT+02:00".
+/// The value's date and time in its own bias, with the zone: "2024/05/01 10:20:30,123 GMT+02:00".
 std::string BiasToStr(const TKestrelDateTime& value);
 
 }  // namespace Kestrel
