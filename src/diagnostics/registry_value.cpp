@@ -95,7 +95,9 @@ Number FromExpandedText(Bytes data) {
     needed = ExpandVariables(source.c_str(), expanded.data(), needed);
   }
   if (needed == 0 || needed > expanded.size()) return {};
-  return FromDecimal<Char>({expanded.data(), needed - 1});
+  // needed may count more than the one NUL that ends the text.
+  const std::basic_string_view<Char> text(expanded.data(), needed);
+  return FromDecimal<Char>(text.substr(0, text.find(Char{0})));
 }
 
 struct TypeRule {

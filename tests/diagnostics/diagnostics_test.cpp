@@ -101,6 +101,7 @@ TEST_F(Diagnostics, RegistryValuesAreNumbersByTheRulesOfTheirType) {
                                                                   {REG_SZ, {}, "%FIVE%"},
                                                                   {REG_EXPAND_SZ, 5, "%FIVE%"},
                                                                   {REG_EXPAND_SZ, 6, "%LONG%"},
+                                                                  {REG_EXPAND_SZ, 7, "%TWO NULS%"},
                                                                   {REG_EXPAND_SZ, {}, "%FAILURE%"}};
   for (const auto& [type, number, text] : texts) {
     EXPECT_EQ(NumberOfRegistryValue<char>(type, TextBytes<char>(text)), number) << text;

@@ -50,12 +50,14 @@ std::string NameOf(ConsoleHandle console) {
   return console == Handle(1) ? "output" : "error";
 }
 
-/// Knows three variables.
+/// Knows four variables.
 template <class Char>
 std::uint32_t Expand(const Char* source, Char* target, std::uint32_t room) {
   const std::string name(source, source + std::char_traits<Char>::length(source));
   if (name == "%FAILURE%") return 0;
-  Put(Terminated(name == "%FIVE%" ? "5" : name == "%LONG%" ? std::string(5000, ' ') + "6" : name), target, &room);
+  std::string value = name == "%FIVE%" ? "5" : name == "%LONG%" ? std::string(5000, ' ') + "6" : name;
+  if (name == "%TWO NULS%") value = std::string("7\0", 2);
+  Put(Terminated(value), target, &room);
   return room;
 }
 
