@@ -42,14 +42,11 @@ platform::SystemTime TKestrelDateTime::ToLocalSystemTime() const {
 TKestrelDateTime TKestrelDateTime::Now() {
   platform::FileTime time;
   platform::GetSystemTimeAsFileTime(&time);
-  platform::TimeZoneInformation zone;
-  constexpr std::uint32_t kFailed = 0xFFFFFFFF;
-  if (platform::GetTimeZoneInformation(&zone) == kFailed) ThrowLastSystemError("GetTimeZoneInformation");
   const std::uint64_t utc = Ticks(time) / kTicksPerMillisecond;
   TKestrelDateTime now;
   // By the zone's rules, because the system's answer which bias is in force may be for a moment after the clock was
   // read.
-  now.SetUTCMilliseconds(kUtc, static_cast<std::int64_t>(utc), BiasAt(utc, zone));
+  now.SetUTCMilliseconds(kUtc, static_cast<std::int64_t>(utc), BiasAt(utc, GetMachineZone()));
   return now;
 }
 

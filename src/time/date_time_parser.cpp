@@ -4,6 +4,7 @@
 
 #include "base/checked_string.h"
 #include "base/exceptions.h"
+#include "time/time_zone_transitions.h"
 
 namespace Kestrel {
 namespace {
@@ -163,6 +164,12 @@ std::int64_t RoundedMilliseconds(const platform::SystemTime& time) {
   return static_cast<std::int64_t>((Ticks(SystemTimeToFileTime(time)) + half) / kTicksPerMillisecond);
 }
 
+TKestrelDateTime FromLocal(std::int64_t localMilliseconds, std::int16_t bias) {
+  TKestrelDateTime value;
+  value.SetUTCMilliseconds(TKestrelDateTime::kLocal, localMilliseconds, bias);
+  return value;
+}
+
 }  // namespace
 
 platform::SystemTime ParseSystemTime(std::u16string_view text, std::size_t* consumed) {
@@ -197,10 +204,12 @@ std::int16_t ParseZoneBias(std::u16string_view text) {
 TKestrelDateTime ParseDateTime(std::u16string_view text) {
   std::size_t consumed = 0;
   const platform::SystemTime local = ParseSystemTime(text, &consumed);
-  const std::int16_t bias = ParseZoneBias(text.substr(consumed));
-  TKestrelDateTime value;
-  value.SetUTCMilliseconds(TKestrelDateTime::kLocal, RoundedMilliseconds(local), bias);
-  return value;
+  return FromLocal(RoundedMilliseconds(local), ParseZoneBias(text.substr(consumed)));
+}
+
+TKestrelDateTime ParseLocalDateTime(std::u16string_view text) {
+  const std::int64_t local = RoundedMilliseconds(ParseSystemTime(text));
+  return FromLocal(local, BiasAtLocal(local, GetMachineZone()));
 }
 
 }  // namespace Kestrel

@@ -9,12 +9,15 @@
 
 namespace Kestrel {
 
-/// Reads the whole text, or, where consumed is given, as much of it as is a date and time, and stores the length of
-/// that in units. Missing parts are 0.
+/// Without consumed, the whole text must be a date and time. With it, only the text up to there must be one, and its
+/// length in units is stored. Parts that are missing are 0.
 platform::SystemTime ParseSystemTime(std::u16string_view text, std::size_t* consumed = nullptr);
-/// Bias in minutes of a zone part, which must be the whole text.
+/// Bias in minutes of a text that is a zone part as a whole.
 std::int16_t ParseZoneBias(std::u16string_view text);
-/// A date and time, and a zone part, which is mandatory. Rounded to milliseconds.
+/// A date and time with the bias of its zone part, which is mandatory. Rounded to milliseconds.
 TKestrelDateTime ParseDateTime(std::u16string_view text);
+/// A date and time without a zone part, with the bias that the machine's zone has then. Rounded to milliseconds. Throws
+/// SystemException with the context "GetTimeZoneInformation" where the zone is unknown.
+TKestrelDateTime ParseLocalDateTime(std::u16string_view text);
 
 }  // namespace Kestrel

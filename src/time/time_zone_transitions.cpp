@@ -119,4 +119,23 @@ std::int16_t BiasAt(std::uint64_t utcMilliseconds, const platform::TimeZoneInfor
   return static_cast<std::int16_t>(daylight ? daylightBias : standardBias);
 }
 
+std::int16_t BiasAtLocal(std::int64_t localMilliseconds, const platform::TimeZoneInformation& zone) {
+  if (zone.standardDate.month == 0) return static_cast<std::int16_t>(zone.bias);
+  const auto isInForce = [&](std::int32_t bias) {
+    const std::int64_t utc = localMilliseconds + bias * TKestrelDateTime::kMillisecondsPerMinute;
+    return BiasAt(static_cast<std::uint64_t>(std::max<std::int64_t>(utc, 0)), zone) == bias;
+  };
+  const std::int32_t standardBias = zone.bias + zone.standardBias;
+  const std::int32_t daylightBias = zone.bias + zone.daylightBias;
+  const bool isDaylight = isInForce(daylightBias) && !isInForce(standardBias);
+  return static_cast<std::int16_t>(isDaylight ? daylightBias : standardBias);
+}
+
+platform::TimeZoneInformation GetMachineZone() {
+  constexpr std::uint32_t kFailed = 0xFFFFFFFF;
+  platform::TimeZoneInformation zone;
+  if (platform::GetTimeZoneInformation(&zone) == kFailed) ThrowLastSystemError("GetTimeZoneInformation");
+  return zone;
+}
+
 }  // namespace Kestrel

@@ -22,5 +22,11 @@ TimeZoneTransitions GetTimeZoneTransitions(std::uint32_t year, const platform::T
 
 /// Bias in minutes that is in force at a point in UTC milliseconds, by the zone's rules.
 std::int16_t BiasAt(std::uint64_t utcMilliseconds, const platform::TimeZoneInformation& zone);
+/// The same at a point in local milliseconds. A time of the hour that the change to standard time repeats, or that the
+/// change to daylight time leaves out, counts as standard time.
+std::int16_t BiasAtLocal(std::int64_t localMilliseconds, const platform::TimeZoneInformation& zone);
+
+/// The machine's zone. Throws SystemException with the context "GetTimeZoneInformation".
+platform::TimeZoneInformation GetMachineZone();
 
 }  // namespace Kestrel

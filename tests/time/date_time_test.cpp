@@ -1,6 +1,9 @@
 /// Points in time: their word, their texts in both directions, and the time zone's transitions.
 #include "time/date_time.h"
 
+#include <cstdlib>
+#include <map>
+
 #include "thrown.h"
 #include "time/date_time_parser.h"
 #include "time/date_time_text.h"
@@ -114,6 +117,7 @@ TEST(DateTimeParser, GivesTheTimeOrTheStatedError) {
       {
           {"2024-05-01 00:00:00.000", {u"2024-05-01", u"  2024/5/1", u"2024-05-01  ", u"2024-05-01\0garbage"sv}},
           {"9999-12-31 23:59:59.999", {u"9999-12-31T23:59:59.999"}},
+          {"2000-02-29 00:00:00.000", {u"2000-02-29"}},
           {"2024-05-01 10:20:30.005", {u"2024-05-01   10:20:30,5"}},
           {Bad("3: Invalid year", "1601 to 9999"), {u"", u"1600-01-01", u"10000-01-01", u"4294969320-01-01"}},
           {Bad("4: Invalid month", "1 to 12"), {u"2024-0-01", u"2024-13-01"}},
@@ -145,7 +149,8 @@ TEST(DateTimeParser, GivesTheBiasOrTheStatedError) {
           {"-30", {u"+01:30"}},  // not -90
           {"-781", {u"14:59"}},
           {"5", {u"-0:5"}},
-          {Bad("6: Invalid hour", "0 to 14"), {u"UTC", u"", u"+15:00", u"+002:00", u"CET+02:00", u"UTCGMT+02:00"}},
+          {Bad("6: Invalid hour", "0 to 14"),
+           {u"UTC", u"", u"+15:00", u"+002:00", u"CET+02:00", u"UTCGMT+02:00", u"-+1:00", u"+-1:00"}},
           {"EKestrelDateTime 10: ':' expected.", {u"+02"}},
           {Bad("7: Invalid minute", "0 to 59"), {u"+02:60", u"+02:000"}},
           {"EKestrelDateTime 12: End of date/time string expected.", {u"+02:00 x"}},
@@ -200,6 +205,9 @@ TEST(TimeZones, FindTheTransitionsOrRefuseThem) {
     EXPECT_EQ(GetTimeZoneTransitions(2024, Zone(0, rows[0].first, rule)).toDaylight, Milliseconds(in2024));
   }
 
+  EXPECT_EQ(GetTimeZoneTransitions(2024, kBerlin).toStandard, Milliseconds(u"2024-10-27 03:00"));
+  EXPECT_EQ(GetTimeZoneTransitions(2025, kBerlin).toStandard, Milliseconds(u"2025-10-26 03:00"));
+
   const auto error = [](const platform::SystemTime& rule) {
     return ErrorOf([&] { GetTimeZoneTransitions(2024, Zone(0, kBerlin.standardDate, rule)); });
   };
@@ -222,6 +230,33 @@ TEST(TimeZones, TellTheBiasInForce) {
   EXPECT_EQ(change(kBerlin, u"2024-10-27 01:00"), std::pair(-120, -60));
   EXPECT_EQ(change(kSydney, u"2024-04-06 16:00"), std::pair(-660, -600));
   EXPECT_EQ(change(kSydney, u"2024-10-05 16:00"), std::pair(-600, -660));
+
+  const auto localChange = [](const platform::TimeZoneInformation& zone, std::u16string_view local) {
+    return std::pair<int, int>(BiasAtLocal(Milliseconds(local) - 1, zone), BiasAtLocal(Milliseconds(local), zone));
+  };
+  EXPECT_EQ(BiasAtLocal(0, Zone(30, {}, {})), 30);
+  EXPECT_EQ(BiasAtLocal(0, kBerlin), -60);
+  EXPECT_EQ(localChange(kBerlin, u"2024-03-31 03:00"), std::pair(-60, -120));  // 02:00 to 03:00 does not exist
+  EXPECT_EQ(localChange(kBerlin, u"2024-10-27 02:00"), std::pair(-120, -60));  // 02:00 to 03:00 comes twice
+  EXPECT_EQ(localChange(kSydney, u"2024-10-06 03:00"), std::pair(-600, -660));
+  EXPECT_EQ(localChange(kSydney, u"2024-04-07 02:00"), std::pair(-660, -600));
+}
+
+/// The program runs in several zones, as TZ says.
+TEST(TimeZones, OfTheMachineGivesTheBiasOfATextWithoutOne) {
+  const char* const zone = std::getenv("TZ");
+  const std::map<std::string, std::string> rows = {
+      {"UTC", "2025/01/15 12:00:00,000 GMT+00:00|2025/07/15 12:00:00,000 GMT+00:00"},
+      {"Asia/Kolkata", "2025/01/15 12:00:00,000 GMT+05:30|2025/07/15 12:00:00,000 GMT+05:30"},
+      {"America/St_Johns", "2025/01/15 12:00:00,000 GMT-03:30|2025/07/15 12:00:00,000 GMT-02:30"},
+      {"Pacific/Chatham", "2025/01/15 12:00:00,000 GMT+13:45|2025/07/15 12:00:00,000 GMT+12:45"}};
+  const auto row = rows.find(zone ? zone : "");
+  if (row == rows.end()) GTEST_SKIP() << "started without one of the zones";
+  EXPECT_EQ(
+      BiasToStr(ParseLocalDateTime(u"2025-01-15 12:00")) + "|" + BiasToStr(ParseLocalDateTime(u"2025-07-15 12:00")),
+      row->second);
+  EXPECT_EQ(ErrorOf([] { ParseLocalDateTime(u"2025-01-15 12:00 UTC+00:00"); }),
+            "EKestrelDateTime 12: End of date/time string or \":Seconds\" expected.");
 }
 
 }  // namespace
