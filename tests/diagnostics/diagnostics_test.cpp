@@ -95,14 +95,17 @@ TEST_F(Diagnostics, RegistryValuesAreNumbersByTheRulesOfTheirType) {
   const std::tuple<std::uint32_t, Number, Bytes> rows[] = {
       {REG_QWORD, 0x80000000, {0, 0, 0, 0x80, 0xFF, 0xFF, 0xFF, 0xFF}},
       {REG_QWORD, {}, {0, 0, 0, 0x80, 0, 0, 0, 0}},
+      {REG_QWORD, {}, {1, 0, 0, 0, 0, 0, 0, 0, 0}},
+      {REG_DWORD, 0x04030201, {1, 2, 3, 4}},
+      {REG_DWORD, {}, {1, 0, 0, 0, 0}},
+      {REG_BINARY, {}, {1, 0, 0}},
+      {REG_DWORD_BIG_ENDIAN, 0x01020304, {1, 2, 3, 4}},
+      {REG_DWORD_BIG_ENDIAN, {}, {0, 0, 0, 1, 0}},
   };
   for (const auto& [type, number, data] : rows) EXPECT_EQ(NumberOfRegistryValue<char>(type, data), number) << type;
-  const std::tuple<std::uint32_t, Number, std::string> texts[] = {{REG_SZ, 0xFFFFFFFF, "-1"},
-                                                                  {REG_SZ, {}, "%FIVE%"},
-                                                                  {REG_EXPAND_SZ, 5, "%FIVE%"},
-                                                                  {REG_EXPAND_SZ, 6, "%LONG%"},
-                                                                  {REG_EXPAND_SZ, 7, "%TWO NULS%"},
-                                                                  {REG_EXPAND_SZ, {}, "%FAILURE%"}};
+  const std::tuple<std::uint32_t, Number, std::string> texts[] = {
+      {REG_SZ, 0xFFFFFFFF, "-1"},   {REG_SZ, {}, "%FIVE%"},           {REG_EXPAND_SZ, 5, "%FIVE%"},
+      {REG_EXPAND_SZ, 6, "%LONG%"}, {REG_EXPAND_SZ, 7, "%TWO NULS%"}, {REG_EXPAND_SZ, {}, "%FAILURE%"}};
   for (const auto& [type, number, text] : texts) {
     EXPECT_EQ(NumberOfRegistryValue<char>(type, TextBytes<char>(text)), number) << text;
     EXPECT_EQ(NumberOfRegistryValue<char16_t>(type, TextBytes<char16_t>(text)), number) << text;
@@ -155,6 +158,19 @@ TEST_F(Diagnostics, LevelsAreNamedAndWhatIsFilteredAllocatesNothing) {
                                         "DEBUG" + kFrame, "UNKNOWN" + kFrame}));
 }
 
+TEST_F(Diagnostics, StatementsKeepTheirThreadAndWriteNothingAfterTheEnd) {
+  Start();
+  DebugOut first("NET", dolError), second("NET", dolError);
+  first << "text";
+  second << "text";
+  std::thread([&first] { first.Finish(); }).join();
+  first.Finish();
+  EXPECT_EQ(TakeDebuggerLines(), Lines{kErrorLine});
+  DebugOutStreamer::Destroy();
+  second.Finish();
+  EXPECT_EQ(TakeDebuggerLines(), Lines());
+}
+
 TEST_F(Diagnostics, StatementTakesValuesOfAllKinds) {
   Start();
   DebugOut statement(nullptr, dolInfo);
@@ -176,6 +192,7 @@ TEST_F(Diagnostics, TargetsAreServedInOrderAndFlushedAfterwards) {
   EXPECT_EQ(system.TakeCalls(), (Lines{"error colour 12", "error " + kErrorLine, "error colour 30", "register viewer",
                                        "look up HOST\\me", "report 1 user 77 " + kErrorLine, "flush"}));
   ASSERT_EQ(History().size(), 4u);
+  EXPECT_EQ(History().back().level, dolError);
   EXPECT_EQ(History().back().line, u"ERROR : [NET] text");
   EXPECT_EQ(History().back().time.GetWord(), 13354031109123u);
 
@@ -183,6 +200,11 @@ TEST_F(Diagnostics, TargetsAreServedInOrderAndFlushedAfterwards) {
   EXPECT_EQ(FileText(),
             "<debugout type=\"ERROR\" filter=\"NET\">\r\n<o>text</o>\r\n</debugout>\r\n"
             "<debugout type=\"INFO \" filter=\"&lt;T&#252;r&gt;\">\r\n<o>a < b & \u20ac\r\n</o>\r\n</debugout>\r\n");
+  EXPECT_EQ(History().back().level, dolInfo);
+  OpenFile();  // again, in place of the open one
+  EXPECT_EQ(FileText(), "");
+  Say(dolError, dotFile);
+  EXPECT_EQ(FileText(), "<debugout type=\"ERROR\" filter=\"NET\">\r\n<o>text</o>\r\n</debugout>\r\n");
 }
 
 TEST_F(Diagnostics, OutputTargetsFollowTheMask) {
@@ -323,7 +345,7 @@ TEST_F(Diagnostics, LinesOfEightThreadsDoNotMixAndTheHistoryKeeps1024) {
 
 TEST_F(Diagnostics, SocketStartIsUndoneWhereItSucceededAndTheTcpAckSettingReported) {
   ReadSocketSettings();
-  for (const Bytes& data : {Bytes{0, 0, 0, 0}, Bytes{1}, Bytes{0, 0, 1, 0}}) {
+  for (const Bytes& data : {Bytes{0, 0, 0, 0}, Bytes{1}, Bytes{1, 0, 0, 0, 0}, Bytes{0, 0, 1, 0}}) {
     EXPECT_EQ(TakeDebuggerLines(), Lines());
     system.keys[u"Software\\Vantrell\\Kestrel\\Socket"] = {{"DisableTcpAck", REG_DWORD, data}};
     ReadSocketSettings();
