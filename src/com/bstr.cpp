@@ -3,6 +3,7 @@
 #include <memory>
 #include <new>
 
+#include "base/exceptions.h"
 #include "base/text_conversion.h"
 #include "platform/com.h"
 
@@ -27,7 +28,11 @@ BSTR MakeBstr(const std::u16string& text) {
 
 BSTR MakeBstrFromUtf8(const std::string& utf8) {
   std::u16string wide;
-  MultiToWide(wide, kUtf8CodePage, 0, utf8.c_str(), kNulTerminated);
+  try {
+    MultiToWide(wide, kUtf8CodePage, 0, utf8.c_str(), kNulTerminated);
+  } catch (const KestrelException&) {
+    wide.clear();
+  }
   return MakeBstr(wide);
 }
 

@@ -11,7 +11,7 @@ namespace Kestrel {
 /// A new BSTR for a caller outside, of the text up to its first NUL. An empty text gives an allocated empty BSTR, never
 /// null. Throws std::bad_alloc where there is no memory.
 BSTR MakeBstr(const std::u16string& text);
-/// As MakeBstr, of UTF-8 up to its first NUL.
+/// As MakeBstr, of UTF-8 up to its first NUL. Empty where the system refuses the conversion.
 BSTR MakeBstrFromUtf8(const std::string& utf8);
 
 /// Takes ownership of a BSTR: returns its text, up to its first NUL, as UTF-8, and frees it, also where that throws.

@@ -12,13 +12,11 @@ namespace {
 
 constexpr std::uint8_t kDhcpEnabled = 1;
 
-/// No exception crosses the interface: where there is no memory the wizard gets a null text, which counts as empty.
+/// Null where there is no memory.
 BSTR TextForWizard(const std::string& utf8) {
-  try {
-    return Kestrel::MakeBstrFromUtf8(utf8);
-  } catch (...) {
-    return nullptr;
-  }
+  BSTR text = nullptr;
+  Kestrel::SwallowExceptions([&] { text = Kestrel::MakeBstrFromUtf8(utf8); });
+  return text;
 }
 
 }  // namespace

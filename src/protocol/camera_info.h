@@ -2,6 +2,9 @@
 ///
 /// Text getters return a new BSTR of the member's text up to its first NUL.
 ///
+/// Errors   No operation throws. A getter's text is null where there is no memory, and empty where the system refuses
+/// to
+///          convert it; a setter that fails changes nothing.
 /// Threads  No lock inside: one thread at a time uses an object.
 #pragma once
 
