@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "com/swallow_exceptions.h"
+
 namespace Kestrel {
 
 template <class Interface>
@@ -26,8 +28,9 @@ class ComPtr {
   }
   ~ComPtr() { Reset(); }
 
-  void Reset() {
-    if (Interface* const old = std::exchange(object_, nullptr)) old->Release();
+  /// What Release throws is discarded: it comes from an object of somebody else, and references go in destructors.
+  void Reset() noexcept {
+    if (Interface* const old = std::exchange(object_, nullptr)) SwallowExceptions([old] { old->Release(); });
   }
   /// Gives the reference to the caller.
   Interface* Detach() { return std::exchange(object_, nullptr); }

@@ -50,9 +50,10 @@ TEST(Receiver, HandsOnlyItsOwnBlocksOverAndOnlyWhileTheWizardIsThere) {
   push(2);
   EXPECT_EQ(std::exchange(wizard.delivered, ""),
             "||||||AC:CC:8E:00:00:08|&!*KVMR*9%|&!*KVMR*9%|UNKNOWN||100007|24|0|18446744073709551615 kind 4 type 24");
-  wizard.releaseThrows = true;
-  push(2);  // what the wizard throws there reaches nobody
-  wizard.releaseThrows = false;
+  wizard.releaseThrows = true;  // which reaches nobody: after a delivery, at OnDetach, at the receiver's end
+  push(2);
+  EXPECT_EQ(wizard.references, 1U);
+  Kestrel::MakeComObject<CameraDataInternalCallback, IGenericDataReceivedCallback>(&wizard);
   EXPECT_EQ(wizard.references, 1U);
   receiver->OnDetach();
   push(2);
