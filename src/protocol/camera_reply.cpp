@@ -1,12 +1,12 @@
 #include "protocol/camera_reply.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <utility>
 
 #include "base/base64.h"
+#include "base/byte_order.h"
 #include "protocol/base64_window.h"
 #include "protocol/canonical_record.h"
 #include "protocol/finder_messages.h"
@@ -21,9 +21,8 @@ constexpr std::size_t kUnit = sizeof(char16_t);
 /// The code units of a reply that is one whole vtWString, without the terminator; nothing for any other reply.
 std::optional<std::span<const std::uint8_t>> TextOf(std::span<const std::uint8_t> reply) {
   constexpr std::size_t kHeadSize = sizeof(std::uint8_t) + sizeof(std::uint32_t);
-  std::uint32_t length = 0;
   if (reply.size() < kHeadSize || reply[0] != Kestrel::vtWString) return std::nullopt;
-  std::memcpy(&length, &reply[1], sizeof length);
+  const auto length = Kestrel::LoadLittleEndian<std::uint32_t>(&reply[1]);
   if (length < kUnit || length > reply.size() - kHeadSize) return std::nullopt;
   return reply.subspan(kHeadSize, (length / kUnit - 1) * kUnit);
 }
@@ -48,7 +47,7 @@ bool ReadCanonicalReply(std::span<const std::uint8_t> reply, std::vector<CameraR
   if (!head) return false;
   window->Consume(head->sizeInBytes);
   const std::size_t provenSize = std::min(head->recordsSizeInBytes, Kestrel::Base64DecodedBound(text->size() / kUnit));
-  records.reserve(std::min<std::size_t>(head->recordCount, provenSize / kSmallestElement));
+  records.reserve(std::min<std::size_t>(head->recordCount, provenSize / kSmallestElement<CameraRecord>));
   std::size_t recordsSize = 0;
   for (std::uint32_t i = 0; i < head->recordCount; ++i) {
     std::size_t size = 0;

@@ -2,18 +2,16 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 #include <type_traits>
 
+#include "base/byte_order.h"
 #include "base/text_conversion.h"
 #include "protocol/record_format.h"
 #include "valuelist/value_list.h"
 
 namespace Tarn::CameraFinding {
 namespace {
-
-static_assert(std::endian::native == std::endian::little, "numbers go onto the wire as they stand in memory");
 
 using Texts = std::vector<std::string>;
 
@@ -73,8 +71,22 @@ template <std::size_t row, class Value>
 constexpr Fixed kRecordEntry = Entry(kRecordKeys[row].key, kMemberTag<Value>);
 
 constexpr std::size_t kListHeadSize = kListHead.size + kLengthSize;
-/// The element of an empty text.
-constexpr std::size_t kSmallestText = kOneEntryHead.size + kTextEntry.size + kLengthSize + 1;
+
+template <class Value>
+constexpr std::size_t kSmallestValue = kIsText<Value>    ? kLengthSize + 1
+                                       : kIsTexts<Value> ? kLengthSize + kListHeadSize
+                                                         : sizeof(Value);
+static_assert(kSmallestElement<std::string> == kOneEntryHead.size + kTextEntry.size + kSmallestValue<std::string>);
+static_assert([] {
+  std::size_t size = kRecordHead.size;
+  for (const RecordKey& row : kRecordKeys)
+    size += std::visit(
+        [&row]<class Value>(Value CameraRecord::*) {
+          return Entry(row.key, kMemberTag<Value>).size + kSmallestValue<Value>;
+        },
+        row.member);
+  return size == kSmallestElement<CameraRecord>;
+}());
 
 class Writer {
  public:
@@ -88,10 +100,7 @@ class Writer {
     std::memcpy(at_, bytes, size);
     at_ += size;
   }
-  void PutNumber(std::size_t number) {
-    const auto low = static_cast<std::uint32_t>(number);
-    Put(&low, sizeof low);
-  }
+  void PutNumber(std::size_t number) { PutValue(static_cast<std::uint32_t>(number)); }
 
   void PutValue(const std::string& text) {
     PutNumber(text.size() + 1);
@@ -103,7 +112,10 @@ class Writer {
   }
   template <class Number>
   requires std::is_arithmetic_v<Number>
-  void PutValue(Number number) { Put(&number, sizeof number); }
+  void PutValue(Number number) {
+    Kestrel::StoreLittleEndian(at_, number);
+    at_ += sizeof number;
+  }
 
   void PutElement(const std::string& text) {
     Put<kOneEntryHead>();
@@ -174,10 +186,12 @@ class Reader {
   requires std::is_arithmetic_v<Number>
   bool Read(Number& number) {
     if (GetRemaining() < sizeof number) return false;
-    // Another byte than 0 and 1 is not canonical; the variant decides what it means.
-    if constexpr (std::is_same_v<Number, bool>)
+    if constexpr (std::is_same_v<Number, bool>) {
       if (*at_ > 1) return false;
-    std::memcpy(&number, at_, sizeof number);
+      number = *at_ == 1;
+    } else {
+      number = Kestrel::LoadLittleEndian<Number>(at_);
+    }
     at_ += sizeof number;
     return true;
   }
@@ -193,7 +207,7 @@ class Reader {
     Reader elements(block);
     std::uint32_t count = 0;
     if (!elements.Skip<kListHead>() || !elements.Read(count)) return false;
-    texts.reserve(std::min<std::size_t>(count, elements.GetRemaining() / kSmallestText));
+    texts.reserve(std::min<std::size_t>(count, elements.GetRemaining() / kSmallestElement<std::string>));
     for (std::uint32_t i = 0; i < count; ++i)
       if (!elements.ReadElement(texts.emplace_back())) return false;
     return true;

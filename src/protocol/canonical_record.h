@@ -25,8 +25,15 @@ namespace Tarn::CameraFinding {
 std::size_t DecodeElement(std::span<const std::uint8_t> bytes, CameraRecord& record);
 std::size_t DecodeElement(std::span<const std::uint8_t> bytes, std::string& text);
 
-/// The fewest bytes of an element of any form: "VLIS", a name and a count.
-inline constexpr std::size_t kSmallestElement = 10;
+/// The fewest bytes of a canonical element. Whoever makes room for elements before they are read divides the bytes that
+/// are there by it, so that a false count reserves little more than the size of the message. Elements of another form
+/// can be smaller; for those, room grows as they are read.
+template <class Element>
+inline constexpr std::size_t kSmallestElement = 0;
+template <>
+inline constexpr std::size_t kSmallestElement<CameraRecord> = 320;
+template <>
+inline constexpr std::size_t kSmallestElement<std::string> = 29;
 
 /// What stands before the first record of a value list whose one entry is "CAMERAINFOLIST".
 struct CameraListHead {

@@ -1,12 +1,11 @@
 #include "protocol/record_wire.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstring>
 #include <optional>
 #include <type_traits>
 #include <utility>
 
+#include "base/byte_order.h"
 #include "base/exceptions.h"
 #include "protocol/canonical_record.h"
 #include "protocol/record_format.h"
@@ -14,8 +13,6 @@
 
 namespace Tarn::CameraFinding {
 namespace {
-
-static_assert(std::endian::native == std::endian::little, "numbers go onto the wire as they stand in memory");
 
 /// Shorter blocks are ignored. From here on a missing byte is an error, although marker and count take 8.
 constexpr std::size_t kSmallestListBlock = 5;
@@ -54,14 +51,17 @@ class ListBlock {
     const auto* const data = entry ? entry->GetIf<Kestrel::BinaryData>() : nullptr;
     if (!data) return std::nullopt;
     const auto bytes = data->GetBytes();
-    if (bytes.size() < kSmallestListBlock || std::memcmp(bytes.data(), &ListMarker, sizeof ListMarker) != 0)
+    if (bytes.size() < kSmallestListBlock || Kestrel::LoadLittleEndian<std::uint32_t>(bytes.data()) != ListMarker)
       return std::nullopt;
     return ListBlock(bytes.subspan(sizeof ListMarker));
   }
 
   std::uint32_t GetCount() const { return count_; }
-  /// The most elements that the bytes can hold, whatever the count claims.
-  std::size_t GetMost() const { return std::min<std::size_t>(count_, unread_.size() / kSmallestElement); }
+  /// As many elements as the count claims, but no more than the bytes can hold in the canonical encoding.
+  template <class Element>
+  std::size_t GetLikelyCount() const {
+    return std::min<std::size_t>(count_, unread_.size() / kSmallestElement<Element>);
+  }
 
   /// Reads the next element into a new one. False where it is not canonical: the new one's contents are unspecified
   /// then, and ReadThroughList reads the same element.
@@ -81,7 +81,7 @@ class ListBlock {
  private:
   explicit ListBlock(std::span<const std::uint8_t> counted) {
     if (counted.size() < sizeof count_) throw Kestrel::BufferException(Kestrel::kNotEnoughBytes);
-    std::memcpy(&count_, counted.data(), sizeof count_);
+    count_ = Kestrel::LoadLittleEndian<std::uint32_t>(counted.data());
     unread_ = counted.subspan(sizeof count_);
   }
 
@@ -116,12 +116,10 @@ template <class Element>
 void ReadList(const Kestrel::Variant* entry, std::vector<Element>& elements) {
   auto block = ListBlock::In(entry);
   if (!block) return;
-  elements.reserve(elements.size() + block->GetMost());
+  elements.reserve(elements.size() + block->GetLikelyCount<Element>());
   for (std::uint32_t i = 0; i < block->GetCount(); ++i) {
-    if (block->GetMost() > 0) {
-      if (block->ReadCanonical(elements.emplace_back())) continue;
-      elements.pop_back();
-    }
+    if (block->ReadCanonical(elements.emplace_back())) continue;
+    elements.pop_back();
     elements.push_back(block->ReadThroughList<Element>());
   }
 }

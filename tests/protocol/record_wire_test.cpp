@@ -7,8 +7,11 @@
 #include <utility>
 
 #include "base/exceptions.h"
+#include "fakes/counting_allocator.h"
+#include "protocol/camera_reply.h"
 #include "protocol/record_equality.h"
 #include "protocol/recording_wizard.h"
+#include "protocol/request_wire.h"
 #include "valuelist/buffer_pool.h"
 
 namespace Tarn::CameraFinding {
@@ -188,6 +191,46 @@ TEST(RecordList, WholeCutOrDamagedReadsAsItDoesThroughValueLists) {
       ExpectTheSameEveryWay(damaged);
     }
   }
+}
+
+/// What the work takes of the general heap, in bytes and in allocations, whether or not it throws.
+template <class Work>
+std::pair<std::int64_t, std::int64_t> HeapOf(Work work) {
+  const std::int64_t held = fakes::GetHeapUse().bytes, allocations = fakes::CountAllocations();
+  fakes::ResetHeapPeak();
+  try {
+    work();
+  } catch (const Kestrel::KestrelException&) {
+  }
+  return {fakes::GetHeapUse().peak - held, fakes::CountAllocations() - allocations};
+}
+
+TEST(RecordList, IsReadWithoutValueListsWhereItIsCanonical) {
+  const Records records(1000);
+  ValueList list;
+  WriteRecordList(list, kCameraInfoListKey, records);
+  const auto block = Kestrel::GetBuffer(Kestrel::SmallBufferList), reply = EncodeReply(list);
+  list.Write(*block);
+  Records read, slowly;
+  EXPECT_LT(HeapOf([&] { ReadRecordList(list, kCameraInfoListKey, read); }).second, 4);
+  EXPECT_LT(HeapOf([&] { ReadFirstRecord(*block); }).second, 4);
+  EXPECT_GT(HeapOf([&] { ReadSlowly(list, kCameraInfoListKey, slowly); }).second, 1000);
+  // A long reply takes one window beside its records, not a copy of itself.
+  constexpr std::int64_t kWindow = 40 << 10, kRecords = 1000 * sizeof(CameraRecord);
+  EXPECT_LT(HeapOf([&] { ReadCameraReply(reply->GetBytes()); }).first, kRecords + kWindow);
+}
+
+TEST(RecordList, MakesRoomForWhatIsThereWhateverItsCountClaims) {
+  constexpr std::int64_t kSize = 1 << 20;
+  ValueList list;
+  list.AddVariant(kCameraInfoListKey, Binary(kMarker + Bytes{0xFF, 0xFF, 0xFF, 0xFF} + Bytes(kSize)));
+  const auto reply = EncodeReply(list);
+  Records records;
+  Texts texts;
+  EXPECT_LT(HeapOf([&] { ReadRecordList(list, kCameraInfoListKey, records); }).first, 4 * kSize);
+  EXPECT_LT(HeapOf([&] { ReadStringList(list, kCameraInfoListKey, texts); }).first, 4 * kSize);
+  EXPECT_LT(HeapOf([&] { ReadCameraReply(reply->GetBytes()); }).first,
+            3 * static_cast<std::int64_t>(reply->GetLength()));
 }
 
 }  // namespace
