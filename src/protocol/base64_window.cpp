@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/byte_order.h"
+
 namespace Tarn::CameraFinding {
 namespace {
 
@@ -22,7 +24,7 @@ bool Base64Window::DecodeMore() {
   if (text_.empty() || unread > kMostUnread) return false;
   std::memmove(bytes_, bytes_ + begin_, unread);
   const std::size_t units = std::min(kWindowUnits, text_.size() / kUnit);
-  std::memcpy(units_, text_.data(), units * kUnit);
+  Kestrel::LoadLittleEndian(text_.data(), std::span(units_, units));
   text_ = text_.subspan(units * kUnit);
   const std::u16string_view window(units_, units);
   const Kestrel::Base64Decoded decoded = Kestrel::Base64DecodeTo(window, bytes_ + unread);

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <cstring>
 #include <limits>
 #include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "base/byte_order.h"
 #include "base/exceptions.h"
 #include "base/text_conversion.h"
 #include "com/bstr.h"
@@ -24,8 +23,6 @@
 
 namespace Tarn::CameraFinding {
 namespace {
-
-static_assert(std::endian::native == std::endian::little, "values are copied as they stand on the wire");
 
 constexpr char kInvalidStructSize[] = "Invalid struct size in read vector\r\n";
 /// "Wizard was already closed", the usual reason why it throws. The text stays as it is, its spelling included, because
@@ -55,22 +52,19 @@ std::string ReadNarrowText(Kestrel::Buffer& block) {
 /// Appends the elements of a values payload. Elements of another size are reported and left out.
 void AppendValues(std::span<const std::uint8_t> payload, std::vector<std::uint64_t>& values) {
   constexpr std::size_t kElementSize = sizeof(std::uint64_t);
-  struct {
-    std::uint64_t count;
-    std::uint64_t elementSize;
-  } header;
-  if (payload.size() < sizeof header) throw Kestrel::BufferException(Kestrel::kNotEnoughBytes);
-  std::memcpy(&header, payload.data(), sizeof header);
-  if (header.elementSize != kElementSize) {
+  constexpr std::size_t kHeadSize = 2 * sizeof(std::uint64_t);
+  if (payload.size() < kHeadSize) throw Kestrel::BufferException(Kestrel::kNotEnoughBytes);
+  const auto count = Kestrel::LoadLittleEndian<std::uint64_t>(payload.data());
+  const auto elementSize = Kestrel::LoadLittleEndian<std::uint64_t>(payload.data() + sizeof count);
+  if (elementSize != kElementSize) {
     platform::OutputDebugStringA(kInvalidStructSize);
     return;
   }
-  const auto elements = payload.subspan(sizeof header);
-  if (header.count > elements.size() / kElementSize) throw Kestrel::BufferException(Kestrel::kNotEnoughBytes);
-  if (header.count == 0) return;
+  const auto elements = payload.subspan(kHeadSize);
+  if (count > elements.size() / kElementSize) throw Kestrel::BufferException(Kestrel::kNotEnoughBytes);
   const std::size_t before = values.size();
-  values.resize(before + static_cast<std::size_t>(header.count));
-  std::memcpy(values.data() + before, elements.data(), static_cast<std::size_t>(header.count) * kElementSize);
+  values.resize(before + static_cast<std::size_t>(count));
+  Kestrel::LoadLittleEndian(elements.data(), std::span(values).subspan(before));
 }
 
 struct MessageRow;

@@ -1,10 +1,9 @@
 #include "protocol/request_wire.h"
 
-#include <bit>
-#include <cstring>
 #include <string>
 
 #include "base/base64.h"
+#include "base/byte_order.h"
 #include "base/exceptions.h"
 #include "valuelist/buffer_pool.h"
 #include "valuelist/stream.h"
@@ -12,8 +11,6 @@
 
 namespace Tarn::CameraFinding {
 namespace {
-
-static_assert(std::endian::native == std::endian::little, "numbers go onto the wire as they stand in memory");
 
 constexpr std::size_t kUnit = sizeof(char16_t);
 constexpr std::size_t kCodeSize = sizeof kFinderRequestCode;
@@ -29,7 +26,7 @@ Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const Kestrel::ValueLis
 
   auto request = Kestrel::GetBuffer(Kestrel::BufferPool::ListFor(requestSize));
   std::uint8_t* const bytes = request->Reserve(requestSize);
-  std::memcpy(bytes, &kFinderRequestCode, kCodeSize);
+  Kestrel::StoreLittleEndian(bytes, kFinderRequestCode);
   Kestrel::Base64EncodeTo(binary->GetData(), binarySize, reinterpret_cast<char16_t*>(bytes + kCodeSize));
   return request;
 }
@@ -37,11 +34,11 @@ Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const Kestrel::ValueLis
 void DecodeRequest(std::span<const std::uint8_t> request, Kestrel::ValueList& command) {
   if (request.size() < kCodeSize || request.size() % kUnit != 0)
     throw Kestrel::BufferException(Kestrel::kNotEnoughBytes);
-  if (std::memcmp(request.data(), &kFinderRequestCode, kCodeSize) != 0)
+  if (Kestrel::LoadLittleEndian<std::uint32_t>(request.data()) != kFinderRequestCode)
     throw Kestrel::BufferException("not a finder request");
   const auto units = request.subspan(kCodeSize);
   std::u16string text(units.size() / kUnit, u'\0');
-  if (!units.empty()) std::memcpy(text.data(), units.data(), units.size());
+  Kestrel::LoadLittleEndian(units.data(), std::span(text));
   command.FromText(text);
 }
 
