@@ -41,9 +41,6 @@ class ComWrapperBase : public T {
     return left;
   }
 
-  /// For the holder of a reference: true where it is the only one.
-  bool HasOneReference() const { return refCount_.load() == 1; }
-
   /// Where that fails, the object works without marshaling support.
   void CreateMarshaler() {
     void* marshaler = nullptr;

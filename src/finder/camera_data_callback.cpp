@@ -2,12 +2,12 @@
 
 #include <utility>
 
-#include "platform/modules.h"
-
 namespace Tarn::CameraFinding {
 
-CameraDataCallback::CameraDataCallback(INewCameraDataCallback* callback, std::shared_ptr<LiveStreamInfo> streamInfo)
-    : receiver_(Kestrel::MakeComObject<CameraDataInternalCallback, IGenericDataReceivedCallback>(callback)),
+CameraDataCallback::CameraDataCallback(INewCameraDataCallback* callback, std::shared_ptr<LiveStreamInfo> streamInfo,
+                                       std::shared_ptr<const void> heldByReceiver)
+    : receiver_(Kestrel::MakeComObject<CameraDataInternalCallback, IGenericDataReceivedCallback>(
+          callback, std::move(heldByReceiver))),
       streamInfo_(std::move(streamInfo)) {
   SetStreamDataCallback(*streamInfo_, kRegisterDataCallback, receiver_.Get());
 }
@@ -16,11 +16,6 @@ CameraDataCallback::CameraDataCallback(INewCameraDataCallback* callback, std::sh
 CameraDataCallback::~CameraDataCallback() {
   SetStreamDataCallback(*streamInfo_, kUnregisterDataCallback, receiver_.Get());
   streamInfo_.reset();
-  // Somebody else still holds the receiver: a block is being delivered, or about to be. The wizard may unload the
-  // library as soon as it has released the finder, and neither can wait for the other: the wizard's callback may need
-  // the loader's lock, which is held while a library is unloaded. So the threads inside must find the code in its
-  // place.
-  if (!receiver_->HasOneReference()) platform::KeepThisModuleLoaded();
 }
 
 }  // namespace Tarn::CameraFinding

@@ -16,7 +16,8 @@ class CameraDataCallback {
   using CameraDataInternalCallback = CameraFinding::CameraDataInternalCallback;
 
   /// Throws DBIException where registering fails; nothing is left to unregister then.
-  CameraDataCallback(INewCameraDataCallback* callback, std::shared_ptr<LiveStreamInfo> streamInfo);
+  CameraDataCallback(INewCameraDataCallback* callback, std::shared_ptr<LiveStreamInfo> streamInfo,
+                     std::shared_ptr<const void> heldByReceiver);
   /// Unregisters the receiver, then lets the stream go, then the receiver. A failing unregistration ends the process.
   ~CameraDataCallback();
   CameraDataCallback(const CameraDataCallback&) = delete;

@@ -14,6 +14,7 @@
 #include "com/com_wrapper.h"
 #include "finder/camera_data_callback.h"
 #include "finder/live_stream.h"
+#include "finder/module_hold.h"
 #include "protocol/camera_record.h"
 #include "tarn/camera_finding.h"
 #include "valuelist/value_list.h"
@@ -54,6 +55,7 @@ class IPCFinder : public ICameraFinder, public IPCFindingSender {
 
   std::unique_ptr<CameraDataCallback> dataCallback_;
   std::shared_ptr<LiveStreamInfo> streamInfo_;
+  ModuleHold moduleHold_;
 };
 
 }  // namespace Tarn::CameraFinding

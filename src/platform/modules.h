@@ -23,9 +23,9 @@ ModuleHandle LoadLibraryExW(const char16_t* path, std::uint32_t flags);
 ModuleHandle GetModuleHandleW(const char16_t* name);
 void* GetProcAddress(ModuleHandle module, const char* name);
 bool FreeLibrary(ModuleHandle module);
-/// Keeps the module that this code is in loaded until the process ends, whoever frees it. False where that fails, and
-/// in the executable, which is never unloaded. Does not throw: it runs in destructors.
-bool KeepThisModuleLoaded() noexcept;
+/// Adds a reference on the module that this code is in: it stays loaded until FreeLibrary is called with the result.
+/// Null where that fails, and in the executable, which is never unloaded.
+ModuleHandle ReferenceThisModule();
 /// Length without the NUL, the room needed where that is too small, 0 on failure.
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units);
 

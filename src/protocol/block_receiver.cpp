@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "com/com_ptr.h"
-#include "com/swallow_exceptions.h"
 #include "platform/threads.h"
 #include "protocol/block_format.h"
 #include "valuelist/buffer_pool.h"
@@ -27,8 +26,7 @@ void RunDelivery(void* context) {
   auto& delivery = *static_cast<Delivery*>(context);
   ParseFinderBlock(delivery.currentWizard, *delivery.block, delivery.messageType);
   delivery.block.Reset();
-  // The wizard's object may go here; what its destruction throws is the wizard's matter.
-  Kestrel::SwallowExceptions([&delivery] { delivery.heldWizard.Reset(); });
+  delivery.heldWizard.Reset();
 }
 
 void DeliverCameraBlock(Delivery delivery) {
@@ -37,8 +35,9 @@ void DeliverCameraBlock(Delivery delivery) {
 
 }  // namespace
 
-CameraDataInternalCallback::CameraDataInternalCallback(INewCameraDataCallback* callback)
-    : newCameraDataCallback_(callback) {
+CameraDataInternalCallback::CameraDataInternalCallback(INewCameraDataCallback* callback,
+                                                       std::shared_ptr<const void> held)
+    : newCameraDataCallback_(callback), held_(std::move(held)) {
   if (callback) callback->AddRef();
 }
 

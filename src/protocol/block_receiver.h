@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "base/critical_section.h"
 #include "com/com_wrapper.h"
@@ -17,8 +18,9 @@ namespace Tarn::CameraFinding {
 ///          it. Nobody holds it while the wizard is called, released or waited for.
 class CameraDataInternalCallback : public IGenericDataReceivedCallback {
  public:
-  /// Takes a reference of its own on callback, which may be null: then every block is dropped.
-  explicit CameraDataInternalCallback(INewCameraDataCallback* callback);
+  /// Takes a reference of its own on callback, which may be null: then every block is dropped. `held` is let go when
+  /// the receiver ends; so its maker can tell whether the receiver still lives.
+  explicit CameraDataInternalCallback(INewCameraDataCallback* callback, std::shared_ptr<const void> held = nullptr);
 
   /// Returns when the wizard has had the block. Throws std::bad_alloc where there is no memory for the copy, or no
   /// worker; never what the parser or the wizard throws.
@@ -33,6 +35,7 @@ class CameraDataInternalCallback : public IGenericDataReceivedCallback {
  private:
   Kestrel::CriticalSection lock_;
   CurrentWizard newCameraDataCallback_;  ///< one reference owned
+  const std::shared_ptr<const void> held_;
 };
 
 using CameraDataReceiver = Kestrel::ComWrapper<CameraDataInternalCallback, IGenericDataReceivedCallback>;

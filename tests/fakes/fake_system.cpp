@@ -172,8 +172,8 @@ void* GetProcAddress(ModuleHandle, const char* name) {
   const auto function = TheSystem().functions.find(name);
   return function == TheSystem().functions.end() ? nullptr : function->second;
 }
-bool KeepThisModuleLoaded() noexcept {
-  return false;
+ModuleHandle ReferenceThisModule() {
+  return nullptr;
 }
 bool FreeLibrary(ModuleHandle) {
   return TheSystem().Call("", "free");

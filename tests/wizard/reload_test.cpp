@@ -1,4 +1,5 @@
 /// Loading and unloading, again and again.
+#include <cstdlib>
 #include <future>
 #include <thread>
 
@@ -33,30 +34,65 @@ TEST_F(Reload, AThousandLoadsWithADeliveryEachLeaveNothingBehind) {
   }
 }
 
-/// The wizard releases the finder, and frees the library, while its callback still holds a delivery up. The threads
-/// inside go on in code that is there. (Which is why the library stays, and why this comes last.)
-TEST_F(Reload, WhatIsUnloadedDuringADeliveryIsThereUntilItsThreadsHaveLeft) {
-  for (int i = 0; i < 50; ++i) {
-    CountingCallback callback;
-    std::promise<void> entered, unloaded;
-    std::thread delivery;
+TEST_F(Reload, ACallbackThatReplacesItselfDoesNotKeepTheLibrary) {
+  CountingCallback callback;
+  {
+    const FinderLibrary library;
+    const auto finder = library.MakeFinder();
+    callback.inside = [&] { finder->SetNewCameraDataCallback(nullptr); };
+    finder->SetNewCameraDataCallback(&callback);
+    dbi.Push(3, SampleOfType(3));
+  }
+  EXPECT_EQ(callback.count, 1);
+  EXPECT_FALSE(FinderLibrary::IsLoaded());
+}
+
+enum class Releases { kElsewhere, kInTheCallback, kInTheCallbackWhileTheLoaderIsLocked };
+
+/// A process of its own, because the library stays: the wizard releases the finder, and frees the library, while its
+/// callback holds a delivery up. The threads inside must find their code.
+[[noreturn]] void UnloadDuringADelivery(scripted::Dbi& dbi, Releases how) {
+  CountingCallback callback;
+  std::promise<void> entered, release, released, unloaded, delivered;
+  std::thread delivery;
+  {
+    const FinderLibrary library;
+    auto finder = library.MakeFinder();
     callback.inside = [&] {
       entered.set_value();
+      release.get_future().wait();
+      if (how != Releases::kElsewhere) finder.Reset();
+      released.set_value();
       unloaded.get_future().wait();
     };
-    {
-      const FinderLibrary library;
-      const auto finder = library.MakeFinder();
-      finder->SetNewCameraDataCallback(&callback);
-      delivery = std::thread([&] { dbi.Push(3, SampleOfType(3)); });
-      entered.get_future().wait();
-    }
-    unloaded.set_value();
-    delivery.join();
-    ASSERT_EQ(callback.count, 1);
-    ASSERT_EQ(callback.references, 0U);
-    dbi.ForgetCalls();
+    finder->SetNewCameraDataCallback(&callback);
+    delivery = std::thread([&] {
+      dbi.Push(3, SampleOfType(3));
+      delivered.set_value();
+    });
+    entered.get_future().wait();
+    dbi.insideLoad = [&] {
+      release.set_value();
+      released.get_future().wait();
+    };
+    if (how == Releases::kInTheCallbackWhileTheLoaderIsLocked)
+      platform::FreeLibrary(platform::LoadLibraryExW(TARN_LOADING_MODULE, 0));
+    else
+      dbi.insideLoad();
+    finder.Reset();
   }
+  unloaded.set_value();
+  delivered.get_future().wait();
+  delivery.join();
+  std::exit(callback.count == 1 && callback.references == 0 ? 0 : 1);
+}
+
+TEST_F(Reload, WhatIsUnloadedDuringADeliveryIsThereUntilItsThreadsHaveLeft) {
+  testing::FLAGS_gtest_death_test_style = "threadsafe";
+  for (const auto how :
+       {Releases::kElsewhere, Releases::kInTheCallback, Releases::kInTheCallbackWhileTheLoaderIsLocked})
+    for (int round = 0; round < 10; ++round)
+      EXPECT_EXIT(UnloadDuringADelivery(dbi, how), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

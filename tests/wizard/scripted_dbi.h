@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -63,6 +64,8 @@ class Dbi {
   void SetReply(Bytes reply) { Locked()->script.reply = std::move(reply); }
   std::string Calls() { return Locked()->script.calls; }
   void ForgetCalls() { Locked()->script.calls.clear(); }
+  /// Runs in whoever loads the module loading_module, with the loader's lock held.
+  std::function<void()> insideLoad;
   Bytes LastRequest() { return Locked()->script.lastRequest; }
   int OpenReplies() { return Locked()->openReplies; }
 

@@ -123,10 +123,9 @@ bool FreeLibrary(ModuleHandle module) {
   return Failed<bool>(ERROR_INVALID_HANDLE);
 }
 
-bool KeepThisModuleLoaded() noexcept {
+ModuleHandle ReferenceThisModule() {
   const auto* const entry = static_cast<const link_map*>(ModuleContaining(&socketModule));
-  void* const kept = entry ? dlopen(entry->l_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE) : nullptr;
-  return kept && dlclose(kept) == 0;
+  return entry ? dlopen(entry->l_name, RTLD_NOW | RTLD_NOLOAD) : nullptr;
 }
 
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units) {

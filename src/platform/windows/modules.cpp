@@ -48,10 +48,11 @@ bool FreeLibrary(ModuleHandle module) {
   return ::FreeLibrary(Module(module)) != FALSE;
 }
 
-bool KeepThisModuleLoaded() noexcept {
+ModuleHandle ReferenceThisModule() {
   HMODULE module = nullptr;
-  return ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                              reinterpret_cast<const wchar_t*>(&KeepThisModuleLoaded), &module) != FALSE;
+  ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<const wchar_t*>(&ReferenceThisModule),
+                       &module);
+  return module;
 }
 
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units) {

@@ -1,0 +1,33 @@
+/// Keeps the library loaded while a receiver of one finder lives.
+///
+/// A wizard may unload the library as soon as it has released the finder, also in the middle of a delivery. The library
+/// cannot wait for that delivery, because the wizard's callback may need the loader's lock, which is held during an
+/// unload. It cannot ask to stay loaded at that moment either, because that takes the same lock, and the wizard may
+/// hold it while it waits for the callback. So the finder takes a reference on the library before its first receiver,
+/// and gives it back at its end if no receiver is left. Otherwise the reference stays, and the library with it, so that
+/// the threads inside find their code.
+#pragma once
+
+#include <memory>
+
+#include "platform/modules.h"
+
+namespace Tarn::CameraFinding {
+
+class ModuleHold {
+ public:
+  ModuleHold() = default;
+  /// Takes the loader's lock only where it gives the reference back.
+  ~ModuleHold();
+  ModuleHold(const ModuleHold&) = delete;
+  ModuleHold& operator=(const ModuleHold&) = delete;
+
+  /// What the next receiver holds until its own end. The first call takes the loader's lock.
+  std::shared_ptr<const void> ForReceiver();
+
+ private:
+  platform::ModuleHandle module_ = nullptr;
+  std::shared_ptr<const void> receivers_;  ///< shared with every receiver that lives
+};
+
+}  // namespace Tarn::CameraFinding
