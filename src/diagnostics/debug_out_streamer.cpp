@@ -98,10 +98,12 @@ void DebugOutStreamer::Emit(const DebugOutRecord& record, const std::u16string& 
   }
   for (const std::uint32_t flag : kKnownFlags) {
     if (!(flags & flag)) continue;
-    if (IDebugOutStreamerObject* const target = Find(flag)) {
-      target->Flush();
-      history_->Flush();
-    }
+    failure.Run([&] {
+      if (IDebugOutStreamerObject* const target = Find(flag)) {
+        target->Flush();
+        history_->Flush();
+      }
+    });
   }
   failure.Rethrow();
 }

@@ -33,8 +33,8 @@ struct DebugOutRecord {
   std::uint32_t level;     ///< a DebugOutLevel, or any other number
 };
 
-/// A target. The dispatcher calls it with its lock held: Write for each message, then Flush. Where Write throws, the
-/// other targets are served all the same.
+/// A target. The dispatcher calls it with its lock held: Write for each message, then Flush. Where one of them throws,
+/// the other targets are served all the same.
 class IDebugOutStreamerObject : public ReferenceCounted {
  public:
   virtual void Write(const DebugOutRecord& record, const std::u16string& text) = 0;

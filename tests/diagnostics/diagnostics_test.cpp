@@ -267,6 +267,14 @@ TEST_F(Diagnostics, DebuggerLinesBeginWithTheNameOfAFileOrFail) {
   system.failing = {"GetModuleFileNameW"};
   Say(dolError, dotDebugWindow | dotFile);  // a statement that ends by itself keeps the failure to itself
   EXPECT_EQ(History().size(), 2u);          // and the other target is served
+  system.failing.insert("FlushStandardOutput");
+  OpenFile();
+  Say(dolError, dotConsole | dotFile);
+  EXPECT_NE(FileText(), "");
+  DebugOutStreamer::Get()->OpenOutputFile(u"/dev/full");  // where there is one: a disk without room
+  DebugOut lost("NET", dolError, dotFile);
+  lost << std::u16string(100000, u'x');
+  EXPECT_NO_THROW(lost.Finish());
   DebugOutStreamer::Destroy();
   EXPECT_THROW(DebugOut("NET", dolError), SystemException);
 }

@@ -1,6 +1,7 @@
 #include "fakes/fake_system.h"
 
 #include <algorithm>
+#include <ios>
 
 #include "base/text_conversion.h"
 #include "platform/accounts.h"
@@ -120,7 +121,7 @@ bool GetConsoleTextAttribute(ConsoleHandle, std::uint16_t* attributes) {
   return !TheSystem().failing.contains("GetConsoleTextAttribute");
 }
 void FlushStandardOutput() {
-  TheSystem().Call("", "flush");
+  if (!TheSystem().Call("FlushStandardOutput", "flush")) throw std::ios_base::failure("flush");
 }
 
 EventSource RegisterEventSourceW(const char16_t* name) {
