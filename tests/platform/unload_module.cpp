@@ -1,4 +1,5 @@
 // A library that hands over work and stops its workers when it is unloaded.
+#include "platform/process_end.h"
 #include "platform/threads.h"
 
 extern "C" int HandOver(int times) {
@@ -11,7 +12,9 @@ extern "C" int HandOver(int times) {
 namespace {
 
 struct Module {
-  ~Module() { platform::StopWorkers(); }
+  ~Module() {
+    if (!platform::ProcessEnds()) platform::StopWorkers();
+  }
 } module;
 
 }  // namespace
