@@ -1,0 +1,154 @@
+#include "capture/redaction.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+#include "protocol/camera_record.h"
+#include "valuelist/variant_types.h"
+
+namespace capture {
+namespace {
+
+constexpr std::uint8_t kMask = '*';
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+/// The bytes that an entry's name is written with: tag, length, characters; the terminator may be anything.
+struct NamePattern {
+  std::string_view bytes;
+  std::size_t size;  ///< with the terminator
+};
+using namespace std::string_view_literals;
+constexpr auto kNamePatterns = std::to_array<NamePattern>({
+    {"\x0B\x04\0\0\0LUN"sv, 9},
+    {"\x0B\x04\0\0\0LPD"sv, 9},
+    {"\x0C\x08\0\0\0L\0U\0N\0"sv, 13},
+    {"\x0C\x08\0\0\0L\0P\0D\0"sv, 13},
+});
+/// All patterns have it at one place, which is where the search begins.
+constexpr std::size_t kAnchor = 5;
+static_assert(std::ranges::all_of(kNamePatterns, [](const NamePattern& row) { return row.bytes[kAnchor] == 'L'; }));
+
+const NamePattern* PatternAt(std::span<const std::uint8_t> bytes, std::size_t at) {
+  for (const NamePattern& pattern : kNamePatterns)
+    if (pattern.bytes.size() <= bytes.size() - at &&
+        std::memcmp(bytes.data() + at, pattern.bytes.data(), pattern.bytes.size()) == 0)
+      return &pattern;
+  return nullptr;
+}
+
+/// Calls visit with where the record behind each credential's name begins, until it returns true. Whether it did.
+template <class Visit>
+bool VisitCredentials(std::span<const std::uint8_t> bytes, Visit visit) {
+  const std::uint8_t* const begin = bytes.data();
+  std::size_t from = kAnchor;
+  while (from < bytes.size()) {
+    const void* const found = std::memchr(begin + from, 'L', bytes.size() - from);
+    if (!found) return false;
+    from = static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - begin) + 1;
+    const NamePattern* const pattern = PatternAt(bytes, from - 1 - kAnchor);
+    if (pattern && visit(std::min(bytes.size(), from - 1 - kAnchor + pattern->size))) return true;
+  }
+  return false;
+}
+
+bool IsUnset(std::span<const std::uint8_t> value, std::size_t unitSize) {
+  constexpr std::u16string_view kUnset = Tarn::CameraFinding::UnsetCredential;
+  if (value.size() != kUnset.size() * unitSize) return false;
+  for (std::size_t i = 0; i < kUnset.size(); ++i)
+    if (value[i * unitSize] != kUnset[i] || (unitSize == 2 && value[2 * i + 1] != 0)) return false;
+  return true;
+}
+
+/// Masks the value of the record at the front: what is there of it. Whether it was a secret.
+bool MaskRecord(std::span<std::uint8_t> record) {
+  if (record.empty()) return false;
+  const std::uint8_t tag = record[0];
+  std::span<std::uint8_t> value = record.subspan(1);
+  std::size_t length = 0;
+  if (tag < Kestrel::kVariantTypeCount && Kestrel::kVariantTypes[tag].payload != Kestrel::kVariableSize) {
+    length = static_cast<std::size_t>(Kestrel::kVariantTypes[tag].payload);
+  } else {
+    // An unknown tag is treated as a text: better too much is taken out than too little.
+    std::uint32_t stated = 0;
+    if (value.size() < sizeof stated) return false;
+    std::memcpy(&stated, value.data(), sizeof stated);
+    value = value.subspan(sizeof stated);
+    length = stated;
+  }
+  const std::size_t unitSize = tag == Kestrel::vtWString ? 2 : 1;
+  const bool isText = tag == Kestrel::vtString || tag == Kestrel::vtWString;
+  const bool whole = length <= value.size();
+  value = value.first(std::min(length, value.size()));
+  if (whole && isText) value = value.first(value.size() - std::min(value.size(), unitSize));
+  if (value.empty() || IsUnset(value, unitSize)) return false;
+  for (std::size_t i = 0; i < value.size(); ++i) value[i] = i % unitSize == 0 ? kMask : std::uint8_t{0};
+  return true;
+}
+
+/// The six bits of the character that stands for a base64 digit, or -1.
+int DigitOf(std::uint32_t unit) {
+  const char* const found = unit > 0 && unit < 0x80 ? std::strchr(kAlphabet, static_cast<int>(unit)) : nullptr;
+  return found ? static_cast<int>(found - kAlphabet) : -1;
+}
+
+/// The digits of a base64 text in their order, line ends left out: where each stands.
+std::vector<std::size_t> FindDigits(std::span<const std::uint8_t> message, EmbeddedText text) {
+  std::vector<std::size_t> places;
+  places.reserve(message.size() / text.unitSize);
+  for (std::size_t at = text.offset; at + text.unitSize <= message.size(); at += text.unitSize) {
+    const std::uint32_t unit = message[at] | (text.unitSize == 2 ? std::uint32_t{message[at + 1]} << 8 : 0U);
+    if (unit == '\r' || unit == '\n') continue;
+    if (DigitOf(unit) < 0) break;
+    places.push_back(at);
+  }
+  return places;
+}
+
+}  // namespace
+
+EmbeddedText TextOfReply(std::span<const std::uint8_t> reply) {
+  if (reply.empty()) return {0, 0};
+  if (reply[0] == Kestrel::vtWString) return {5, 2};
+  return {5, reply[0] == Kestrel::vtString ? std::size_t{1} : 0};
+}
+
+bool MayHoldCredentials(std::span<const std::uint8_t> bytes) {
+  return VisitCredentials(bytes, [](std::size_t) { return true; });
+}
+
+bool RedactBinary(std::span<std::uint8_t> bytes) {
+  bool any = false;
+  VisitCredentials(bytes, [&](std::size_t record) {
+    any = MaskRecord(bytes.subspan(record)) || any;
+    return false;
+  });
+  return any;
+}
+
+bool RedactText(std::span<std::uint8_t> message, EmbeddedText text) {
+  if (text.unitSize == 0 || text.offset > message.size()) return false;
+  const std::vector<std::size_t> digits = FindDigits(message, text);
+  // A group of two or three digits at the end gives one or two bytes.
+  std::vector<std::uint8_t> bytes(digits.size() * 6 / 8 + 1);
+  for (std::size_t i = 0; i < digits.size(); ++i) {
+    const auto bits = static_cast<unsigned>(DigitOf(message[digits[i]])) << 10 >> i * 6 % 8;
+    bytes[i * 6 / 8] = static_cast<std::uint8_t>(bytes[i * 6 / 8] | bits >> 8);
+    if (i * 6 / 8 + 1 < bytes.size()) bytes[i * 6 / 8 + 1] = static_cast<std::uint8_t>(bits);
+  }
+  const std::vector<std::uint8_t> before = bytes;
+  if (!RedactBinary(bytes)) return false;
+  const auto digitOf = [](const std::vector<std::uint8_t>& from, std::size_t i) {
+    const std::size_t at = i * 6 / 8;
+    const unsigned pair = from[at] << 8 | (at + 1 < from.size() ? from[at + 1] : 0U);
+    return pair << i * 6 % 8 >> 10 & 63U;
+  };
+  for (std::size_t i = 0; i < digits.size(); ++i)
+    if (digitOf(bytes, i) != digitOf(before, i))
+      message[digits[i]] = static_cast<std::uint8_t>(kAlphabet[digitOf(bytes, i)]);
+  return true;
+}
+
+}  // namespace capture

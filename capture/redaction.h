@@ -1,0 +1,32 @@
+/// Takes credentials out of bytes that are recorded.
+///
+/// A credential is the value of an entry "LUN" or "LPD", user name and password of a camera, wherever such an entry
+/// stands: in a pushed block, or in the base64 of a request or reply. It is found by the bytes of its name, not by
+/// parsing, so that it is found in damaged messages as well. Each byte or unit of the value becomes "*"; terminators
+/// and every length stay. The value that stands for "never supplied" is no secret and stays.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace capture {
+
+/// The text form of a value list inside a request or reply: where it begins, and how wide a character is. Requests and
+/// replies differ in what stands before.
+struct EmbeddedText {
+  std::size_t offset;
+  std::size_t unitSize;  ///< 1 or 2
+};
+inline constexpr EmbeddedText kTextOfRequest = {4, 2};
+/// Of a reply: by its type. unitSize 0 where it holds no text.
+EmbeddedText TextOfReply(std::span<const std::uint8_t> reply);
+
+/// Where a credential may stand; false is certain.
+bool MayHoldCredentials(std::span<const std::uint8_t> bytes);
+/// Replaces credentials in binary value lists, as a block holds them. Whether there were any.
+bool RedactBinary(std::span<std::uint8_t> bytes);
+/// Replaces credentials in a text form, in place. Whether there were any. Throws std::bad_alloc.
+bool RedactText(std::span<std::uint8_t> message, EmbeddedText text);
+
+}  // namespace capture
