@@ -5,7 +5,7 @@
 #include "capture/test_captures.h"
 #include "protocol/camera_reply.h"
 #include "protocol/finder_messages.h"
-#include "protocol/record_wire.h"
+#include "protocol/record_equality.h"
 #include "protocol/request_wire.h"
 #include "valuelist/buffer_pool.h"
 
