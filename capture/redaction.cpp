@@ -68,8 +68,8 @@ bool MaskRecord(std::span<std::uint8_t> record) {
   const std::uint8_t tag = record[0];
   std::span<std::uint8_t> value = record.subspan(1);
   std::size_t length = 0;
-  if (tag < Kestrel::kVariantTypeCount && Kestrel::kVariantTypes[tag].payload != Kestrel::kVariableSize) {
-    length = static_cast<std::size_t>(Kestrel::kVariantTypes[tag].payload);
+  if (tag < Kestrel::kVariantTypeCount && Kestrel::kVariantTypes[tag].fixedSize != Kestrel::kVariableSize) {
+    length = static_cast<std::size_t>(Kestrel::kVariantTypes[tag].fixedSize);
   } else {
     // An unknown tag is treated as a text: better too much is taken out than too little.
     std::uint32_t stated = 0;
