@@ -46,7 +46,10 @@ struct Registration {
   std::unique_ptr<Registration> older;
 
   /// Whether somebody else holds the recorded callback: the platform library has kept it.
-  bool IsKept() const { return !recorded->HasOneReference(); }
+  bool IsKept() const {
+    recorded->AddRef();
+    return recorded->Release() > 1;
+  }
 };
 
 class RecordedCallbacks {

@@ -1,6 +1,7 @@
 #include "wizard/finder_library.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -10,15 +11,24 @@
 #include "base/text_conversion.h"
 
 namespace wizard {
+namespace {
 
-FinderLibrary::FinderLibrary() : module_(platform::LoadLibraryExW(TARN_LIBRARY_FILE, 0)) {
+/// The library that was built, or another one in its place.
+std::u16string LibraryFile() {
+  const char* const other = std::getenv("TARN_LIBRARY_UNDER_TEST");
+  return other ? Kestrel::Utf8ToWide(other) : TARN_LIBRARY_FILE;
+}
+
+}  // namespace
+
+FinderLibrary::FinderLibrary() : module_(platform::LoadLibraryExW(LibraryFile().c_str(), 0)) {
   if (!module_) throw std::runtime_error("the library cannot be loaded");
   getFindingInterface =
       reinterpret_cast<decltype(getFindingInterface)>(platform::GetProcAddress(module_, "GetFindingInterface"));
 }
 
 bool FinderLibrary::IsLoaded() {
-  return platform::GetModuleHandleW(TARN_LIBRARY_FILE) != nullptr;
+  return platform::GetModuleHandleW(LibraryFile().c_str()) != nullptr;
 }
 
 ComPtr<ICameraFinder> MakeFinderBy(decltype(&GetFindingInterface) getFindingInterface, void* server) {
