@@ -1,15 +1,14 @@
 #!/usr/bin/env python3
 """Compiles the public headers in every place that a wizard may include them. Use: header_forms.py INCLUDE COMPILER…
 
-A COMPILER is a command with its own options, in one argument; one that is not there is left out, and that is said. Each
-form is compiled as C++17 and C++20 (the C header as C11), with warnings as errors.
+A COMPILER is a command with its own options, in one argument; one that is not installed is left out, and that is said.
 """
+import itertools
 import os
 import shlex
 import shutil
 import subprocess
 import sys
-import tempfile
 
 WARNINGS = "-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -fsyntax-only".split()
 
@@ -28,10 +27,7 @@ struct Callback : INewCameraDataCallback {
     return kind == cekGone || type == ctcUnknown ? E_FAIL : S_OK;
   }
 };
-void Use(ICameraFinder& finder, Callback& callback) {
-  finder.SetNewCameraDataCallback(&callback);
-  finder.RequestInfoByIp(OLESTR("10.0.0.5"));
-}
+void Use(ICameraFinder& finder, Callback& callback) { finder.SetNewCameraDataCallback(&callback); }
 """
 C_USE = """
 ULONG Use(ICameraFinder* finder, INewCameraDataCallback* callback);
@@ -41,40 +37,31 @@ ULONG Use(ICameraFinder* finder, INewCameraDataCallback* callback) {
   return finder->lpVtbl->Release(finder);
 }
 """
-WINDOWS = "#include <windows.h>\n"
-HEADERS = {"camera_finding.h": ("c++", ["c++17", "c++20"], CPP_USE), "camera_finding_c.h": ("c", ["c11"], C_USE)}
+HEADERS = [("camera_finding.h", "c++17", CPP_USE), ("camera_finding.h", "c++20", CPP_USE), ("camera_finding_nothrow.h", "c++17", CPP_USE),
+           ("camera_finding_c.h", "c11", C_USE), ("camera_finding_nothrow.h", "c11", C_USE)]
 
 
 def forms(header, windows):
-    other = WINDOWS if windows else "#include <stdlib.h>\n#include <wchar.h>\n"
-    include = f'#include "tarn/{header}"\n'
-    yield "alone", include
-    yield "first", include + other
-    yield "after", other + include
-    if windows:
-        yield "after, wide", "#define UNICODE\n" + other + include
-        yield "plain", "#define TARN_PLAIN_COM_TYPES\n" + include
+    include, other = f'#include "tarn/{header}"\n', "#include <windows.h>\n" if windows else "#include <stdlib.h>\n#include <wchar.h>\n"
+    plain = ["#define TARN_PLAIN_COM_TYPES\n" + include, "#define UNICODE\n" + other + include]
+    return [include, include + other, other + include] + (plain if windows else [])
 
 
 def main():
-    include, failures, tried = sys.argv[1], 0, 0
+    tried = failures = 0
     for compiler in map(shlex.split, sys.argv[2:]):
         if not shutil.which(compiler[0]):
             print(f"left out, not installed: {compiler[0]}")
             continue
-        windows = subprocess.run(compiler + ["-dM", "-E", "-xc", os.devnull], capture_output=True, text=True).stdout.find("_WIN32") >= 0
-        for header, (language, standards, use) in HEADERS.items():
-            for name, text in forms(header, windows):
-                for standard in standards:
-                    with tempfile.NamedTemporaryFile("w", suffix=".h") as source:
-                        source.write(text + use)
-                        source.flush()
-                        command = compiler + WARNINGS + [f"-std={standard}", f"-I{include}", f"-x{language}", source.name]
-                        result = subprocess.run(command, capture_output=True, text=True)
-                    tried += 1
-                    if result.returncode:
-                        failures += 1
-                        print(f"{header} {name}, {standard}: {shlex.join(command)}\n{result.stderr}")
+        macros = subprocess.run(compiler + ["-dM", "-E", "-xc", os.devnull], capture_output=True, text=True, check=True).stdout
+        for (header, standard, use), form in itertools.product(HEADERS, range(5 if "_WIN32" in macros else 3)):
+            text = forms(header, "_WIN32" in macros)[form] + use
+            command = compiler + WARNINGS + [f"-std={standard}", f"-I{sys.argv[1]}", "-xc" + "++" * ("++" in standard), "-"]
+            result = subprocess.run(command, input=text, capture_output=True, text=True, check=False)
+            tried += 1
+            if result.returncode:
+                failures += 1
+                print(f"{shlex.join(command)}\n{text}\n{result.stderr}")
     print(f"{tried - failures} of {tried} forms compile")
     return 1 if failures or not tried else 0
 
