@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "commit.h"
 #include "tools/arguments.h"
 #include "tools/commands/commands.h"
 #include "tools/failure.h"
@@ -120,7 +121,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
                "tarnfind");
   // Arguments such as /tmp/pictures are paths on every system.
   app.allow_windows_style_options(false);
-  app.set_version_flag("--version", "tarnfind " TARN_VERSION, "Print the version");
+  app.set_version_flag("--version", "tarnfind " TARN_VERSION " (" TARN_COMMIT ")", "Print the version");
   app.require_subcommand(1);
   app.footer(fmt::format("Examples:\n{}{}", kGeneralExamples, kExitCodes));
   DefineCommon(app, result.options);
