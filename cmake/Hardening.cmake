@@ -6,6 +6,8 @@ set(TARN_HARDENING "")
 if(NOT TARN_SANITIZE)
   set(TARN_HARDENING stack-protector)
   target_compile_options(tarn_options INTERFACE -fstack-protector-strong)
+  # Named for the linker as well, because on Windows the checks live in a library of their own.
+  target_link_options(tarn_options INTERFACE -fstack-protector-strong)
 
   # The optimiser is needed, because it is what knows the sizes of objects.
   if(CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo|MinSizeRel)$")
