@@ -49,3 +49,11 @@ function(tarn_test name)
     set_tests_properties(${name} PROPERTIES RESOURCE_LOCK death_tests)
   endif()
 endfunction()
+
+# The same sources give the same bytes, in whichever folder they are built.
+if(NOT CMAKE_BUILD_TYPE STREQUAL Debug)
+  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+endif()
+if(WIN32)
+  add_link_options(-Wl,--no-insert-timestamp)
+endif()
