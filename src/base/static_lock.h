@@ -1,7 +1,8 @@
-/// A lock for what lives at namespace scope.
+/// Locks, and what else is in static storage, for code that may run until the process is gone.
 ///
-/// An ordinary static lock is destroyed at the end of the process, while other threads may still take it. This one is
-/// made on first use and never destroyed; it owns nothing that would have to be freed.
+/// An ordinary static object is destroyed at the end of the process, while other threads may still use it. One of these
+/// is made on first use and never destroyed. When the library is unloaded its storage goes with the library, so by then
+/// it must own nothing that would have to be freed.
 #pragma once
 
 #include <cstddef>
@@ -11,12 +12,18 @@
 
 namespace Kestrel {
 
-/// One lock per Owner, which is the type that is guarded.
+/// The one T of an Owner.
+template <class T, class Owner = T>
+T& NeverDestroyed() {
+  alignas(T) static std::byte storage[sizeof(T)];
+  static T& object = *new (storage) T;
+  return object;
+}
+
+/// The lock of an Owner, which is the type that it guards.
 template <class Owner>
 CriticalSection& StaticLock() {
-  alignas(CriticalSection) static std::byte storage[sizeof(CriticalSection)];
-  static CriticalSection& lock = *new (storage) CriticalSection;
-  return lock;
+  return NeverDestroyed<CriticalSection, Owner>();
 }
 
 }  // namespace Kestrel

@@ -5,13 +5,14 @@
 #include <bit>
 #include <cstring>
 #include <limits>
+#include <map>
 #include <mutex>
 #include <new>
-#include <unordered_map>
 #include <utility>
 
 #include "base/critical_section.h"
 #include "base/exceptions.h"
+#include "base/static_lock.h"
 #include "valuelist/buffer_pool.h"
 
 namespace Kestrel {
@@ -31,10 +32,7 @@ std::atomic_ref<SharedCount> CountOf(std::uint8_t* address) {
 /// it was taken out, so whatever is found under the lock is alive.
 class HeldObjects {
  public:
-  static HeldObjects& Get() {
-    static HeldObjects objects;
-    return objects;
-  }
+  static HeldObjects& Get() { return NeverDestroyed<HeldObjects>(); }
 
   void Add(ReferenceCounted* object) {
     const std::lock_guard guard(lock_);
@@ -63,7 +61,7 @@ class HeldObjects {
   };
 
   CriticalSection lock_;
-  std::unordered_map<std::uint64_t, Holders> holders_;
+  std::map<std::uint64_t, Holders> holders_;  ///< owns no memory while it is empty, unlike a hash table
 };
 
 }  // namespace
