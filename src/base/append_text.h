@@ -3,6 +3,8 @@
 ///     text, characters      as they are; narrow ones are widened with the ANSI code page; a null pointer gives nothing
 ///     integers, bool        decimal
 ///     any other pointer     16 hexadecimal digits, upper case
+///
+/// Errors: SystemException where the system refuses to widen a text; the target is untouched then.
 #pragma once
 
 #include <concepts>

@@ -1,4 +1,5 @@
-/// The library's lock: recursive, with the spin count that all its locks have. Use it with std::lock_guard.
+/// The lock of the library: recursive, with the spin count that all its locks have. It is used with std::lock_guard. At
+/// namespace scope it is a StaticLock instead (static_lock.h).
 #pragma once
 
 #include "platform/critical_section.h"

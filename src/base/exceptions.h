@@ -97,27 +97,32 @@ enum DateTimeError : std::uint32_t {
   dteTimeExpected = 14,
 };
 
+/// A date, time or zone that is out of range, or a text that is none. The message names the part and its range.
 class EKestrelDateTime : public KestrelException {
  public:
   EKestrelDateTime(DateTimeError number, std::u16string_view text);
   EKestrelDateTime(DateTimeError number, std::string_view text);
 };
 
+/// A text that is no guid: "Conversion of guid '<text>' failed.".
 class GuidConversionException : public KestrelException {
  public:
   using KestrelException::KestrelException;
 };
 
+/// A text that is no value of a type: "Failed to convert [<text>] into [<type>]".
 class StringConversionException : public KestrelException {
  public:
   using KestrelException::KestrelException;
 };
 
+/// Bytes that are no value list.
 class ValueListException : public KestrelException {
  public:
   using KestrelException::KestrelException;
 };
 
+/// Bytes that end too early, or that contain an address that must not be followed.
 class BufferException : public KestrelException {
  public:
   using KestrelException::KestrelException;
@@ -125,7 +130,8 @@ class BufferException : public KestrelException {
 
 namespace Text {
 
-/// The description is the reason, " : " and the format string.
+/// A format string with a brace in the wrong place, or without its argument. The description is the reason, " : " and
+/// the format string.
 class InvalidFormatStringException : public KestrelException {
  public:
   InvalidFormatStringException(std::string_view reason, std::u16string_view format, std::uint64_t position);
@@ -143,22 +149,26 @@ class InvalidFormatStringException : public KestrelException {
 
 namespace VariantExceptions {
 
+/// The root of the variants' exceptions. Without a text of its own the description is "VariantException".
 class VariantException : public KestrelException {
  public:
   VariantException() : KestrelException("VariantException") {}
   using KestrelException::KestrelException;
 };
 
+/// A tag that is no type, or a conversion into a type that has none.
 class VariantInvalidTypeException : public VariantException {
  public:
   VariantInvalidTypeException() = default;
 };
 
+/// A value of a type that has no text.
 class VariantStringConversionException : public VariantException {
  public:
   VariantStringConversionException() = default;
 };
 
+/// A text that is no value of the variant's type.
 class VariantStringToValueConversionException : public VariantException {
  public:
   explicit VariantStringToValueConversionException(std::string_view text) : VariantException(text) {}

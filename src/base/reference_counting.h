@@ -13,6 +13,7 @@
 
 namespace Kestrel {
 
+/// A base for classes whose objects are shared rather than copied.
 class NonCopyable {
  public:
   NonCopyable() = default;

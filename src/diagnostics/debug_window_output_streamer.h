@@ -1,4 +1,4 @@
-/// Lines for the debugger's output window, perhaps with the name of a file in front, so that those of several programs
+/// Lines for the debugger's output window. The name of a file may stand in front, so that the lines of several programs
 /// can be told apart.
 #pragma once
 
@@ -10,8 +10,8 @@ namespace Kestrel {
 
 class DebugWindowOutputStreamer final : public IDebugOutStreamerObject {
  public:
-  /// The prefix is that of the settings as they are now; none where there are no settings.
-  /// Throws SystemException with the context "GetModuleFileNameW" where the file's name cannot be had.
+  /// The prefix is the one that the settings ask for at this moment (SourcePrefix); without settings there is none.
+  /// Throws SystemException with the context "GetModuleFileNameW" where the name of the file is unknown.
   DebugWindowOutputStreamer();
 
   void Write(const DebugOutRecord& record, const std::u16string& text) override;

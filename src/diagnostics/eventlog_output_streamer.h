@@ -1,4 +1,4 @@
-/// Lines for the system's event log.
+/// Lines for the system's event log: errors as errors, warnings as warnings, every other level as information.
 #pragma once
 
 #include "diagnostics/output_target.h"

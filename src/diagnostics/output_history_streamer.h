@@ -1,6 +1,9 @@
 /// The last messages that were written to any target. Nothing in the library reads them; they are for a memory dump.
 ///
-/// Each entry's line is "<level> : [<source>] <text>", with no thread and no line end.
+/// Each entry's line is "<level> : [<source>] <text>", without the thread and without a line end.
+///
+/// Memory: the lines are kept whole, so capacity times the longest message bounds the history.
+/// Threads: any; the history has a lock of its own.
 #pragma once
 
 #include <cstddef>
@@ -22,6 +25,7 @@ struct OutputHistoryEntry {
 
 class OutputHistoryStreamer final : public IDebugOutStreamerObject {
  public:
+  /// capacity is the number of entries. With each one above it the oldest goes.
   explicit OutputHistoryStreamer(std::size_t capacity) : capacity_(capacity) {}
 
   void Write(const DebugOutRecord& record, const std::u16string& text) override;
