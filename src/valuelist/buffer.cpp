@@ -107,15 +107,15 @@ void Buffer::Reset() {
 }
 
 void Buffer::DeleteThis() {
-  if (!poolable_) {
+  // A private pool would free the buffer at once, so none is made where the shared one is closed.
+  BufferPool* const pool = poolable_ ? BufferPool::FindSharedPool() : nullptr;
+  if (!pool) {
     delete this;
     return;
   }
-  // The reference brings the buffer back to life. Where the pool does not keep it, letting go of the reference comes
-  // back here with the flag cleared.
-  ReferencePointer<Buffer> revived(this);
-  const ReferencePointer<BufferPool> pool = BufferPool::GetPool();
-  pool->GetList(BufferPool::ListFor(GetCapacity())).Return(std::move(revived));
+  // The reference brings the buffer back to life. If the pool does not keep it, the flag is clear when the reference is
+  // dropped and this function runs again.
+  pool->GetList(BufferPool::ListFor(GetCapacity())).Return(ReferencePointer<Buffer>(this));
 }
 
 }  // namespace Kestrel

@@ -4,14 +4,21 @@
 #include <mutex>
 #include <utility>
 
+#include "base/static_lock.h"
+
 namespace Kestrel {
 namespace {
 
 constinit BufferStatistics statistics;
 
-/// The shared pool, which holds one reference on itself from here, and whether the module has let go of it.
-constinit std::atomic<BufferPool*> sharedPool{nullptr};
 constinit std::atomic<bool> poolDestroyed{false};
+
+/// Never destroyed, so that a thread that comes late still finds a pool to ask; once it is closed, it owns nothing that
+/// would have to be freed. It holds a reference on itself.
+struct SharedPool {
+  SharedPool() { pool.AddRef(); }
+  BufferPool pool;
+};
 
 static_assert(std::ranges::all_of(kBufferPoolLimits, [](const BufferPoolLimits& list) {
   return list.largestCapacity <= list.sizeLimitInBytes;
@@ -23,8 +30,16 @@ BufferStatistics& GetBufferStatistics() {
   return statistics;
 }
 
-BufferPoolList::~BufferPoolList() {
-  while (const ReferencePointer<Buffer> buffer = TakeFront()) buffer->poolable_ = false;
+void BufferPoolList::Close() {
+  std::vector<ReferencePointer<Buffer>> ring;
+  {
+    const std::lock_guard guard(lock_);
+    ring_.swap(ring);
+    count_.store(0, std::memory_order_relaxed);
+    bytesHeld_.store(0, std::memory_order_relaxed);
+  }
+  for (const ReferencePointer<Buffer>& buffer : ring)
+    if (buffer) buffer->poolable_ = false;
 }
 
 ReferencePointer<Buffer> BufferPoolList::GetBuffer() {
@@ -68,22 +83,18 @@ bool BufferPoolList::PutBack(ReferencePointer<Buffer>& buffer) {
   return true;
 }
 
-/// Two threads that come first at once may both make a pool; one of them is kept. Without a lock there is none whose
-/// own end could come before the last buffer is let go.
+BufferPool* BufferPool::FindSharedPool() {
+  return poolDestroyed.load(std::memory_order_acquire) ? nullptr : &NeverDestroyed<SharedPool>().pool;
+}
+
 ReferencePointer<BufferPool> BufferPool::GetPool() {
-  if (BufferPool* const pool = sharedPool.load(std::memory_order_acquire)) return ReferencePointer<BufferPool>(pool);
-  ReferencePointer<BufferPool> created(new BufferPool);
-  if (poolDestroyed.load(std::memory_order_acquire)) return created;
-  BufferPool* kept = nullptr;
-  created->AddRef();
-  if (sharedPool.compare_exchange_strong(kept, created.Get(), std::memory_order_acq_rel)) return created;
-  created->Release();
-  return ReferencePointer<BufferPool>(kept);
+  BufferPool* const shared = FindSharedPool();
+  return ReferencePointer<BufferPool>(shared ? shared : new BufferPool);
 }
 
 void BufferPool::DestroySharedPool() {
   poolDestroyed.store(true, std::memory_order_release);
-  if (BufferPool* const pool = sharedPool.exchange(nullptr, std::memory_order_acq_rel)) pool->Release();
+  for (BufferPoolList& list : NeverDestroyed<SharedPool>().pool.lists_) list.Close();
 }
 
 BufferPoolListIndex BufferPool::ListFor(std::uint64_t bytes) {
@@ -92,7 +103,8 @@ BufferPoolListIndex BufferPool::ListFor(std::uint64_t bytes) {
 }
 
 ReferencePointer<Buffer> GetBuffer(BufferPoolListIndex list) {
-  return BufferPool::GetPool()->GetBuffer(list);
+  BufferPool* const shared = BufferPool::FindSharedPool();
+  return shared ? shared->GetBuffer(list) : BufferPool::GetPool()->GetBuffer(list);
 }
 
 ReferencePointer<Buffer> CreateBuffer(const void* source, std::uint64_t n) {

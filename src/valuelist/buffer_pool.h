@@ -1,7 +1,7 @@
 /// Kestrel::BufferPool: released buffers wait here, with their storage, for the next user.
 ///
 /// Three first-in first-out lists by capacity, each bounded by count and by bytes. The process-wide pool is made on
-/// first use and ends with DestroySharedPool at unload; after that each GetPool makes a private pool, which goes with
+/// first use and closed by DestroySharedPool at unload; after that each GetPool makes a private pool, which goes with
 /// its last reference.
 ///
 /// Threads  Everything may be called on any thread. Each list has its own lock; nothing is called with it held.
@@ -45,12 +45,14 @@ BufferStatistics& GetBufferStatistics();
 class BufferPoolList : NonCopyable {
  public:
   explicit BufferPoolList(const BufferPoolLimits& limits) : limits_(limits), ring_(limits.mostBuffers) {}
-  ~BufferPoolList();
+  ~BufferPoolList() { Close(); }
 
   /// The buffer at the front, or a new one.
   ReferencePointer<Buffer> GetBuffer();
   /// Takes the last reference on a buffer: keeps it, or deletes the buffer where the list has no room for it.
   void Return(ReferencePointer<Buffer> buffer);
+  /// Deletes the buffers that are held, and keeps none from then on.
+  void Close();
 
   std::uint64_t GetBytesHeld() const { return bytesHeld_.load(std::memory_order_relaxed); }
   std::size_t GetCount() const { return count_.load(std::memory_order_relaxed); }
@@ -74,7 +76,9 @@ class BufferPool final : public ReferenceCounted {
   BufferPool() = default;
 
   static ReferencePointer<BufferPool> GetPool();
-  /// For the module's unload.
+  /// Null after DestroySharedPool. Needs no reference, because the shared pool is only closed, never destroyed.
+  static BufferPool* FindSharedPool();
+  /// For the module's unload: frees what the shared pool holds. Safe beside other threads.
   static void DestroySharedPool();
 
   ReferencePointer<Buffer> GetBuffer(BufferPoolListIndex list) { return lists_[list].GetBuffer(); }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <future>
 #include <limits>
@@ -88,6 +89,50 @@ TEST(BufferPoolList, RecyclesFirstInFirstOutWithStorageAndUseCount) {
   EXPECT_EQ(again->GetUseCount(), 2u);
   again->Reset();
   EXPECT_EQ(again->GetUseCount(), 0u);
+}
+
+/// What the shared pool has more than before.
+std::vector<std::size_t> Gained(const std::vector<std::size_t>& before = {0, 0, 0}) {
+  std::vector<std::size_t> counts;
+  for (const auto list : {SmallBufferList, MediumBufferList, LargeBufferList})
+    counts.push_back(BufferPool::GetPool()->GetList(list).GetCount() - before[list]);
+  return counts;
+}
+
+TEST(BufferPool, TakesByTheSizeAndReturnsByTheCapacity) {
+  constexpr std::size_t kSizeThatStays[] = {10, 70'000, 600'000};
+  for (const auto& [bytes, taken, returned] :
+       {std::tuple(40'000u, SmallBufferList, SmallBufferList), std::tuple(65'535u, SmallBufferList, MediumBufferList),
+        std::tuple(65'536u, MediumBufferList, MediumBufferList),
+        std::tuple(524'287u, MediumBufferList, LargeBufferList),
+        std::tuple(524'288u, LargeBufferList, LargeBufferList)}) {
+    SCOPED_TRACE(bytes);
+    const std::string source(600'000, 'x');
+    CreateBuffer(source.data(), kSizeThatStays[taken]);  // so that one waits there
+    const std::vector<std::size_t> before = Gained();
+    std::vector<std::size_t> expected(3);
+    auto buffer = CreateBuffer(source.data(), bytes);
+    --expected[taken];
+    EXPECT_EQ(Gained(before), expected);
+    buffer.Reset();
+    ++expected[returned];
+    EXPECT_EQ(Gained(before), expected);
+  }
+}
+
+TEST(BufferPool, IsPrivateOnceTheSharedOneIsClosed) {
+  const auto useAfterClosing = [] {
+    const ReferencePointer<Buffer> early = CreateBuffer("a", 1);
+    const std::int64_t live = GetBufferStatistics().liveBlocks;
+    BufferPool::DestroySharedPool();
+    const auto pool = BufferPool::GetPool();
+    const bool privatePools = pool != BufferPool::GetPool();
+    GetBuffer(SmallBufferList);
+    pool->GetBuffer(SmallBufferList);
+    std::exit(privatePools && live > 1 && GetBufferStatistics().liveBlocks == 1 && *early->GetData() == 'a' ? 0 : 1);
+  };
+  GetBuffer(SmallBufferList);
+  EXPECT_EXIT(useAfterClosing(), testing::ExitedWithCode(0), "");
 }
 
 TEST(BufferPool, GivesEachBufferToOneThread) {
