@@ -7,7 +7,6 @@
 
 #include "base/exceptions.h"
 #include "valuelist/buffer_pool.h"
-#include "valuelist/poison.h"
 
 namespace Kestrel {
 namespace {
@@ -49,14 +48,6 @@ FlatMemory::~FlatMemory() {
   FreeStorage();
 }
 
-std::uint8_t* FlatMemory::Extend(std::uint64_t n) {
-  if (n > capacity_ - length_) Reallocate(CapacityFor(length_, n));
-  std::uint8_t* const added = storage_ + length_;
-  UnpoisonBytes(added, n);
-  length_ += n;
-  return added;
-}
-
 void FlatMemory::ThrowNotEnoughBytes() {
   throw BufferException(kNotEnoughBytes);
 }
@@ -69,6 +60,10 @@ void FlatMemory::Truncate(std::uint64_t length) {
 void FlatMemory::Rewind() {
   readPosition_ = 0;
   Truncate(0);
+}
+
+void FlatMemory::Grow(std::uint64_t added) {
+  Reallocate(CapacityFor(length_, added));
 }
 
 void FlatMemory::Reallocate(std::uint64_t capacity) {

@@ -12,6 +12,7 @@
 
 #include "base/byte_order.h"
 #include "base/reference_counting.h"
+#include "valuelist/poison.h"
 
 namespace Kestrel {
 
@@ -37,7 +38,13 @@ class FlatMemory : NonCopyable {
   std::uint64_t GetCapacity() const { return capacity_; }
 
   /// Adds n uninitialised bytes at the end and returns their address.
-  std::uint8_t* Extend(std::uint64_t n);
+  std::uint8_t* Extend(std::uint64_t n) {
+    if (n > capacity_ - length_) Grow(n);
+    std::uint8_t* const added = storage_ + length_;
+    UnpoisonBytes(added, n);
+    length_ += n;
+    return added;
+  }
   /// Moves the read position over n bytes and returns their address.
   const std::uint8_t* Consume(std::uint64_t n) {
     if (n > length_ - readPosition_) ThrowNotEnoughBytes();
@@ -52,6 +59,7 @@ class FlatMemory : NonCopyable {
 
  private:
   [[noreturn]] static void ThrowNotEnoughBytes();
+  void Grow(std::uint64_t added);
   void Reallocate(std::uint64_t capacity);
   void FreeStorage();
 
