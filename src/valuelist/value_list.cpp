@@ -13,8 +13,8 @@
 namespace Kestrel {
 namespace {
 
-/// A name and a value of one payload byte each.
-constexpr std::uint64_t kSmallestEntry = 4;
+/// Entries that get room at once, whatever the bytes say: a record has 21.
+constexpr std::uint64_t kFirstRoom = 32;
 /// Tag and length.
 constexpr std::size_t kStringHeaderSize = 5;
 
@@ -42,15 +42,20 @@ void AppendRecord(Buffer& buffer, const Variant& value) {
   value.WriteRaw(buffer.Reserve(length));
 }
 
-Variant ReadRecord(Buffer& buffer, std::uint8_t tag) {
-  Variant value = Variant::Create(tag);
+/// Requires a value made for the tag that stood before.
+void ReadPayload(Buffer& buffer, Variant& value) {
   std::uint64_t length = value.GetFixedSize();
   if (length == kVariableSize) length = buffer.ReadUInt32();
   value.ReadRaw(buffer.Take(length), length);
+}
+
+Variant ReadRecord(Buffer& buffer, std::uint8_t tag) {
+  Variant value = Variant::Create(tag);
+  ReadPayload(buffer, value);
   return value;
 }
 
-/// The text of a record of any type; the usual one goes no way through a variant either.
+/// The text of a record of any type. A vtString becomes the name directly, without a temporary Variant.
 std::string ReadName(Buffer& buffer) {
   const std::uint8_t tag = buffer.ReadUInt8();
   if (tag != vtString) return ReadRecord(buffer, tag).ToString();
@@ -75,6 +80,12 @@ ReferencePointer<Buffer> Decoded(std::u16string_view text) {
 }
 
 }  // namespace
+
+ValueListEntry::ValueListEntry(Buffer& buffer, BlobBytes blobBytes)
+    : name(ReadName(buffer)), value(Variant::Create(buffer.ReadUInt8())) {
+  ReadPayload(buffer, value);
+  if (blobBytes == BlobBytes::kOwn) value.OwnBytes();
+}
 
 void ValueList::AddVariant(std::string_view name, Variant value) {
   entries_.emplace_back(name, std::move(value));
@@ -115,15 +126,11 @@ void ValueList::Read(Buffer& buffer, BlobBytes blobBytes) {
   if (buffer.ReadUInt32() != ValueListIdentifier) throw ValueListException("Wrong value list identifier");
   name_ = ReadName(buffer);
   const std::uint32_t count = buffer.ReadUInt32();
-  // Exactly what the count asks for, but never more than the bytes can hold.
-  if (entries_.empty()) entries_.reserve(std::min<std::uint64_t>(count, buffer.GetUnreadLength() / kSmallestEntry));
-  for (std::uint32_t i = 0; i < count; ++i) {
-    std::string name = ReadName(buffer);
-    const std::uint8_t tag = buffer.ReadUInt8();
-    Variant value = ReadRecord(buffer, tag);
-    if (blobBytes == BlobBytes::kOwn) value.OwnBytes();
-    entries_.emplace_back(std::move(name), std::move(value));
-  }
+  // The count may be false, so it gets no more room than the unread bytes take; after that the room grows with the
+  // entries that are really there.
+  const std::uint64_t room = std::max(kFirstRoom, buffer.GetUnreadLength() / sizeof(ValueListEntry));
+  if (entries_.empty()) entries_.reserve(std::min<std::uint64_t>(count, room));
+  for (std::uint32_t i = 0; i < count; ++i) entries_.emplace_back(buffer, blobBytes);
 }
 
 std::u16string ValueList::ToText() const {

@@ -39,11 +39,13 @@ namespace Kestrel {
 /// "VLIS", read as a little-endian number.
 inline constexpr std::uint32_t ValueListIdentifier = 0x53494C56;
 
+/// Where the bytes of a blob that is read stay: in the buffer it is read from, or in a block of its own.
+enum class BlobBytes { kInBuffer, kOwn };
+
 struct ValueListEntry {
-  /// entryName: what a std::string is made from.
-  template <class Text>
-  ValueListEntry(Text&& entryName, Variant&& entryValue)
-      : name(std::forward<Text>(entryName)), value(std::move(entryValue)) {}
+  ValueListEntry(std::string_view entryName, Variant&& entryValue) : name(entryName), value(std::move(entryValue)) {}
+  /// Decodes one entry at the buffer's read position.
+  ValueListEntry(Buffer& buffer, BlobBytes blobBytes);
 
   std::string name;
   Variant value;
@@ -100,8 +102,6 @@ class ValueList {
   void FromText(std::u16string_view text);
 
  private:
-  /// Where the bytes of a blob stay that is read: the buffer behind a text form ends with FromText.
-  enum class BlobBytes { kInBuffer, kOwn };
   void Read(Buffer& buffer, BlobBytes blobBytes);
 
   std::string name_;

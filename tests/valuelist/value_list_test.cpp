@@ -6,6 +6,7 @@
 #include <string>
 #include <tuple>
 
+#include "fakes/counting_allocator.h"
 #include "thrown.h"
 #include "valuelist/buffer_pool.h"
 
@@ -86,6 +87,15 @@ TEST(ValueListRead, RefusesWhatIsNoList) {
                          Row(kOneX + "0B 00000000 00", kTooFewBytes), Row(kOneX + "0C 01000000 0000", kTooFewBytes),
                          Row(kOneX + "11 0800000000000000", "BufferException: invalid pointer request")})
     EXPECT_EQ(ErrorOf([&] { ValueList().Read(*Holding(Hex(row.first))); }), row.second) << row.first;
+}
+
+TEST(ValueListRead, MakesNoRoomForWhatAFalseCountClaims) {
+  const std::string bytes = Hex(kUnnamed + "FFFFFFFF 15") + std::string(1 << 20, '\x15');
+  const auto buffer = Holding(bytes);
+  fakes::ResetHeapPeak();
+  const std::int64_t before = fakes::GetHeapUse().peak;
+  EXPECT_EQ(ErrorOf([&] { ValueList().Read(*buffer); }), kInvalidType);
+  EXPECT_LE(fakes::GetHeapUse().peak - before, static_cast<std::int64_t>(bytes.size()) + 1024);
 }
 
 TEST(ValueListGet, TakesTheFirstOfANameAndLeavesTheOutputWithoutOne) {
