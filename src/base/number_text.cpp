@@ -48,8 +48,8 @@ std::optional<std::int64_t> TakeInteger(std::string_view& text) {
   return static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
 }
 
-/// A number without its sign, cut where it ends: which of its ends is it that a double does not reach? Every number
-/// out of range is far from 1, so the place of its first digit other than 0 tells.
+/// Why a number is out of range: true for overflow, false for underflow. `number` has no sign and ends with its last
+/// digit. Every number out of range is far from 1, so the place of its first digit other than 0 decides.
 bool IsTooLarge(std::string_view number, bool hex) {
   std::int64_t place = 0;
   bool significant = false;
@@ -160,8 +160,12 @@ std::optional<float> ExtractFloat(std::string_view& text) {
   float number = 0;
   const char* const end = text.data() + text.size();
   const auto read = std::from_chars(text.data(), end, number);
-  if (read.ec != std::errc() || (read.ptr != end && (*read.ptr == 'e' || *read.ptr == 'E'))) return std::nullopt;
-  text.remove_prefix(static_cast<std::size_t>(read.ptr - text.data()));
+  const auto length = static_cast<std::size_t>(read.ptr - text.data());
+  // A number too small for a float reads as 0, as with atof; one too large is none.
+  const bool underflow = read.ec == std::errc::result_out_of_range && !IsTooLarge(text.substr(0, length), false);
+  if (read.ec != std::errc() && !underflow) return std::nullopt;
+  if (read.ptr != end && (*read.ptr == 'e' || *read.ptr == 'E')) return std::nullopt;
+  text.remove_prefix(length);
   return negative ? -number : number;
 }
 

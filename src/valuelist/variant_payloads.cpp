@@ -126,6 +126,7 @@ BlobPtr::~BlobPtr() {
 }
 
 std::span<const std::uint8_t> BlobPtr::GetBytes() const {
+  if (size_ == 0) return {};
   if (kind_ == Kind::Unreadable) throw BufferException(kInvalidPointerRequest);
   return {address_, static_cast<std::size_t>(size_)};
 }

@@ -52,7 +52,7 @@ class BlobPtr {
   std::uint8_t* GetAddress() const { return address_; }
   std::uint64_t GetSize() const { return size_; }
   bool IsShared() const { return kind_ == Kind::Shared; }
-  /// Throws BufferException kInvalidPointerRequest where the address is not one to follow.
+  /// Throws BufferException kInvalidPointerRequest where the address is not one to follow, unless the size is 0.
   std::span<const std::uint8_t> GetBytes() const;
   /// Points at other bytes, which are not owned. A shared block is let go: its count does not lie before those bytes.
   void Refer(const void* address, std::uint64_t size) { *this = BlobPtr(address, size); }

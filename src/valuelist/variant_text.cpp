@@ -92,11 +92,11 @@ void FromString(BinaryData& value, std::string_view text) {
   constexpr std::string_view kFailure = "Tried to convert string to BinaryData: std::string = ";
   std::string_view rest = text;
   if (ExtractWord(rest) != kBinaryDataWord) ThrowNotA(kFailure, text);
-  const std::optional<std::uint32_t> length = ExtractUInt32(rest);
+  const std::uint32_t length = ExtractUInt32(rest).value_or(0);
+  if (length > std::max<std::uint64_t>(Base64DecodedBound(rest.size()), kMostUnfilledBytes)) ThrowNotA(kFailure, text);
   std::vector<std::uint8_t> bytes;
-  if (length) Base64Decode(ExtractWord(rest), bytes);
-  if (length.value_or(0) > std::max<std::uint64_t>(bytes.size(), kMostUnfilledBytes)) ThrowNotA(kFailure, text);
-  bytes.resize(length.value_or(0));
+  Base64Decode(ExtractWord(rest), bytes);
+  bytes.resize(length);
   value = BinaryData(bytes.data(), bytes.size());
 }
 

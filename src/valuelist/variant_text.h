@@ -87,7 +87,8 @@ inline void FromString(std::string& value, std::string_view text) {
   value = text;
 }
 void FromString(std::u16string& value, std::string_view text);
-/// A length is accepted up to that of the base64 bytes, or kMostUnfilledBytes; what no byte fills is 0.
+/// Bytes that the first line of base64 does not fill are 0. A length is accepted up to what all lines can hold, so that
+/// the text of any value is read back, or kMostUnfilledBytes; a greater one would make room that nothing fills.
 void FromString(BinaryData& value, std::string_view text);
 inline constexpr std::uint64_t kMostUnfilledBytes = 0x10000;
 /// The address is not followed, see BlobPtr::Unreadable.

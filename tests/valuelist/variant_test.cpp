@@ -79,7 +79,8 @@ TEST(VariantText, IsReadByTheRuleOfTheType) {
       {"0", {Case{"-9223372036854775809", "-9223372036854775808"}}},
       {"0.",
        {Case{" -1.5e1x", "-15."}, Case{".5", "0.5"}, Case{"0x10", "0."}, Case{"1e", notBool + "1e" + notFloat},
-        Case{"1e39", notBool + "1e39" + notFloat}, Case{"1E", notBool + "1E" + notFloat}, Case{"", notBool + notFloat},
+        Case{"1e39", notBool + "1e39" + notFloat}, Case{"1E", notBool + "1E" + notFloat}, Case{"-1e-50", "-0."},
+        Case{"1e-50e", notBool + "1e-50e" + notFloat}, Case{"", notBool + notFloat},
         Case{".", notBool + "." + notFloat}, Case{"+-1", notBool + "+-1" + notFloat}}},
       {"0.",
        {Case{"\n+2.5,", "2.5"}, Case{"+-1", "0."}, Case{"-1e400", "-inf"}, Case{"1" + zeros, "inf"},
@@ -91,8 +92,8 @@ TEST(VariantText, IsReadByTheRuleOfTheType) {
       {"", {Case{"\u00E4", "\u00E4"}}},
       {"binarydata 0 ",
        {Case{"binarydata 2 QUJD", "binarydata 2 QUI="}, Case{" binarydata\t4\nQUJD x", "binarydata 4 QUJDAA=="},
-        Case{"binarydata x", "binarydata 0 "}, Case{"binarydata 4294967296 QQ==", "binarydata 0 "},
-        Case{"binarydata -4294967296 QQ==", "binarydata 0 "},
+        Case{"binarydata x", "binarydata 0 "}, Case{"binarydata 5 x QUJD", "binarydata 5 AAAAAAA="},
+        Case{"binarydata 4294967296 QQ==", "binarydata 0 "}, Case{"binarydata -4294967296 QQ==", "binarydata 0 "},
         Case{"binarydata 65537 QQ==",
              kNoValue + "Tried to convert string to BinaryData: std::string = binarydata 65537 QQ=="s}}},
       {"blobptr 00000000000000000",
@@ -214,6 +215,10 @@ TEST(BinaryDataValue, HasABufferOfItsOwn) {
     copy.ReadRaw(reinterpret_cast<const std::uint8_t*>("x"), 1);
     EXPECT_EQ(Raw(original) + Raw(copy), "abcdx");
   }
+  const std::string bytes(70'000, 'x');
+  Variant large = FromRaw(vtBinaryData, bytes);
+  large.FromString(large.ToString());
+  EXPECT_EQ(Raw(large), bytes.substr(0, 57) + std::string(bytes.size() - 57, '\0')) << "the text's first line";
   const Variant empty{BinaryData(GetBuffer(SmallBufferList))};
   EXPECT_EQ(Variant(empty).GetIf<BinaryData>()->GetBuffer(), nullptr);
 }
@@ -233,6 +238,8 @@ TEST(BlobValue, PointsIntoItsSourceUntilItOwnsItsBytesAndNowhereFromText) {
   EXPECT_EQ(unreadable.ToString(), "blobptr 40000000000001000");
   EXPECT_EQ(ErrorOf([&] { Raw(unreadable); }), kBadPointer);
   EXPECT_EQ(ErrorOf([&] { unreadable.WriteToStream(stream); }), kBadPointer);
+  unreadable.FromString("blobptr 0 4096");
+  EXPECT_EQ(Raw(unreadable), "");
 }
 
 std::string AddressOf(const ReferenceCounted* object) {
