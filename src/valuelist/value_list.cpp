@@ -1,6 +1,7 @@
 #include "valuelist/value_list.h"
 
 #include <algorithm>
+#include <functional>
 #include <span>
 #include <utility>
 
@@ -40,6 +41,15 @@ void AppendRecord(Buffer& buffer, const Variant& value) {
     AppendUInt32(buffer, static_cast<std::uint32_t>(length));
   }
   value.WriteRaw(buffer.Reserve(length));
+}
+
+/// Whether the value is the buffer's own, or a blob that was read from it.
+bool HasBytesIn(const Variant& value, const Buffer& buffer) {
+  if (const auto* const data = value.GetIf<BinaryData>()) return data->GetBuffer().Get() == &buffer;
+  const auto* const blob = value.GetIf<BlobPtr>();
+  const std::less<const std::uint8_t*> before;
+  return blob && !before(blob->GetAddress(), buffer.GetData()) &&
+         before(blob->GetAddress(), buffer.GetData() + buffer.GetLength());
 }
 
 /// Requires a value made for the tag that stood before.
@@ -109,6 +119,12 @@ void ValueList::GetBinaryData(std::string_view name, ReferencePointer<Buffer>& v
 }
 
 void ValueList::Write(Buffer& buffer) const {
+  // Writing moves the bytes of the buffer, and changes its length; so it takes a copy where a value needs them.
+  if (std::ranges::any_of(entries_, [&buffer](const auto& entry) { return HasBytesIn(entry.value, buffer); })) {
+    const ReferencePointer<Buffer> written = Kestrel::GetBuffer(MediumBufferList);
+    Write(*written);
+    return buffer.Append(written->GetData(), written->GetLength());
+  }
   AppendUInt32(buffer, ValueListIdentifier);
   AppendName(buffer, name_);
   AppendUInt32(buffer, ClipSizeT(entries_.size()));

@@ -60,6 +60,20 @@ TEST(ValueListWrite, GivesTheWireForm) {
                                "0B 01000000 00  00 01  X 0D 01000000 07  X 0D 00000000"));
 }
 
+TEST(ValueListWrite, IntoABufferOfItsOwnValuesTakesThemAsTheyWere) {
+  const std::string blob = Hex(kUnnamed + "02000000 X 0E 02000000 6162 X 0D 01000000 63");
+  const auto buffer = Holding(blob);
+  ValueList list;
+  list.Read(*buffer);
+  list.Write(*buffer);
+  EXPECT_EQ(std::string(buffer->GetBytes().begin(), buffer->GetBytes().end()), blob + blob);
+  ValueList shared;
+  shared.AddVariant("X", Variant(BinaryData(buffer)));
+  const std::string before = Encoded(shared);
+  shared.Write(*buffer);
+  EXPECT_EQ(std::string(buffer->GetBytes().begin(), buffer->GetBytes().end()), blob + blob + before);
+}
+
 TEST(ValueListRead, TakesEveryTypeAndWritesItBackAndRefusesEveryPrefix) {
   const std::string same =
       kUnnamed +
@@ -123,6 +137,7 @@ TEST(ValueListGet, TakesTheFirstOfANameAndLeavesTheOutputWithoutOne) {
   list.GetBinaryData("x", out);
   EXPECT_EQ(out, untouched);
   list.GetBinaryData("b", out);
+  EXPECT_EQ(out, list.Find("b")->GetIf<BinaryData>()->GetBuffer());
   EXPECT_TRUE(std::ranges::equal(out->GetBytes(), std::string_view("ab")));
   list.GetBinaryData("n", out);
   EXPECT_FALSE(out);
