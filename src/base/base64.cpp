@@ -3,6 +3,7 @@
 #include <array>
 
 #include "base/base64_avx2.h"
+#include "platform/processor.h"
 
 namespace Kestrel {
 namespace {
@@ -61,28 +62,28 @@ void EncodeLines(const std::uint8_t* bytes, std::size_t lines, Char* text) {
 
 template <class Char>
 Char* Encode(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
-  const auto* const vectors = Base64VectorCodec<Char>::Find();
+  const bool vectors = platform::HasAvx2();
   const std::size_t lines = byteCount / kBase64LineBytes;
   if (vectors) {
-    vectors->encodeLines(bytes, lines, text);
+    EncodeLinesAvx2(bytes, lines, text);
   } else {
     EncodeLines(bytes, lines, text);
   }
   bytes += lines * kBase64LineBytes;
   text += lines * (kBase64LineCharacters + 2);
   const std::size_t rest = byteCount % kBase64LineBytes;
-  const std::size_t done = vectors ? vectors->encodePart(bytes, rest, text) : 0;
+  const std::size_t done = vectors ? EncodePartOfLineAvx2(bytes, rest, text) : 0;
   text = EncodeGroups(bytes + done, rest - done, text + done / 3 * 4);
   // With its padding a rest of 55 or 56 bytes fills a line too.
   return rest > kBase64LineBytes - 3 ? EndLine(text) : text;
 }
 
-/// Decodes whole groups up to a character that is not of the alphabet, except standard line ends; moves both positions
-/// behind them.
+/// Decodes whole groups, and the line ends between whole lines where vectors do it, up to the first other character.
+/// Moves both positions behind what was decoded.
 template <class Char>
-void DecodeGroups(const Char*& text, const Char* end, std::uint8_t*& bytes, const Base64VectorCodec<Char>* vectors) {
+void DecodeGroups(const Char*& text, const Char* end, std::uint8_t*& bytes, bool vectors) {
   if (vectors) {
-    const auto done = vectors->decode(text, static_cast<std::size_t>(end - text), bytes);
+    const Base64Progress done = DecodeGroupsAvx2(text, static_cast<std::size_t>(end - text), bytes);
     text += done.characters;
     bytes += done.bytes;
   }
@@ -103,7 +104,7 @@ Base64Decoded Decode(std::basic_string_view<Char> whole, std::uint8_t* const byt
   std::uint32_t group = 0;  ///< values of a group that line ends or the text's end interrupt
   int pending = 0;          ///< how many
   bool success = true;
-  const auto* const vectors = Base64VectorCodec<Char>::Find();
+  const bool vectors = platform::HasAvx2();
   while (text < end) {
     if (pending == 0) DecodeGroups(text, end, out, vectors);
     if (text == end) break;

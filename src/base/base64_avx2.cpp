@@ -1,14 +1,12 @@
 #include "base/base64_avx2.h"
 
-#if defined(__x86_64__)
+#ifdef TARN_X64
 
 #include <immintrin.h>
 
 #include <cstring>
 
 #include "base/base64.h"
-
-#define TARN_AVX2 [[gnu::target("avx2")]]
 
 namespace Kestrel {
 namespace {
@@ -97,31 +95,6 @@ TARN_AVX2 inline void EncodeVector(const std::uint8_t* bytes, Char* text) {
   StoreVector(text, Encoded(_mm256_inserti128_si256(low, Load128(bytes + kLaneBytes), 1)));
 }
 
-template <class Char>
-TARN_AVX2 void EncodeWholeLines(const std::uint8_t* bytes, std::size_t lines, Char* text) {
-  for (; lines > 0; --lines, bytes += kBase64LineBytes, text += kBase64LineCharacters + 2) {
-    EncodeVector(bytes, text);
-    EncodeVector(bytes + kVectorBytes, text + kVectorCharacters);
-    // The lane's load ends where the line ends, so its bytes come last in it.
-    const __m128i last = _mm_srli_si128(Load128(bytes + kBase64LineBytes - 16), 16 - kLaneBytes);
-    StoreLane(text + kLastLaneCharacter, _mm256_castsi256_si128(Encoded(InBothLanes(last))));
-    text[kBase64LineCharacters] = '\r';
-    text[kBase64LineCharacters + 1] = '\n';
-  }
-}
-
-template <class Char>
-TARN_AVX2 std::size_t EncodePartOfLine(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
-  std::size_t done = 0;
-  for (; byteCount - done >= kLaneBytes + 16; done += kVectorBytes, text += kVectorCharacters) {
-    EncodeVector(bytes + done, text);
-  }
-  for (; byteCount - done >= 16; done += kLaneBytes, text += kLaneCharacters) {
-    StoreLane(text, _mm256_castsi256_si128(Encoded(InBothLanes(Load128(bytes + done)))));
-  }
-  return done;
-}
-
 struct Decoded {
   __m256i bytes;   ///< 12 in each lane, at its beginning
   __m256i errors;  ///< not zero where a character is not of the alphabet
@@ -180,9 +153,35 @@ TARN_AVX2 inline bool DecodeLine(const Char* text, std::uint8_t* bytes) {
   return true;
 }
 
+}  // namespace
+
 template <class Char>
-TARN_AVX2 typename Base64VectorCodec<Char>::Progress DecodeAll(const Char* const text, std::size_t characters,
-                                                               std::uint8_t* const bytes) {
+TARN_AVX2 void EncodeLinesAvx2(const std::uint8_t* bytes, std::size_t lines, Char* text) {
+  for (; lines > 0; --lines, bytes += kBase64LineBytes, text += kBase64LineCharacters + 2) {
+    EncodeVector(bytes, text);
+    EncodeVector(bytes + kVectorBytes, text + kVectorCharacters);
+    // The lane's load ends where the line ends, so its bytes come last in it.
+    const __m128i last = _mm_srli_si128(Load128(bytes + kBase64LineBytes - 16), 16 - kLaneBytes);
+    StoreLane(text + kLastLaneCharacter, _mm256_castsi256_si128(Encoded(InBothLanes(last))));
+    text[kBase64LineCharacters] = '\r';
+    text[kBase64LineCharacters + 1] = '\n';
+  }
+}
+
+template <class Char>
+TARN_AVX2 std::size_t EncodePartOfLineAvx2(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
+  std::size_t done = 0;
+  for (; byteCount - done >= kLaneBytes + 16; done += kVectorBytes, text += kVectorCharacters) {
+    EncodeVector(bytes + done, text);
+  }
+  for (; byteCount - done >= 16; done += kLaneBytes, text += kLaneCharacters) {
+    StoreLane(text, _mm256_castsi256_si128(Encoded(InBothLanes(Load128(bytes + done)))));
+  }
+  return done;
+}
+
+template <class Char>
+TARN_AVX2 Base64Progress DecodeGroupsAvx2(const Char* const text, std::size_t characters, std::uint8_t* const bytes) {
   const Char* position = text;
   const Char* const end = text + characters;
   std::uint8_t* out = bytes;
@@ -210,35 +209,29 @@ TARN_AVX2 typename Base64VectorCodec<Char>::Progress DecodeAll(const Char* const
   return {static_cast<std::size_t>(position - text), static_cast<std::size_t>(out - bytes)};
 }
 
-template <class Char>
-constinit const Base64VectorCodec<Char> kCodec = {EncodeWholeLines<Char>, EncodePartOfLine<Char>, DecodeAll<Char>};
-
-template <class Char>
-const Base64VectorCodec<Char>* FindCodec() {
-  return __builtin_cpu_supports("avx2") ? &kCodec<Char> : nullptr;
-}
-
 #else
 
 namespace Kestrel {
-namespace {
 
+// Linked, but never called: no other processor has these vectors.
 template <class Char>
-const Base64VectorCodec<Char>* FindCodec() {
-  return nullptr;
+void EncodeLinesAvx2(const std::uint8_t*, std::size_t, Char*) {}
+template <class Char>
+std::size_t EncodePartOfLineAvx2(const std::uint8_t*, std::size_t, Char*) {
+  return 0;
+}
+template <class Char>
+Base64Progress DecodeGroupsAvx2(const Char*, std::size_t, std::uint8_t*) {
+  return {};
 }
 
 #endif
 
-}  // namespace
-
-template <>
-const Base64VectorCodec<char>* Base64VectorCodec<char>::Find() {
-  return FindCodec<char>();
-}
-template <>
-const Base64VectorCodec<char16_t>* Base64VectorCodec<char16_t>::Find() {
-  return FindCodec<char16_t>();
-}
+template void EncodeLinesAvx2(const std::uint8_t*, std::size_t, char*);
+template void EncodeLinesAvx2(const std::uint8_t*, std::size_t, char16_t*);
+template std::size_t EncodePartOfLineAvx2(const std::uint8_t*, std::size_t, char*);
+template std::size_t EncodePartOfLineAvx2(const std::uint8_t*, std::size_t, char16_t*);
+template Base64Progress DecodeGroupsAvx2(const char*, std::size_t, std::uint8_t*);
+template Base64Progress DecodeGroupsAvx2(const char16_t*, std::size_t, std::uint8_t*);
 
 }  // namespace Kestrel

@@ -1,32 +1,33 @@
-/// Base64 with 256-bit vectors, for processors that have them.
+/// Base64 with 256-bit vectors, in narrow (Char is char) and UTF-16 (char16_t) text. All require platform::HasAvx2().
 ///
-/// Each function does what whole vectors can do at its place; the portable code of base64.cpp does the rest, and
-/// everything where the text is not as expected. None reads or writes outside the ranges that it is given.
+/// Each function does the whole vectors at the place that it is given, and base64.cpp, which also has the portable
+/// code, does the rest. None reads or writes outside the ranges that it is given, and none throws.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/compiler.h"
+
 namespace Kestrel {
 
+/// Encodes whole lines of 57 bytes, each to 76 characters and a line end.
 template <class Char>
-struct Base64VectorCodec {
-  /// How far decoding came.
-  struct Progress {
-    std::size_t characters;
-    std::size_t bytes;
-  };
+TARN_AVX2 void EncodeLinesAvx2(const std::uint8_t* bytes, std::size_t lines, Char* text);
 
-  /// Encodes whole lines of 57 bytes, each to 76 characters and a line end.
-  void (*encodeLines)(const std::uint8_t* bytes, std::size_t lines, Char* text);
-  /// Encodes part of a line without a line end; returns how many bytes, a multiple of 3.
-  std::size_t (*encodePart)(const std::uint8_t* bytes, std::size_t byteCount, Char* text);
-  /// Decodes lines of 76 characters that end in CR LF, and after the last of them groups without line ends, up to a
-  /// vector that holds something else. bytes has the room that Base64DecodedBound says for the characters.
-  Progress (*decode)(const Char* text, std::size_t characters, std::uint8_t* bytes);
+/// Encodes part of a line, without a line end. Returns how many bytes, a multiple of 3.
+template <class Char>
+TARN_AVX2 std::size_t EncodePartOfLineAvx2(const std::uint8_t* bytes, std::size_t byteCount, Char* text);
 
-  /// Null where the processor cannot run the others.
-  static const Base64VectorCodec* Find();
+/// How far decoding came.
+struct Base64Progress {
+  std::size_t characters;
+  std::size_t bytes;
 };
+
+/// Decodes lines of 76 characters that end in CR LF, and after the last of them groups without line ends, up to the
+/// first vector that holds anything else. bytes has room for Base64DecodedBound(characters).
+template <class Char>
+TARN_AVX2 Base64Progress DecodeGroupsAvx2(const Char* text, std::size_t characters, std::uint8_t* bytes);
 
 }  // namespace Kestrel

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "platform/compiler.h"
+
 namespace Kestrel {
 
 inline constexpr std::uint32_t STRSAFE_E_INSUFFICIENT_BUFFER = 0x8007007A;
@@ -29,9 +31,8 @@ BufferRest<char16_t> CheckedStringCchCopyEx(BufferRest<char16_t> target, std::u1
 
 /// Formats as printf does and returns the rest of the buffer. The format is narrow in the wide form too; its "%s" and
 /// "%c" take narrow ASCII arguments. Throws with the context "Kestrel::CheckedStringCchPrintfEx".
-[[gnu::format(printf, 2, 3)]] BufferRest<char> CheckedStringCchPrintfEx(BufferRest<char> target, const char* format,
-                                                                        ...);
-[[gnu::format(printf, 2, 3)]] BufferRest<char16_t> CheckedStringCchPrintfEx(BufferRest<char16_t> target,
-                                                                            const char* format, ...);
+TARN_PRINTF_FORMAT(2, 3) BufferRest<char> CheckedStringCchPrintfEx(BufferRest<char> target, const char* format, ...);
+TARN_PRINTF_FORMAT(2, 3)
+BufferRest<char16_t> CheckedStringCchPrintfEx(BufferRest<char16_t> target, const char* format, ...);
 
 }  // namespace Kestrel

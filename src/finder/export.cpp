@@ -1,11 +1,11 @@
 #include "finder/ipc_finder.h"
+#include "platform/compiler.h"
 #include "tarn/camera_finding.h"
 
 using Tarn::CameraFinding::ICameraFinder;
 using Tarn::CameraFinding::IPCFinder;
 
-extern "C" __attribute__((visibility("default"))) void GetFindingInterface(void* server, void* channelArgument,
-                                                                           ICameraFinder** finder) {
+extern "C" TARN_EXPORT void GetFindingInterface(void* server, void* channelArgument, ICameraFinder** finder) {
   if (!finder) return;
   *finder = Kestrel::MakeComObject<IPCFinder, ICameraFinder>(server, channelArgument).Detach();
 }

@@ -52,8 +52,8 @@ bool FileTimeToSystemTime(const FileTime& fileTime, SystemTime* systemTime);
 /// The zone's rules; the result says what is in force: 0 unknown, 1 standard, 2 daylight, 0xFFFFFFFF failure.
 std::uint32_t GetTimeZoneInformation(TimeZoneInformation* information);
 
-/// In the user's default locale. picture (may be null; on Linux else u"ddd") overrides flags. Units written with the NUL,
-/// or needed where units is 0; 0 on failure.
+/// In the user's default locale. picture (may be null; on Linux else u"ddd") overrides flags. Units written with the
+/// NUL, or needed where units is 0; 0 on failure.
 int GetDateFormatW(std::uint32_t flags, const SystemTime& time, const char16_t* picture, char16_t* text, int units);
 int GetTimeFormatW(std::uint32_t flags, const SystemTime& time, char16_t* text, int units);
 

@@ -1,8 +1,8 @@
 /// The base library over a code page that the system refuses, and on a processor without vectors: the tests of base64
 /// in this program see the portable code.
-#include "base/base64_avx2.h"
 #include "platform/code_pages.h"
 #include "platform/errors.h"
+#include "platform/processor.h"
 #include "thrown.h"
 
 int platform::MultiByteToWideChar(std::uint32_t, std::uint32_t, const char*, int, char16_t*, int) {
@@ -14,16 +14,11 @@ int platform::WideCharToMultiByte(std::uint32_t, std::uint32_t, const char16_t*,
   return 0;
 }
 
-namespace Kestrel {
+bool platform::HasAvx2() {
+  return false;
+}
 
-template <>
-const Base64VectorCodec<char>* Base64VectorCodec<char>::Find() {
-  return nullptr;
-}
-template <>
-const Base64VectorCodec<char16_t>* Base64VectorCodec<char16_t>::Find() {
-  return nullptr;
-}
+namespace Kestrel {
 
 TEST(FailingConversion, ReplacesTheExceptionAndItsOwnReportIsAscii) {
   EXPECT_EQ(SystemErrorOf([] { throw KestrelException(1, 2, u"x", {}); }),

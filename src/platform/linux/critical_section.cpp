@@ -5,6 +5,8 @@
 #include <new>
 #include <thread>
 
+#include "platform/processor.h"
+
 namespace platform {
 namespace {
 
@@ -15,12 +17,6 @@ struct Lock {
 
 Lock& In(std::byte* storage) {
   return *std::launder(reinterpret_cast<Lock*>(storage));
-}
-
-void Relax() {
-#if defined(__x86_64__) || defined(__i386__)
-  __builtin_ia32_pause();
-#endif
 }
 
 }  // namespace
@@ -45,7 +41,7 @@ void CriticalSection::lock() {
   Lock& lock = In(storage_);
   if (pthread_mutex_trylock(&lock.mutex) == 0) return;
   for (std::uint32_t i = 0; i < lock.spinCount; ++i) {
-    Relax();
+    PauseInSpin();
     if (pthread_mutex_trylock(&lock.mutex) == 0) return;
   }
   pthread_mutex_lock(&lock.mutex);

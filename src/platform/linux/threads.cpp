@@ -11,6 +11,8 @@
 #include <csignal>
 #include <new>
 
+#include "platform/processor.h"
+
 namespace platform {
 namespace {
 
@@ -18,12 +20,6 @@ using Clock = std::chrono::steady_clock;
 
 /// Two system calls and a wake-up take about as long; to watch for longer cannot pay.
 constexpr std::chrono::microseconds kLongestWatch{20};
-
-void Relax() {
-#if defined(__x86_64__) || defined(__i386__)
-  __builtin_ia32_pause();
-#endif
-}
 
 /// A signal from one thread to one other: a word that the setter sets and the waiter takes back. The system is called
 /// only where the waiter sleeps.
@@ -58,7 +54,7 @@ class Signal {
     do {
       for (int i = 0; i < 16; ++i) {
         if (state_.load(std::memory_order_relaxed) == kSet) return;
-        Relax();
+        PauseInSpin();
       }
     } while (Clock::now() < end);
   }

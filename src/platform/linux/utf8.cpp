@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "platform/linux/utf8_avx2.h"
+#include "platform/processor.h"
 
 namespace platform {
 namespace {

@@ -1,10 +1,8 @@
 #include "platform/linux/utf8_avx2.h"
 
-#if defined(__x86_64__)
+#ifdef TARN_X64
 
 #include <immintrin.h>
-
-#define TARN_AVX2 [[gnu::target("avx2")]]
 
 namespace platform {
 namespace {
@@ -25,10 +23,6 @@ TARN_AVX2 inline void Narrow(__m256i first, __m256i second, char* target) {
 }
 
 }  // namespace
-
-bool HasAvx2() {
-  return __builtin_cpu_supports("avx2") != 0;
-}
 
 TARN_AVX2 std::size_t CopyAsciiAvx2(const unsigned char* from, std::size_t units, char16_t* target) {
   std::size_t done = 0;
@@ -59,9 +53,6 @@ TARN_AVX2 std::size_t CopyAsciiAvx2(const char16_t* from, std::size_t units, cha
 
 namespace platform {
 
-bool HasAvx2() {
-  return false;
-}
 std::size_t CopyAsciiAvx2(const unsigned char*, std::size_t, char16_t*) {
   return 0;
 }

@@ -1,0 +1,5 @@
+#include "platform/processor.h"
+
+bool platform::HasAvx2() {
+  return false;
+}
