@@ -4,6 +4,7 @@
 
 #include "base/checked_string.h"
 #include "base/exceptions.h"
+#include "platform/calendar.h"
 #include "time/time_zone_transitions.h"
 
 namespace Kestrel {
@@ -28,9 +29,7 @@ constexpr Part kMillisecond = {"millisecond", dteMillisecond, 0, 999};
 constexpr Part kZoneHour = {"hour", dteHour, 0, 14};
 
 Part DayOf(unsigned year, unsigned month) {
-  constexpr std::array<unsigned, 12> kDays = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-  return {"day", dteDay, 1, month == 2 && leap ? 29 : kDays[month - 1]};
+  return {"day", dteDay, 1, platform::DaysOfMonth(year, month)};
 }
 
 [[noreturn]] void ThrowRange(const Part& part) {

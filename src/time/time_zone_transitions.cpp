@@ -6,21 +6,13 @@
 
 #include "base/exceptions.h"
 #include "base/static_lock.h"
+#include "platform/calendar.h"
 #include "time/date_time.h"
 
 namespace Kestrel {
 namespace {
 
 constexpr std::uint64_t kMillisecondsPerDay = 86400000;
-constexpr std::uint32_t kFirstYear = 1601;
-constexpr std::uint32_t kLastYear = 30827;
-constexpr std::uint64_t kLastCentury = 292;
-
-// Each period ends with its leap day or with the lack of it: 4 centuries with, a century without, 4 years with.
-constexpr std::uint64_t kDaysPerFourCenturies = 146097;
-constexpr std::uint64_t kDaysPerCentury = 36524;
-constexpr std::uint64_t kDaysPerFourYears = 1461;
-constexpr std::uint64_t kDaysPerYear = 365;
 
 [[noreturn]] void ThrowInvalidDate() {
   throw EKestrelDateTime(dteInvalidTransition, "Transition date of time zone is not valid.");
@@ -37,20 +29,17 @@ bool ToMilliseconds(const platform::SystemTime& time, std::int64_t& milliseconds
 /// The given weekday of the given week of the month, at the given time of day.
 std::int64_t RelativeTransition(std::uint32_t year, const platform::SystemTime& rule) {
   constexpr std::uint16_t kLastWeek = 5;
-  if (rule.month < 1 || rule.month > 12 || rule.day < 1 || rule.day > kLastWeek || rule.dayOfWeek > 6) {
+  if (year < platform::kFirstYear || year > platform::kLastYear || rule.month < 1 || rule.month > 12 || rule.day < 1 ||
+      rule.day > kLastWeek || rule.dayOfWeek > 6) {
     ThrowInvalidDate();
   }
   platform::SystemTime date = rule;
   date.year = static_cast<std::uint16_t>(year);
-  date.day = 1;
-  std::int64_t first = 0;
-  if (!ToMilliseconds(date, first)) ThrowInvalidDate();
-  // 1601-01-01 was a Monday.
-  const auto firstDayOfWeek = (static_cast<std::uint64_t>(first) / kMillisecondsPerDay + 1) % 7;
-  date.day = static_cast<std::uint16_t>(1 + (rule.dayOfWeek + 7 - firstDayOfWeek) % 7 + (rule.day - 1u) * 7);
+  const unsigned firstDayOfWeek = platform::DayOfWeek(platform::DaysFromCivil({year, rule.month, 1}));
+  unsigned day = 1 + (rule.dayOfWeek + 7 - firstDayOfWeek) % 7 + (rule.day - 1u) * 7;
+  if (day > platform::DaysOfMonth(year, rule.month)) day -= 7;  // the month has no fifth such day
+  date.day = static_cast<std::uint16_t>(day);
   std::int64_t transition = 0;
-  if (ToMilliseconds(date, transition)) return transition;
-  date.day = static_cast<std::uint16_t>(date.day - 7);  // the month has no fifth such day
   if (!ToMilliseconds(date, transition)) ThrowInvalidDate();
   return transition;
 }
@@ -76,16 +65,9 @@ constinit Cache cache;
 }  // namespace
 
 std::uint32_t YearFromMilliseconds(std::uint64_t milliseconds) {
-  std::uint64_t days = milliseconds / kMillisecondsPerDay;
-  std::uint64_t centuries = days / kDaysPerFourCenturies * 4;
-  days %= kDaysPerFourCenturies;
-  const std::uint64_t century = std::min<std::uint64_t>(days / kDaysPerCentury, 3);
-  centuries += century;
-  days -= century * kDaysPerCentury;
-  const std::uint64_t fourYears = days / kDaysPerFourYears;
-  const std::uint64_t years = std::min<std::uint64_t>(days % kDaysPerFourYears / kDaysPerYear, 3);
-  const std::uint64_t year = kFirstYear + centuries * 100 + fourYears * 4 + years;
-  if (centuries > kLastCentury || year > kLastYear) {
+  const auto days = static_cast<std::int64_t>(milliseconds / kMillisecondsPerDay);
+  const std::int64_t year = platform::CivilFromDays(days).year;
+  if (year > platform::kLastYear) {
     throw EKestrelDateTime(dteOutOfRange, "YearFromMilliseconds: Year/Century out of range.");
   }
   return static_cast<std::uint32_t>(year);

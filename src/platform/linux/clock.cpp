@@ -10,9 +10,9 @@
 #include <string>
 #include <string_view>
 
+#include "platform/calendar.h"
 #include "platform/error_codes.h"
 #include "platform/errors.h"
-#include "platform/linux/calendar.h"
 #include "platform/linux/text.h"
 #include "platform/linux/time_zone.h"
 
@@ -24,7 +24,6 @@ constexpr std::int64_t kIntervalsPerMillisecond = 10'000;  // of 100 nanoseconds
 constexpr std::int64_t kIntervalsPerSecond = 1000 * kIntervalsPerMillisecond;
 constexpr std::int64_t kIntervalsPerDay = 86400 * kIntervalsPerSecond;
 constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
-constexpr std::uint16_t kFirstYear = 1601, kLastYear = 30827;
 
 std::timespec Now(clockid_t clock) {
   std::timespec now{};

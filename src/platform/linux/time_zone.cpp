@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "platform/linux/calendar.h"
+#include "platform/calendar.h"
 #include "platform/linux/text.h"
 
 namespace platform {

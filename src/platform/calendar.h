@@ -1,9 +1,12 @@
-/// Days of the proleptic Gregorian calendar.
+/// The proleptic Gregorian calendar: dates, and days counted from 1601-01-01, which was a Monday.
 #pragma once
 
 #include <cstdint>
 
 namespace platform {
+
+/// The years that SystemTime and FileTime have in common.
+inline constexpr std::uint16_t kFirstYear = 1601, kLastYear = 30827;
 
 struct CivilDate {
   std::int64_t year;
@@ -15,13 +18,14 @@ constexpr bool IsLeapYear(std::int64_t year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
+/// Requires a month from 1 to 12.
 constexpr unsigned DaysOfMonth(std::int64_t year, unsigned month) {
   constexpr unsigned kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   return kDays[month - 1] + (month == 2 && IsLeapYear(year) ? 1 : 0);
 }
 
-/// Days from 1601-01-01, which begins a cycle of 400 years. Years are counted from March, so that the day that leap
-/// years have more is the last one.
+/// Requires a month from 1 to 12 and a year from 1 on. Both directions count years from March, so that the leap day is
+/// the last day of its year.
 constexpr std::int64_t DaysFromCivil(const CivilDate& date) {
   const std::int64_t year = date.year - (date.month < 3 ? 1 : 0);
   const unsigned monthFromMarch = (date.month + 9) % 12;
@@ -30,6 +34,7 @@ constexpr std::int64_t DaysFromCivil(const CivilDate& date) {
   return year * 365 + year / 4 - year / 100 + year / 400 + dayOfYear - kMarchOfYear0;
 }
 
+/// Requires a number that is not negative.
 constexpr CivilDate CivilFromDays(std::int64_t daysFrom1601) {
   constexpr std::int64_t kMarchOfYear0 = 584694, kDaysOf400Years = 146097;
   const std::int64_t days = daysFrom1601 + kMarchOfYear0;
@@ -44,7 +49,7 @@ constexpr CivilDate CivilFromDays(std::int64_t daysFrom1601) {
 
 static_assert(DaysFromCivil({1601, 1, 1}) == 0 && DaysFromCivil({1970, 1, 1}) == 134774);
 
-/// 0 is Sunday; 1601-01-01 was a Monday.
+/// 0 is Sunday. Requires a number that is not negative.
 constexpr unsigned DayOfWeek(std::int64_t daysFrom1601) {
   return static_cast<unsigned>((daysFrom1601 + 1) % 7);
 }
