@@ -33,7 +33,7 @@ std::string Repeated(const std::string& text) {
 void Utf8ToWide(benchmark::State& state, const std::string& text) {
   std::u16string wide;
   for (auto _ : state) {
-    Kestrel::MultiToWide(wide, Kestrel::kUtf8CodePage, 0, text.data(), static_cast<int>(text.size()));
+    Kestrel::MultiToWide(wide, platform::CP_UTF8, 0, text.data(), static_cast<int>(text.size()));
     benchmark::DoNotOptimize(wide.data());
   }
   sample::Require(Kestrel::WideToUtf8(wide) == text, "UTF-8");
@@ -43,7 +43,7 @@ void WideToUtf8(benchmark::State& state, const std::string& text) {
   const std::u16string wide = Kestrel::Utf8ToWide(text);
   std::string narrow;
   for (auto _ : state) {
-    Kestrel::WideToMulti(narrow, Kestrel::kUtf8CodePage, 0, wide.data(), static_cast<int>(wide.size()));
+    Kestrel::WideToMulti(narrow, platform::CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()));
     benchmark::DoNotOptimize(narrow.data());
   }
   sample::Require(narrow == text, "UTF-8");

@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "base/exceptions.h"
-#include "platform/code_pages.h"
 #include "platform/debugger.h"
 #include "platform/error_codes.h"
 #include "platform/errors.h"
@@ -108,7 +107,7 @@ std::basic_string<typename Direction::Target> ConvertedOrAscii(
   using Target = typename Direction::Target;
   std::basic_string<Target> target;
   const auto length = static_cast<int>(std::min<std::size_t>(text.size(), Direction::kMaxLength));
-  if (TryConvert<Direction>(target, kAnsiCodePage, flags, text.data(), length)) return target;
+  if (TryConvert<Direction>(target, platform::CP_ACP, flags, text.data(), length)) return target;
   target.resize(text.size());
   std::ranges::transform(text, target.begin(), [](auto unit) {
     return static_cast<unsigned>(unit) < 0x80 ? static_cast<Target>(unit) : static_cast<Target>('?');
@@ -127,23 +126,23 @@ void WideToMulti(std::string& target, std::uint32_t codePage, std::uint32_t flag
 }
 
 std::u16string Utf8ToWide(std::string_view utf8) {
-  return Converted<Widening>(kUtf8CodePage, 0, utf8);
+  return Converted<Widening>(platform::CP_UTF8, 0, utf8);
 }
 std::string WideToUtf8(std::u16string_view wide) {
-  return Converted<Narrowing>(kUtf8CodePage, 0, wide);
+  return Converted<Narrowing>(platform::CP_UTF8, 0, wide);
 }
 std::u16string AnsiToWide(std::string_view narrow) {
-  return Converted<Widening>(kAnsiCodePage, kWidenFlags, narrow);
+  return Converted<Widening>(platform::CP_ACP, platform::MB_PRECOMPOSED, narrow);
 }
 std::string WideToAnsi(std::u16string_view wide) {
-  return Converted<Narrowing>(kAnsiCodePage, kNarrowFlags, wide);
+  return Converted<Narrowing>(platform::CP_ACP, platform::WC_COMPOSITECHECK, wide);
 }
 
 std::u16string AnsiToWideOrAscii(std::string_view narrow) {
-  return ConvertedOrAscii<Widening>(kWidenFlags, narrow);
+  return ConvertedOrAscii<Widening>(platform::MB_PRECOMPOSED, narrow);
 }
 std::string WideToAnsiOrAscii(std::u16string_view wide) {
-  return ConvertedOrAscii<Narrowing>(kNarrowFlags, wide);
+  return ConvertedOrAscii<Narrowing>(platform::WC_COMPOSITECHECK, wide);
 }
 
 std::uint32_t ClipSizeT(std::uint64_t size, std::uint32_t most) {

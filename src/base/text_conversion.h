@@ -1,25 +1,20 @@
 /// Text between a code page and UTF-16, and sizes for 32-bit interfaces.
 ///
-/// Exception and log texts use the system's ANSI code page (kAnsiCodePage with kWidenFlags or kNarrowFlags); everything
-/// in value lists and commands is UTF-8 (kUtf8CodePage, flags 0).
+/// Exception and log texts use the system's ANSI code page (CP_ACP, with MB_PRECOMPOSED or WC_COMPOSITECHECK);
+/// everything in value lists and commands is UTF-8 (CP_UTF8, with the flags 0).
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "platform/code_pages.h"
+
 namespace Kestrel {
 
-inline constexpr std::uint32_t kAnsiCodePage = 0;
-inline constexpr std::uint32_t kUtf8CodePage = 65001;
-inline constexpr std::uint32_t kWidenFlags = 0x1;     ///< precomposed characters
-inline constexpr std::uint32_t kNarrowFlags = 0x200;  ///< composite check
-
-/// Length of a NUL-terminated source.
-inline constexpr int kNulTerminated = -1;
-
 /// Replaces target by the converted source. A null source, a length of 0 or a source whose first unit is NUL gives an
-/// empty text. A positive length converts exactly that many units, NULs among them.
+/// empty text. A positive length converts exactly that many units, NULs among them; kNulTerminated converts up to the
+/// first NUL.
 /// Throws SystemException with the context "MultiByteToWideChar" or "WideCharToMultiByte" where the system refuses.
 void MultiToWide(std::u16string& target, std::uint32_t codePage, std::uint32_t flags, const char* source, int length);
 /// As MultiToWide, the other way; a length above 715827882 units throws before anything else.

@@ -29,7 +29,7 @@ BSTR MakeBstr(const std::u16string& text) {
 BSTR MakeBstrFromUtf8(const std::string& utf8) {
   std::u16string wide;
   try {
-    MultiToWide(wide, kUtf8CodePage, 0, utf8.c_str(), kNulTerminated);
+    MultiToWide(wide, platform::CP_UTF8, 0, utf8.c_str(), platform::kNulTerminated);
   } catch (const KestrelException&) {
     wide.clear();
   }
@@ -43,7 +43,7 @@ std::string TakeBstrAsUtf8(BSTR text) {
 
 std::string Utf8FromNulTerminated(const OLECHAR* text) {
   std::string utf8;
-  WideToMulti(utf8, kUtf8CodePage, 0, text, kNulTerminated);
+  WideToMulti(utf8, platform::CP_UTF8, 0, text, platform::kNulTerminated);
   return utf8;
 }
 

@@ -15,7 +15,7 @@ void FileOutputStreamer::Write(const DebugOutRecord& record, const std::u16strin
   block_.assign("<debugout type=\"").append(LevelText(record.level)).append("\" filter=\"");
   if (record.source) block_ += XmlEscape(record.source);
   const std::uint32_t length = std::min<std::uint32_t>(ClipSizeT(text.size()), std::numeric_limits<int>::max());
-  WideToMulti(message_, kUtf8CodePage, 0, text.data(), static_cast<int>(length));
+  WideToMulti(message_, platform::CP_UTF8, 0, text.data(), static_cast<int>(length));
   block_.append("\">\r\n<o>").append(message_).append("</o>\r\n</debugout>\r\n");
   file_.sputn(block_.data(), static_cast<std::streamsize>(block_.size()));
 }

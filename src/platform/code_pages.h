@@ -11,6 +11,7 @@
 
 namespace platform {
 
+inline constexpr int kNulTerminated = -1;        ///< length of a source that ends with its first NUL
 inline constexpr std::uint32_t CP_ACP = 0;       ///< the system's ANSI code page
 inline constexpr std::uint32_t CP_UTF8 = 65001;  ///< flags must be 0
 inline constexpr std::uint32_t MB_PRECOMPOSED = 0x1;

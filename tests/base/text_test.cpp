@@ -57,28 +57,28 @@ TEST(CheckedString, StopsAtTheEndOfTheRoomAndThrows) {
 }
 
 void ExpectBothWays(std::uint32_t codePage, const std::string& narrow, const std::u16string& wide) {
-  const bool isUtf8 = codePage == kUtf8CodePage;
+  const bool isUtf8 = codePage == platform::CP_UTF8;
   std::u16string wideTarget = u"before";
   std::string narrowTarget = "before";
-  for (const int length : {static_cast<int>(narrow.size()), kNulTerminated}) {
-    MultiToWide(wideTarget, codePage, isUtf8 ? 0 : kWidenFlags, narrow.c_str(), length);
+  for (const int length : {static_cast<int>(narrow.size()), platform::kNulTerminated}) {
+    MultiToWide(wideTarget, codePage, isUtf8 ? 0 : platform::MB_PRECOMPOSED, narrow.c_str(), length);
     EXPECT_EQ(wideTarget, length < 0 ? std::u16string(wide.c_str()) : wide);
   }
-  for (const int length : {static_cast<int>(wide.size()), kNulTerminated}) {
-    WideToMulti(narrowTarget, codePage, isUtf8 ? 0 : kNarrowFlags, wide.c_str(), length);
+  for (const int length : {static_cast<int>(wide.size()), platform::kNulTerminated}) {
+    WideToMulti(narrowTarget, codePage, isUtf8 ? 0 : platform::WC_COMPOSITECHECK, wide.c_str(), length);
     EXPECT_EQ(narrowTarget, length < 0 ? std::string(narrow.c_str()) : narrow);
   }
 }
 
 TEST(TextConversion, ConvertsBothWaysWithLengthAndWithTerminator) {
-  ExpectBothWays(kUtf8CodePage, "T\xC3\xBCr \xE6\x9D\xB1 \xF0\x9F\x93\xB7", u"Tür 東 \U0001F4F7");
-  ExpectBothWays(kUtf8CodePage, "a\0b"s, u"a\0b"s);
-  ExpectBothWays(kUtf8CodePage, "", u"");
-  ExpectBothWays(kAnsiCodePage, "\x80 \xFC", u"€ ü");
+  ExpectBothWays(platform::CP_UTF8, "T\xC3\xBCr \xE6\x9D\xB1 \xF0\x9F\x93\xB7", u"Tür 東 \U0001F4F7");
+  ExpectBothWays(platform::CP_UTF8, "a\0b"s, u"a\0b"s);
+  ExpectBothWays(platform::CP_UTF8, "", u"");
+  ExpectBothWays(platform::CP_ACP, "\x80 \xFC", u"€ ü");
   // Lengths about which the way changes.
   std::string narrow;
   for (std::size_t length = 1; length < 300; ++length) {
-    ExpectBothWays(kUtf8CodePage, narrow += "\xE6\x9D\xB1", std::u16string(length, u'東'));
+    ExpectBothWays(platform::CP_UTF8, narrow += "\xE6\x9D\xB1", std::u16string(length, u'東'));
   }
   // What has no counterpart.
   EXPECT_EQ(Utf8ToWide("a\xFF-"), u"a\uFFFD-");
@@ -90,19 +90,19 @@ TEST(TextConversion, KeepsTheTargetsRoomAndRefusesWhatTheSystemRefuses) {
   std::u16string wide(100, u'x');
   std::string narrow;
   const char16_t* const room = wide.data();
-  MultiToWide(wide, kUtf8CodePage, 0, "Camera front door 12", 20);
+  MultiToWide(wide, platform::CP_UTF8, 0, "Camera front door 12", 20);
   EXPECT_TRUE(wide == u"Camera front door 12" && wide.data() == room);
-  MultiToWide(wide, kUtf8CodePage, 0, nullptr, 5);
+  MultiToWide(wide, platform::CP_UTF8, 0, nullptr, 5);
   EXPECT_EQ(wide, u"");
   // Flags and a code page that no system knows; the number is the system's.
   for (const int length : {1, -1}) {
-    const auto widen = [&] { MultiToWide(wide, kUtf8CodePage, 0x40000000, "x", length); };
+    const auto widen = [&] { MultiToWide(wide, platform::CP_UTF8, 0x40000000, "x", length); };
     const auto narrowDown = [&] { WideToMulti(narrow, 64999, 0, u"x", length); };
     EXPECT_TRUE(SystemErrorOf(widen).ends_with("] in MultiByteToWideChar"));
     EXPECT_TRUE(SystemErrorOf(narrowDown).ends_with("] in WideCharToMultiByte"));
   }
   // One unit more than three bytes each can count; the source is not read.
-  EXPECT_EQ(SystemErrorOf([&] { WideToMulti(narrow, kUtf8CodePage, 0, u"x", 715827883); }),
+  EXPECT_EQ(SystemErrorOf([&] { WideToMulti(narrow, platform::CP_UTF8, 0, u"x", 715827883); }),
             "SystemException 87 [ErrorCode #87] in WideCharToMultiByte");
 }
 

@@ -59,8 +59,6 @@ class Room {
   Unit* start_;
 };
 
-constexpr int kNulTerminated = -1;
-
 }  // namespace
 
 void OutputDebugStringW(const char16_t* text) {
