@@ -6,16 +6,17 @@
 #include <cstdint>
 #include <limits>
 
+#include "base/hex_digits.h"
+
 namespace simulator {
 namespace {
-
-constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 
 bool IsMac(std::string_view text) {
   constexpr std::size_t kLength = 17;
   if (text.size() != kLength) return false;
   for (std::size_t i = 0; i < kLength; ++i) {
-    const bool asExpected = i % 3 == 2 ? text[i] == ':' : kHexDigits.find(text[i]) != std::string_view::npos;
+    const bool asExpected =
+        i % 3 == 2 ? text[i] == ':' : Kestrel::kUpperHexDigits.find(text[i]) != std::string_view::npos;
     if (!asExpected) return false;
   }
   return true;

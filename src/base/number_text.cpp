@@ -9,6 +9,8 @@
 #include <system_error>
 #include <utility>
 
+#include "base/hex_digits.h"
+
 namespace Kestrel {
 namespace {
 
@@ -18,7 +20,7 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 bool IsHexDigit(char c) {
-  return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+  return HexDigitValue(c) >= 0;
 }
 
 void SkipBlanks(std::string_view& text) {

@@ -6,6 +6,7 @@
 
 #include "base/base64.h"
 #include "base/exceptions.h"
+#include "base/hex_digits.h"
 #include "base/text_conversion.h"
 #include "time/date_time_parser.h"
 #include "time/date_time_text.h"
@@ -27,7 +28,7 @@ std::string LengthText(std::uint64_t length) {
 std::string AddressText(const void* address) {
   auto number = reinterpret_cast<std::uintptr_t>(address);
   std::string text(16, '0');
-  for (auto digit = text.rbegin(); number != 0; ++digit, number /= 16) *digit = "0123456789ABCDEF"[number % 16];
+  for (auto digit = text.rbegin(); number != 0; ++digit, number /= 16) *digit = kUpperHexDigits[number % 16];
   return text;
 }
 

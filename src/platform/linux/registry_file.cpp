@@ -1,6 +1,7 @@
 #include "platform/linux/registry_file.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <optional>
 
@@ -51,14 +52,11 @@ std::optional<std::u16string> QuotedText(std::u16string_view& text) {
 /// One to mostDigits hexadecimal digits and nothing else.
 std::optional<std::uint32_t> HexNumber(std::u16string_view text, std::size_t mostDigits) {
   if (text.empty() || text.size() > mostDigits) return std::nullopt;
+  const std::string digits = Utf8Text(text);
+  const char* const end = digits.data() + digits.size();
   std::uint32_t number = 0;
-  for (const char16_t unit : text) {
-    const bool decimal = unit >= u'0' && unit <= u'9';
-    const char16_t letter = unit | 0x20;
-    if (!decimal && (letter < u'a' || letter > u'f')) return std::nullopt;
-    number = number << 4 | static_cast<std::uint32_t>(decimal ? unit - u'0' : letter - u'a' + 10);
-  }
-  return number;
+  const auto read = std::from_chars(digits.data(), end, number, 16);
+  return read.ptr == end ? std::optional(number) : std::nullopt;
 }
 
 std::optional<std::vector<std::uint8_t>> HexBytes(std::u16string_view text) {
