@@ -1,5 +1,3 @@
-#include "platform/threads.h"
-
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -8,13 +6,11 @@
 #include <thread>
 #include <vector>
 
+#include "platform/hand_over.h"
+
 using namespace platform;
 
 namespace {
-
-bool HandOver(std::function<void()> work) {
-  return RunOnWorkerAndWait([](void* context) { (*static_cast<std::function<void()>*>(context))(); }, &work);
-}
 
 class Workers : public testing::Test {
  protected:

@@ -133,11 +133,16 @@ void WatchForks() {
   static_cast<void>(watched);
 }
 
-/// The thread answers no signals: those are for the process's own threads.
+/// What a thread causes by its own doing, and the signal of profilers. A fault while its signal is blocked would end
+/// the process without asking the host's handler.
+constexpr int kOpenSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS, SIGPROF};
+
+/// A worker blocks all other signals, because those are for the host's own threads.
 bool StartThread(Worker* worker) {
-  sigset_t all, before;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &before);
+  sigset_t blocked, before;
+  sigfillset(&blocked);
+  for (const int signal : kOpenSignals) sigdelset(&blocked, signal);
+  pthread_sigmask(SIG_SETMASK, &blocked, &before);
   const int error = pthread_create(&worker->thread, nullptr, WorkerMain, worker);
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
   return error == 0;

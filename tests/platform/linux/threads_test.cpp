@@ -1,0 +1,34 @@
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstring>
+
+#include "platform/hand_over.h"
+
+using namespace platform;
+
+namespace {
+
+TEST(WorkerSignals, OnlyThoseOfTheThreadsOwnDoingAreOpen) {
+  sigset_t blocked;
+  ASSERT_TRUE(HandOver([&] { pthread_sigmask(SIG_BLOCK, nullptr, &blocked); }));
+  for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS, SIGPROF})
+    EXPECT_FALSE(sigismember(&blocked, signal)) << strsignal(signal);
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGCHLD, SIGALRM, SIGPIPE, SIGUSR1})
+    EXPECT_TRUE(sigismember(&blocked, signal)) << strsignal(signal);
+  StopWorkers();
+}
+
+TEST(WorkerSignalsDeathTest, TheHostsHandlerRunsForAFaultInATask) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto fault = [] {
+    std::signal(SIGSEGV, [](int) { _exit(7); });
+    void* const page = mmap(nullptr, 1, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    static_cast<void>(HandOver([page] { *static_cast<volatile char*>(page) = 1; }));
+  };
+  EXPECT_EXIT(fault(), testing::ExitedWithCode(7), "");
+}
+
+}  // namespace
