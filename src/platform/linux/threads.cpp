@@ -127,9 +127,17 @@ class IdleWorkers {
 
 constinit IdleWorkers idleWorkers;
 
+thread_local constinit std::uint32_t currentThreadId = 0;
+
+void ForgetThreadsOfParent() {
+  currentThreadId = 0;
+  idleWorkers.ForgetAllAndUnlock();
+}
+
+/// Called before anything is kept that a forked child must forget.
 void WatchForks() {
-  static const int watched = pthread_atfork([] { idleWorkers.Lock(); }, [] { idleWorkers.Unlock(); },
-                                            [] { idleWorkers.ForgetAllAndUnlock(); });
+  static const int watched =
+      pthread_atfork([] { idleWorkers.Lock(); }, [] { idleWorkers.Unlock(); }, ForgetThreadsOfParent);
   static_cast<void>(watched);
 }
 
@@ -157,12 +165,13 @@ Worker* NewWorker() {
   return nullptr;
 }
 
-thread_local constinit std::uint32_t currentThreadId = 0;
-
 }  // namespace
 
 std::uint32_t GetCurrentThreadId() {
-  if (currentThreadId == 0) currentThreadId = static_cast<std::uint32_t>(syscall(SYS_gettid));
+  if (currentThreadId == 0) {
+    WatchForks();
+    currentThreadId = static_cast<std::uint32_t>(syscall(SYS_gettid));
+  }
   return currentThreadId;
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -29,6 +30,18 @@ TEST(WorkerSignalsDeathTest, TheHostsHandlerRunsForAFaultInATask) {
     static_cast<void>(HandOver([page] { *static_cast<volatile char*>(page) = 1; }));
   };
   EXPECT_EXIT(fault(), testing::ExitedWithCode(7), "");
+}
+
+/// It forks where a worker is idle, whose thread the child has not.
+TEST(WorkerThreads, ForkedChildHasItsOwnNumberAndWorkers) {
+  ASSERT_TRUE(HandOver([] {}));
+  ASSERT_EQ(GetCurrentThreadId(), static_cast<std::uint32_t>(getpid()));
+  const pid_t child = fork();
+  if (child == 0) _exit(GetCurrentThreadId() != static_cast<std::uint32_t>(getpid()) ? 1 : HandOver([] {}) ? 0 : 2);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  StopWorkers();
 }
 
 }  // namespace
