@@ -93,36 +93,51 @@ void* WorkerMain(void* argument) {
   }
 }
 
-/// The idle workers, the one that was busy last on top: its stack and its processor are warm.
+/// Idle workers beyond this number end. Deliveries come from few threads; more of them at once are a burst.
+constexpr int kMostIdleWorkers = 16;
+
+/// The idle workers, the one that was busy last on top, because its stack and its processor are warm.
 class IdleWorkers {
  public:
   /// Null where none is idle.
   Worker* Take() {
     pthread_mutex_lock(&mutex_);
     Worker* const worker = top_;
-    if (worker) top_ = worker->next;
+    if (worker) {
+      top_ = worker->next;
+      --count_;
+    }
     pthread_mutex_unlock(&mutex_);
     return worker;
   }
 
-  void Put(Worker* worker) {
+  /// False where enough are idle; the worker is then the caller's.
+  bool Put(Worker* worker) {
     pthread_mutex_lock(&mutex_);
-    worker->next = top_;
-    top_ = worker;
+    const bool kept = count_ < kMostIdleWorkers;
+    if (kept) {
+      worker->next = top_;
+      top_ = worker;
+      ++count_;
+    }
     pthread_mutex_unlock(&mutex_);
+    return kept;
   }
 
-  /// A forked child has none of the threads. Held over the fork so that the child does not find the list half changed.
+  /// For a fork. Locked until it is done, so that the child does not find the list half changed. The child has none of
+  /// the threads.
   void Lock() { pthread_mutex_lock(&mutex_); }
   void Unlock() { pthread_mutex_unlock(&mutex_); }
   void ForgetAllAndUnlock() {
     top_ = nullptr;
+    count_ = 0;
     pthread_mutex_unlock(&mutex_);
   }
 
  private:
   pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
   Worker* top_ = nullptr;
+  int count_ = 0;
 };
 
 constinit IdleWorkers idleWorkers;
@@ -165,6 +180,14 @@ Worker* NewWorker() {
   return nullptr;
 }
 
+/// Waits until the thread has left. Requires a worker that is not in the list.
+void End(Worker* worker) {
+  worker->task = nullptr;
+  worker->start.Set();
+  pthread_join(worker->thread, nullptr);
+  delete worker;
+}
+
 }  // namespace
 
 std::uint32_t GetCurrentThreadId() {
@@ -184,17 +207,12 @@ bool RunOnWorkerAndWait(void (*task)(void*), void* context) {
   worker->delivererProcessor = sched_getcpu();
   const bool watched = worker->start.Set();
   worker->finished.Wait(watched);
-  idleWorkers.Put(worker);
+  if (!idleWorkers.Put(worker)) End(worker);
   return true;
 }
 
 void StopWorkers() {
-  while (Worker* const worker = idleWorkers.Take()) {
-    worker->task = nullptr;
-    worker->start.Set();
-    pthread_join(worker->thread, nullptr);
-    delete worker;
-  }
+  while (Worker* const worker = idleWorkers.Take()) End(worker);
 }
 
 }  // namespace platform

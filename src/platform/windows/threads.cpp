@@ -11,7 +11,8 @@
 namespace platform {
 namespace {
 
-/// One hand-over at a time. The work item is made once and submitted for every task.
+/// One hand-over at a time. The work item is made once and submitted for every task. Slots are kept until the unload,
+/// as many as there were hand-overs at once: they are a few hundred bytes each, and the threads are the pool's.
 struct alignas(MEMORY_ALLOCATION_ALIGNMENT) Slot {
   SLIST_ENTRY idle;  ///< first, so that its address is the slot's
   PTP_WORK work = nullptr;

@@ -3,8 +3,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
+#include <latch>
+#include <thread>
+#include <vector>
 
 #include "platform/hand_over.h"
 
@@ -30,6 +35,30 @@ TEST(WorkerSignalsDeathTest, TheHostsHandlerRunsForAFaultInATask) {
     static_cast<void>(HandOver([page] { *static_cast<volatile char*>(page) = 1; }));
   };
   EXPECT_EXIT(fault(), testing::ExitedWithCode(7), "");
+}
+
+std::ptrdiff_t Threads() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+}
+
+/// A joined thread is listed until the system has put it away.
+void ExpectThreads(std::ptrdiff_t count) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (Threads() != count && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+  EXPECT_EQ(Threads(), count);
+}
+
+TEST(WorkerThreads, IdleOnesBeyondABoundEnd) {
+  StopWorkers();
+  const std::ptrdiff_t before = Threads();
+  std::latch allBusy(200);
+  std::vector<std::thread> deliverers;
+  for (int i = 0; i < 200; ++i)
+    deliverers.emplace_back([&] { EXPECT_TRUE(HandOver([&] { allBusy.arrive_and_wait(); })); });
+  for (std::thread& deliverer : deliverers) deliverer.join();
+  ExpectThreads(before + 16);
+  StopWorkers();
+  ExpectThreads(before);
 }
 
 /// It forks where a worker is idle, whose thread the child has not.
