@@ -85,10 +85,10 @@ void* FindSymbol(void* module, const char* name) {
   return dlsym(module, name);
 }
 
-// The library takes its code page from the same setting.
+// The library takes its code page from the same setting, and 1252 where it is not set or empty.
 std::string Utf8FromSystemText(const std::string& text) {
   const char* const setting = std::getenv("TARN_ANSI_CODE_PAGE");
-  const iconv_t converter = iconv_open("UTF-8", ("CP" + std::string(setting ? setting : "1252")).c_str());
+  const iconv_t converter = iconv_open("UTF-8", ("CP" + std::string(setting && *setting ? setting : "1252")).c_str());
   if (converter == reinterpret_cast<iconv_t>(-1)) return text;
   std::string source = text;
   std::string result(text.size() * 4, '\0');  // no character takes more
@@ -96,7 +96,10 @@ std::string Utf8FromSystemText(const std::string& text) {
   std::size_t left = source.size();
   char* to = result.data();
   std::size_t room = result.size();
-  const bool converted = iconv(converter, &from, &left, &to, &room) != static_cast<std::size_t>(-1);
+  constexpr auto kFailed = static_cast<std::size_t>(-1);
+  // The second call gets the letter that the pages with combining characters hold back.
+  const bool converted = iconv(converter, &from, &left, &to, &room) != kFailed &&
+                         iconv(converter, nullptr, nullptr, &to, &room) != kFailed;
   iconv_close(converter);
   if (!converted) return text;
   result.resize(result.size() - room);
