@@ -1,5 +1,10 @@
-/// Reading the registry below HKEY_LOCAL_MACHINE. Each function returns ERROR_SUCCESS or an error code, as in the
-/// Windows API, and does not touch the thread's last error.
+/// Reading the registry below HKEY_LOCAL_MACHINE, in the 64-bit view.
+///
+/// On Windows it is the system's. On Linux it is the file that TARN_REGISTRY names, read once, when the first key is
+/// opened; without it, or where it cannot be read, there are no keys.
+///
+/// The Reg functions return ERROR_SUCCESS or an error code and leave the thread's last error alone. Every key that was
+/// opened is closed with RegCloseKey. All are thread-safe.
 #pragma once
 
 #include <cstdint>
@@ -34,8 +39,10 @@ std::uint32_t RegEnumValueA(RegistryKey* key, std::uint32_t index, char* name, s
                             std::uint32_t* type, void* data, std::uint32_t* byteCount);
 void RegCloseKey(RegistryKey* key);
 
-/// Replaces %NAME% by environment variables; an unknown one stays as it stands. Returns the units needed with the NUL,
-/// 0 on failure; the target is written when it has that room.
+/// Replace %NAME% by the environment variable of that name, without regard to case; an unknown one stays as it stands.
+/// Return the room needed in units with the NUL, or more: the narrow form of Windows may count too many. Where that is
+/// within targetSize, target holds the text up to its first NUL, otherwise its content is unspecified. 0 on failure.
+/// The narrow form is in the ANSI code page.
 std::uint32_t ExpandEnvironmentStringsA(const char* source, char* target, std::uint32_t targetSize);
 std::uint32_t ExpandEnvironmentStringsW(const char16_t* source, char16_t* target, std::uint32_t targetSize);
 

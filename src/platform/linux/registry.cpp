@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <new>
 #include <string>
 
@@ -27,10 +25,7 @@ namespace {
 
 /// The file that TARN_REGISTRY names, read when the first key is opened.
 const RegistryKeys& Registry() {
-  static const RegistryKeys keys = [] {
-    std::ifstream file(EnvironmentText("TARN_REGISTRY", ""), std::ios::binary);
-    return ParseRegistryFile(std::string(std::istreambuf_iterator<char>(file), {}));
-  }();
+  static const RegistryKeys keys = ReadRegistryFile(EnvironmentText("TARN_REGISTRY", "").c_str());
   return keys;
 }
 
@@ -41,7 +36,7 @@ bool IsText(std::uint32_t type) {
 std::string AnsiText(std::u16string_view text) {
   const int units = static_cast<int>(text.size());
   if (units == 0) return {};
-  std::string narrow(text.size() * 2, '\0');  // no ANSI code page has more than two bytes for a unit
+  std::string narrow(text.size() * 3, '\0');  // the most that a unit becomes, in UTF-8
   const int bytes = WideCharToMultiByte(CP_ACP, 0, text.data(), units, narrow.data(), static_cast<int>(narrow.size()));
   narrow.resize(static_cast<std::size_t>(bytes));
   return narrow;
@@ -125,7 +120,7 @@ std::uint32_t RegEnumValueA(RegistryKey* key, std::uint32_t index, char* name, s
   const std::string narrowName = AnsiText(value.name);
   if (*nameSize <= narrowName.size()) return ERROR_MORE_DATA;
   *nameSize = static_cast<std::uint32_t>(narrowName.size());
-  std::strcpy(name, narrowName.c_str());
+  std::memcpy(name, narrowName.c_str(), narrowName.size() + 1);
   const std::string narrowData = AnsiData(value);
   return Deliver(value.type, narrowData.data(), narrowData.size(), type, data, byteCount);
 }

@@ -1,5 +1,9 @@
 #include "platform/linux/registry_file.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstring>
@@ -103,6 +107,23 @@ std::optional<RegistryValue> ParseData(std::u16string_view text) {
   return bytes ? std::optional(RegistryValue{{}, type, std::move(*bytes)}) : std::nullopt;
 }
 
+/// Empty where it is not to be had. Opening does not wait for the other end of a pipe.
+std::string ContentOf(const char* path) {
+  constexpr std::size_t kMostBytes = 16 << 20;
+  const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  struct stat status {};
+  std::string content;
+  if (descriptor >= 0 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+    char block[4096];
+    ssize_t bytes = 0;
+    while (content.size() <= kMostBytes && (bytes = read(descriptor, block, sizeof block)) > 0)
+      content.append(block, static_cast<std::size_t>(bytes));
+    if (bytes < 0 || content.size() > kMostBytes) content.clear();
+  }
+  if (descriptor >= 0) close(descriptor);
+  return content;
+}
+
 bool SameName(std::u16string_view a, std::u16string_view b) {
   return UpperCase(a) == UpperCase(b);
 }
@@ -190,6 +211,10 @@ class Parser {
 
 RegistryKeys ParseRegistryFile(std::string_view content) {
   return Parser().Parse(Decoded(content));
+}
+
+RegistryKeys ReadRegistryFile(const char* path) {
+  return ParseRegistryFile(ContentOf(path));
 }
 
 const RegistryValue* FindValue(const RegistryValues& values, std::u16string_view name) {

@@ -1,6 +1,7 @@
 #include "platform/registry.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -69,6 +70,20 @@ TEST(RegistryFile, Utf16IsReadBehindItsByteOrderMark) {
       u"\uFEFFWindows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\K]\r\n@=\"\u6771\"\r\n";
   const RegistryKeys keys = ParseRegistryFile({reinterpret_cast<const char*>(text.data()), text.size() * 2});
   EXPECT_EQ(FindValue(keys.at(u"K"), u"")->data, (Bytes{0x71, 0x67, 0, 0}));
+}
+
+TEST(RegistryFile, WhatIsNoFileHasNoKeys) {
+  const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "platform_tests_registry";
+  std::filesystem::create_directory(folder);
+  const std::filesystem::path pipe = folder / "pipe", large = folder / "large", good = folder / "good";
+  mkfifo(pipe.c_str(), 0600);
+  for (const auto& file : {large, good}) std::ofstream(file) << "[HKEY_LOCAL_MACHINE\\K]\n";
+  EXPECT_EQ(ReadRegistryFile(good.c_str()).size(), 1U);
+  std::filesystem::resize_file(large, (16 << 20) + 1);
+  const std::string none = folder / "none";
+  for (const char* path : {"", none.c_str(), folder.c_str(), pipe.c_str(), large.c_str(), "/dev/zero"})
+    EXPECT_TRUE(ReadRegistryFile(path).empty()) << path;
+  std::filesystem::remove_all(folder);
 }
 
 /// The file is read once in a process, so everything that goes through the interface is one test.
