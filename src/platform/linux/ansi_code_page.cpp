@@ -2,8 +2,9 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
+#include <charconv>
 #include <string>
 
 #include "platform/linux/text.h"
@@ -11,70 +12,123 @@
 namespace platform {
 namespace {
 
+constexpr unsigned kPages[] = {874, 932, 936, 949, 950, 1250, 1251, 1252, 1253, 1254, 1255, 1256, 1257, 1258, 65001};
+constexpr unsigned kDefaultPage = 1252;
+
 /// Not a character, so no byte means it.
 constexpr char16_t kLeadByte = 0xFFFF;
 constexpr unsigned kFirstDoubleByte = 0x8000;
 /// What stands for a pair of bytes that mean nothing.
 constexpr char16_t kUnknownPair = u'?';
 
-/// One character of a code page in UTF-16: 0 where the bytes mean nothing or need two units, kLeadByte where they are
-/// the beginning of a character.
-char16_t Convert(iconv_t converter, const char* bytes, std::size_t count) {
-  char16_t units[2] = {};
-  auto* source = const_cast<char*>(bytes);
-  auto* target = reinterpret_cast<char*>(units);
-  std::size_t room = sizeof units;
-  iconv(converter, nullptr, nullptr, nullptr, nullptr);
-  if (iconv(converter, &source, &count, &target, &room) == static_cast<std::size_t>(-1))
-    return errno == EINVAL ? kLeadByte : u'\0';
-  return room == sizeof units[1] ? units[0] : u'\0';
+unsigned PageOfTheSetting() {
+  const std::string setting = EnvironmentText("TARN_ANSI_CODE_PAGE", "");
+  unsigned number = 0;
+  const char* const end = setting.data() + setting.size();
+  const bool isNumber = std::from_chars(setting.data(), end, number).ptr == end;
+  return isNumber && std::ranges::find(kPages, number) != std::end(kPages) ? number : kDefaultPage;
 }
+
+/// One direction of the C library's conversion.
+class Iconv {
+ public:
+  Iconv(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
+  ~Iconv() {
+    if (IsOpen()) iconv_close(handle_);
+  }
+  Iconv(const Iconv&) = delete;
+  Iconv& operator=(const Iconv&) = delete;
+
+  bool IsOpen() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+
+  /// Returns how many bytes of target were written, 0 on failure with errno set. Flushed, because the converters of
+  /// some pages hold a letter back in case that a combining character follows.
+  std::size_t Convert(const void* source, std::size_t bytes, void* target, std::size_t room) const {
+    if (!IsOpen()) return 0;
+    auto* from = static_cast<char*>(const_cast<void*>(source));
+    auto* to = static_cast<char*>(target);
+    std::size_t left = room;
+    iconv(handle_, nullptr, nullptr, nullptr, nullptr);
+    if (iconv(handle_, &from, &bytes, &to, &left) == kFailed) return 0;
+    if (iconv(handle_, nullptr, nullptr, &to, &left) == kFailed) return 0;
+    return room - left;
+  }
+
+ private:
+  static constexpr std::size_t kFailed = static_cast<std::size_t>(-1);
+  iconv_t handle_;
+};
 
 }  // namespace
 
+/// Both directions of a page, character by character.
+class AnsiCodePage::Converter {
+ public:
+  explicit Converter(const std::string& page)
+      : widening_("UTF-16LE", page.c_str()), narrowing_(page.c_str(), "UTF-16LE") {}
+
+  bool IsKnown() const { return widening_.IsOpen() && narrowing_.IsOpen(); }
+
+  /// 0 where the bytes mean nothing or need two units, kLeadByte where they are the beginning of a character.
+  char16_t Widen(const char* bytes, std::size_t count) const {
+    char16_t units[2] = {};
+    const std::size_t written = widening_.Convert(bytes, count, units, sizeof units);
+    if (written == sizeof units[0]) return units[0];
+    return written == 0 && errno == EINVAL ? kLeadByte : u'\0';
+  }
+
+  /// The code of one or two bytes that the page writes for the unit, lead byte in the high half; 0 where there is none.
+  std::uint16_t Narrow(char16_t unit) const {
+    unsigned char bytes[4] = {};
+    const std::size_t written = narrowing_.Convert(&unit, sizeof unit, bytes, sizeof bytes);
+    if (written == 1) return bytes[0];
+    return static_cast<std::uint16_t>(written == 2 ? bytes[0] << 8 | bytes[1] : 0);
+  }
+
+ private:
+  Iconv widening_;
+  Iconv narrowing_;
+};
+
 const AnsiCodePage& AnsiCodePage::Instance() {
-  static const AnsiCodePage page;
+  static constinit AnsiCodePage page;
+  static const bool loaded = (page.Load(PageOfTheSetting()), true);
+  static_cast<void>(loaded);
   return page;
 }
 
-/// The tables are left alone: the only object is static and so begins as zeros, of which most are never touched.
-AnsiCodePage::AnsiCodePage()
-    : number_(static_cast<unsigned>(std::atoi(EnvironmentText("TARN_ANSI_CODE_PAGE", "1252").c_str()))) {
-  iconv_t const converter = iconv_open("UTF-16LE", ("CP" + std::to_string(number_)).c_str());
-  AddSingleBytes(converter);
-  if (converter != reinterpret_cast<iconv_t>(-1)) {
-    AddDoubleBytes(converter);
-    iconv_close(converter);
-  }
+void AnsiCodePage::Load(unsigned number) {
+  number_ = number;
+  if (IsUtf8()) return;
+  const Converter page("CP" + std::to_string(number));
+  AddSingleBytes(page);
+  AddDoubleBytes(page);
 }
 
-/// A byte that the page does not define is the control character of the same value; so is every byte, where the system
-/// does not know the page.
-void AnsiCodePage::AddSingleBytes(void* converter) {
-  const bool known = converter != reinterpret_cast<iconv_t>(-1);
+void AnsiCodePage::AddSingleBytes(const Converter& page) {
   for (unsigned code = 0; code < 0x100; ++code) {
     const char byte = static_cast<char>(code);
-    const char16_t unit = known ? Convert(converter, &byte, 1) : u'\0';
-    Add(static_cast<std::uint16_t>(code), unit ? unit : static_cast<char16_t>(code));
+    const char16_t unit = page.IsKnown() ? page.Widen(&byte, 1) : u'\0';
+    Add(page, static_cast<std::uint16_t>(code), unit ? unit : static_cast<char16_t>(code));
   }
 }
 
-void AnsiCodePage::AddDoubleBytes(void* converter) {
+void AnsiCodePage::AddDoubleBytes(const Converter& page) {
   for (unsigned code = kFirstDoubleByte; code < 0x10000; ++code) {
     if (single_[code >> 8] != kLeadByte) continue;
     const char bytes[] = {static_cast<char>(code >> 8), static_cast<char>(code)};
-    const char16_t unit = Convert(converter, bytes, sizeof bytes);
-    if (unit && unit != kLeadByte) Add(static_cast<std::uint16_t>(code), unit);
+    const char16_t unit = page.Widen(bytes, sizeof bytes);
+    if (unit && unit != kLeadByte) Add(page, static_cast<std::uint16_t>(code), unit);
   }
 }
 
-/// Of several codes for one character the first is written.
-void AnsiCodePage::Add(std::uint16_t code, char16_t unit) {
+/// Of several codes for one character the first is written, unless the page itself writes another.
+void AnsiCodePage::Add(const Converter& page, std::uint16_t code, char16_t unit) {
   if (code < 0x100)
     single_[code] = unit;
   else
     double_[code - kFirstDoubleByte] = unit;
-  if (unit != kLeadByte && narrow_[unit] == 0) narrow_[unit] = code;
+  if (unit != kLeadByte && (narrow_[unit] == 0 || page.Narrow(unit) == code)) narrow_[unit] = code;
 }
 
 std::size_t AnsiCodePage::Widen(std::string_view source, char16_t* target) const {

@@ -1,5 +1,9 @@
-/// The ANSI code page that TARN_ANSI_CODE_PAGE names (a Windows code page number; 1252 unless set), as tables made
-/// once.
+/// The system's ANSI code page: the one that TARN_ANSI_CODE_PAGE names by its Windows number, as tables made once.
+///
+/// Offered are those that Windows offers: 874, 932, 936, 949, 950, 1250 to 1258, and 65001, which is UTF-8 and needs no
+/// tables. Without a setting, and with any other, it is 1252. A byte that the page does not define becomes the
+/// character of the same value, so that it survives both ways; so does every byte above 0x7F, where the C library lacks
+/// the page.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +14,13 @@ namespace platform {
 
 class AnsiCodePage {
  public:
+  /// The page of the process, made at the first call. Never destroyed, because lines are written until the very end.
   static const AnsiCodePage& Instance();
+
+  /// Zeros, so that the static page lies where the system provides zeros and most of it is never touched.
+  constexpr AnsiCodePage() = default;
+  /// Fills the tables. Requires an object that is new.
+  void Load(unsigned number);
 
   bool IsUtf8() const { return number_ == 65001; }
   /// Units that the text becomes, at most one for each byte. target: null to count them.
@@ -19,15 +29,16 @@ class AnsiCodePage {
   std::size_t Narrow(std::u16string_view source, char* target) const;
 
  private:
-  AnsiCodePage();
-  void AddSingleBytes(void* converter);
-  void AddDoubleBytes(void* converter);
-  void Add(std::uint16_t code, char16_t unit);
+  class Converter;
 
-  unsigned number_;
-  char16_t single_[256];           ///< kLeadByte where a second byte follows
-  std::uint16_t narrow_[0x10000];  ///< lead byte in the high half; 0: the page lacks the unit
-  char16_t double_[0x8000];        ///< by the code less 0x8000; 0: no character
+  void AddSingleBytes(const Converter& page);
+  void AddDoubleBytes(const Converter& page);
+  void Add(const Converter& page, std::uint16_t code, char16_t unit);
+
+  unsigned number_ = 0;
+  char16_t single_[256] = {};           ///< kLeadByte where a second byte follows
+  std::uint16_t narrow_[0x10000] = {};  ///< lead byte in the high half; 0: the page lacks the unit
+  char16_t double_[0x8000] = {};        ///< by the code less 0x8000; 0: no character
 };
 
 }  // namespace platform
