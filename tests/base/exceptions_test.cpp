@@ -45,6 +45,7 @@ TEST(Exceptions, CarryTheirClassCodeAndTexts) {
   Expect(7, "KestrelException 8: Gr\xF6\xDF", [] { throw KestrelException(7, 8, u"Größ", "more"); });
   Expect(0, "KestrelException: Gr\xF6\xDF", [] { throw KestrelException("Gr\xF6\xDF"); });
   Expect(5, "EKestrelDateTime 14: t", [] { throw EKestrelDateTime(dteTimeExpected, u"t"); });
+  Expect(5, "EKestrelDateTime 13: t", [] { throw EKestrelDateTime(dteOutOfRange, "t"); });
   Expect(0, "VariantExceptions::VariantInvalidTypeException: VariantException",
          [] { throw VariantExceptions::VariantInvalidTypeException(); });
   Expect(4, "OutOfMemoryException: Out of memory during allocation of 18446744073709551615 bytes in FlatMemory",

@@ -1,4 +1,5 @@
 /// What the base library does with texts: conversion, escapes, bounded rooms, GUIDs.
+#include "base/append_text.h"
 #include "base/checked_string.h"
 #include "base/guid.h"
 #include "base/text_conversion.h"
@@ -19,13 +20,23 @@ TEST(Guid, IsWrittenInLowerCaseAndReadWithAndWithoutBraces) {
   }
   std::string hyphenMoved = kText;
   std::swap(hyphenMoved[13], hyphenMoved[14]);
-  for (const std::string& text : {""s, "{" + kText, kText + "}", "{" + kText + ")", kText + "0", kText.substr(1),
-                                  "g" + kText.substr(1), "\xFF" + kText.substr(1), hyphenMoved}) {
+  for (const std::string& text :
+       {""s, "{" + kText, kText + "}", "{" + kText + ")", kText + "0", kText.substr(1), "g" + kText.substr(1),
+        "\xFF" + kText.substr(1), kText.substr(0, 35) + "g", hyphenMoved}) {
     Guid guid = kGuid;
     EXPECT_FALSE(StringToGuid(text, guid)) << text;
     EXPECT_EQ(guid, kGuid) << text;
   }
   EXPECT_EQ(ErrorOf([] { GuidFromString("{x}"); }), "GuidConversionException: Conversion of guid '{x}' failed.");
+}
+
+TEST(AppendText, WritesValuesAsStreamsDo) {
+  std::u16string text = u"kept ";
+  const auto append = [&text](const auto&... values) { (AppendText(text, values), ...); };
+  append("G\xE4\x7F", "\x80", u"\u0436", "s"s, u"w"s, 'c', u'\u20ac', -1, true, ~std::uint64_t{0}, std::uint8_t{65});
+  append(static_cast<const char*>(nullptr), static_cast<const char16_t*>(nullptr), static_cast<void*>(nullptr),
+         reinterpret_cast<int*>(0xFEDCBA9876543210));
+  EXPECT_EQ(text, u"kept Gä\u007F€\u0436swc€-1118446744073709551615650000000000000000FEDCBA9876543210");
 }
 
 TEST(XmlEscape, WritesEntitiesAndByteReferences) {
@@ -82,6 +93,7 @@ TEST(TextConversion, ConvertsBothWaysWithLengthAndWithTerminator) {
   }
   // What has no counterpart.
   EXPECT_EQ(Utf8ToWide("a\xFF-"), u"a\uFFFD-");
+  EXPECT_EQ(Utf8ToWide("\0a"s), u"");
   EXPECT_EQ(WideToUtf8(u"a\xD83D-"), "a\xEF\xBF\xBD-");
   EXPECT_EQ(WideToAnsi(u"東"), "?");
 }
