@@ -16,8 +16,8 @@ constexpr std::size_t kMaxBytesPerUnit = 3;
 constexpr int kMaxWideLength = std::numeric_limits<int>::max() / static_cast<int>(kMaxBytesPerUnit);
 static_assert(kMaxWideLength == 715827882);
 
-/// Texts of up to this many units pass through the stack: their target then gets exactly the room it needs, and none of
-/// it is filled twice.
+/// Texts of up to this many units are converted on the stack and copied, so that their target allocates exactly what it
+/// needs and is not filled with zeros first.
 constexpr std::size_t kShortLength = 256;
 
 struct Widening {
@@ -38,7 +38,7 @@ struct Narrowing {
   static constexpr auto kConvert = platform::WideCharToMultiByte;
 };
 
-/// Converts length > 0 units without asking for the size first. False where the system refuses.
+/// Converts length > 0 units without asking for the size first. Returns false where the system refuses.
 template <class Direction>
 bool ConvertInPlace(std::basic_string<typename Direction::Target>& target, std::uint32_t codePage, std::uint32_t flags,
                     const typename Direction::Source* source, int length) {
@@ -55,7 +55,7 @@ bool ConvertInPlace(std::basic_string<typename Direction::Target>& target, std::
   return units > 0;
 }
 
-/// False, with the thread's last error set, where the system refuses.
+/// Returns false, with the thread's last error set, where the system refuses.
 template <class Direction>
 bool TryConvert(std::basic_string<typename Direction::Target>& target, std::uint32_t codePage, std::uint32_t flags,
                 const typename Direction::Source* source, int length) {
@@ -71,7 +71,7 @@ bool TryConvert(std::basic_string<typename Direction::Target>& target, std::uint
 
   const int required = Direction::kConvert(codePage, flags, source, length, nullptr, 0);
   if (required < 1) return false;
-  // The terminator of a NUL-terminated source falls onto the one that the target has anyway.
+  // required counts the terminator of a NUL-terminated source, which is written over the target's own.
   target.resize(static_cast<std::size_t>(length < 0 ? required - 1 : required));
   return Direction::kConvert(codePage, flags, source, length, target.data(), required) >= 1;
 }
@@ -82,7 +82,7 @@ void Convert(std::basic_string<typename Direction::Target>& target, std::uint32_
   if (!TryConvert<Direction>(target, codePage, flags, source, length)) ThrowLastSystemError(Direction::kContext);
 }
 
-/// A view has no terminator to read up to, which a length that has become negative would ask for.
+/// Refuses a length above INT_MAX, because it would turn negative, which means NUL-terminated; a view is not.
 template <class Direction>
 int LengthOf(std::basic_string_view<typename Direction::Source> text) {
   const std::uint32_t length = ClipSizeT(text.size());
@@ -100,7 +100,7 @@ std::basic_string<typename Direction::Target> Converted(std::uint32_t codePage, 
   return target;
 }
 
-/// In the ANSI code page; where the system refuses that, what is not ASCII becomes "?".
+/// Converts in the ANSI code page; where the system refuses, each unit outside ASCII becomes "?".
 template <class Direction>
 std::basic_string<typename Direction::Target> ConvertedOrAscii(
     std::uint32_t flags, std::basic_string_view<typename Direction::Source> text) {
