@@ -240,6 +240,8 @@ TEST(TimeZones, TellTheBiasInForce) {
   auto withStandardBias = kBerlin;
   withStandardBias.standardBias = 30;
   EXPECT_EQ(change(withStandardBias, u"2024-03-31 01:30"), std::pair(-30, -120));
+  const auto in2025 = Zone(-60, {2025, 10, 0, 26, 3, 0, 0, 0}, {2025, 3, 0, 30, 2, 0, 0, 0});
+  EXPECT_EQ(BiasAt(static_cast<std::uint64_t>(Milliseconds(u"2024-12-31 23:30")), in2025), -60) << "2025 there";
 
   const auto localChange = [](const platform::TimeZoneInformation& zone, std::u16string_view local) {
     return std::pair<int, int>(BiasAtLocal(Milliseconds(local) - 1, zone), BiasAtLocal(Milliseconds(local), zone));
