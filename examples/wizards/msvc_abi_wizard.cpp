@@ -24,6 +24,7 @@ namespace {
 /// One line at a time, since callbacks come on other threads.
 class Line {
  public:
+  Line() {}  // without it Line() would clear the bytes, by a function of the library that is not there
   Line& Text(const char* text) {
     while (*text) Put(*text++);
     return *this;

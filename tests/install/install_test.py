@@ -36,6 +36,12 @@ def need(*programs):
             sys.exit(77)
 
 
+def long_test():
+    if not os.environ.get("TARN_LONG_TESTS"):
+        print("skipped: takes a build of its own; set TARN_LONG_TESTS, as scripts/test does")
+        sys.exit(77)
+
+
 def run(*command, **options):
     print("$", shlex.join(map(str, command)), flush=True)
     done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace", **options)
@@ -92,9 +98,7 @@ def step_find_package():
 
 def user_project(name, obtain):
     """A project of nothing but the smallest wizard, which builds the library from its sources."""
-    if not os.environ.get("TARN_LONG_TESTS"):
-        print("skipped: takes a build of its own; set TARN_LONG_TESTS, as scripts/test does")
-        sys.exit(77)
+    long_test()
     source = fresh(name)
     shutil.copy(os.path.join(EXAMPLES, "wizards/smallest_wizard.cpp"), source)
     with open(os.path.join(source, "CMakeLists.txt"), "w", encoding="utf-8") as file:
@@ -138,6 +142,21 @@ def step_packages():
     if not A.windows:
         need("lintian")
         run("lintian", "--allow-root", "--fail-on", "error", *packages)
+
+
+def step_clang_library():
+    """The library built by another compiler, with no warning of an extension, under the programs of this one."""
+    need("clang++", "ld.lld")
+    long_test()
+    folder, together = fresh("clang"), fresh("clang_together")
+    toolchain = os.path.join(A.source, "cmake/windows-clang-toolchain.cmake")
+    launcher = [option for option in A.cmake if "LAUNCHER" in option]
+    run("cmake", "-G", "Ninja", "-S", A.source, "-B", folder, "-DTARN_DEVELOPER=OFF", f"-DCMAKE_TOOLCHAIN_FILE={toolchain}",
+        "-DCMAKE_COMPILE_WARNING_AS_ERROR=ON", *launcher)
+    run("cmake", "--build", folder, "--target", "TarnCameraFinding")
+    for file in (f"{folder}/bin/TarnCameraFinding.dll", f"{PREFIX}/bin/TarnDBI.dll", f"{PREFIX}/bin/tarnfind.exe"):
+        shutil.copy(file, together)
+    run_program(os.path.join(together, "tarnfind"), "search", "--for", "1")
 
 
 def step_msvc_abi():
