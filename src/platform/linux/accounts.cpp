@@ -3,6 +3,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -31,7 +32,8 @@ bool WithPasswordEntry(Lookup lookup, Consume consume) {
   std::vector<char> room(1024);
   passwd entry{};
   passwd* found = nullptr;
-  while (lookup(&entry, room.data(), room.size(), &found) == ERANGE) room.resize(room.size() * 2);
+  for (int error; (error = lookup(&entry, room.data(), room.size(), &found)) == ERANGE || error == EINTR;)
+    if (error == ERANGE) room.resize(room.size() * 2);
   if (found) consume(*found);
   return found != nullptr;
 }

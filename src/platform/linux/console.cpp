@@ -11,6 +11,7 @@
 #include "platform/error_codes.h"
 #include "platform/errors.h"
 #include "platform/linux/text.h"
+#include "platform/linux/write_all.h"
 
 namespace platform {
 namespace {
@@ -32,16 +33,11 @@ bool IsTerminal(ConsoleHandle console) {
   return false;
 }
 
-bool WriteAll(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(descriptor, text.data(), text.size());
-    if (written < 0) {
-      SetLastError(ERROR_INVALID_HANDLE);
-      return false;
-    }
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
+bool Write(ConsoleHandle console, std::string_view text) {
+  if (!IsTerminal(console)) return false;
+  if (WriteAll(DescriptorOf(console), text)) return true;
+  SetLastError(ERROR_INVALID_HANDLE);
+  return false;
 }
 
 /// "Select graphic rendition". The ordinary attributes give back the terminal's own colour, whichever that is.
@@ -69,11 +65,11 @@ bool HasConsoleWindow() {
 }
 
 bool WriteConsoleW(ConsoleHandle console, const char16_t* text, std::uint32_t units) {
-  return IsTerminal(console) && WriteAll(DescriptorOf(console), Utf8Text({text, units}));
+  return Write(console, Utf8Text({text, units}));
 }
 
 bool SetConsoleTextAttribute(ConsoleHandle console, std::uint16_t attributes) {
-  if (!IsTerminal(console) || !WriteAll(DescriptorOf(console), EscapeSequence(attributes))) return false;
+  if (!Write(console, EscapeSequence(attributes))) return false;
   attributesInForce.store(attributes, std::memory_order_relaxed);
   return true;
 }

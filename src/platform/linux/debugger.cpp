@@ -8,8 +8,10 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 
 #include "platform/code_pages.h"
+#include "platform/linux/write_all.h"
 
 namespace platform {
 namespace {
@@ -22,7 +24,9 @@ class Sink {
     const char* const target = std::getenv("TARN_DEBUGGER");
     if (!target || !*target) return;
     isFile_ = std::strcmp(target, "stderr") != 0;
-    descriptor_ = isFile_ ? open(target, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644) : STDERR_FILENO;
+    // A pipe without a reader would be waited for.
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK;
+    descriptor_ = isFile_ ? open(target, kFlags, 0644) : STDERR_FILENO;
   }
   ~Sink() {
     if (isFile_ && descriptor_ >= 0) close(descriptor_);
@@ -31,10 +35,8 @@ class Sink {
   Sink& operator=(const Sink&) = delete;
 
   bool IsOpen() const { return descriptor_ >= 0; }
-  /// One system call, so that lines of several threads and processes do not mix.
-  void Write(const char* text, std::size_t bytes) const {
-    if (bytes > 0 && write(descriptor_, text, bytes) < 0) return;  // nobody is left to be told
-  }
+  /// Nobody is left to be told of a failure.
+  void Write(std::string_view text) const { static_cast<void>(WriteAll(descriptor_, text)); }
 
  private:
   bool isFile_ = false;
@@ -68,7 +70,7 @@ void OutputDebugStringW(const char16_t* text) {
   Room<char> utf8(most);
   if (!utf8.Start()) return;
   const int bytes = WideCharToMultiByte(CP_UTF8, 0, text, kNulTerminated, utf8.Start(), static_cast<int>(most));
-  if (bytes > 0) sink.Write(utf8.Start(), static_cast<std::size_t>(bytes) - 1);
+  if (bytes > 0) sink.Write({utf8.Start(), static_cast<std::size_t>(bytes) - 1});
 }
 
 void OutputDebugStringA(const char* text) {

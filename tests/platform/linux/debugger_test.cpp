@@ -1,7 +1,11 @@
 #include "platform/debugger.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -26,6 +30,36 @@ TEST(Debugger, LinesGoToTheFileAsTheyAre) {
   for (int i = 0; i < 5000; ++i) expected += "\xE6\x9D\xB1";
   std::ifstream file(path, std::ios::binary);
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), expected);
+  std::filesystem::remove(path);
+}
+
+/// A pipe without a reader and a file at its limit each raise a signal that ends the process; a pipe that nobody has
+/// opened for reading is waited for.
+TEST(DebuggerDeathTest, NoSinkEndsOrStopsTheHost) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const std::string path = (std::filesystem::path(testing::TempDir()) / "platform_tests_sink").string();
+  const auto write = [&path](const char* target) {
+    int ends[2];
+    if (pipe(ends) != 0) std::exit(1);
+    close(ends[0]);
+    dup2(ends[1], STDERR_FILENO);
+    const rlimit limit{3, 3};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    setenv("TARN_DEBUGGER", target, 1);
+    platform::OutputDebugStringA("lines");
+    platform::OutputDebugStringA("lines");
+    sigset_t pending, blocked;
+    sigpending(&pending);
+    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+      if (sigismember(&pending, signal) || sigismember(&blocked, signal)) std::exit(2);
+    std::exit(0);
+  };
+  EXPECT_EXIT(write("stderr"), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(write(path.c_str()), testing::ExitedWithCode(0), "");
+  std::filesystem::remove(path);
+  mkfifo(path.c_str(), 0600);
+  EXPECT_EXIT(write(path.c_str()), testing::ExitedWithCode(0), "");
   std::filesystem::remove(path);
 }
 
