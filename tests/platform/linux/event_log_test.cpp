@@ -1,0 +1,52 @@
+#include "platform/event_log.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <regex>
+#include <string>
+
+using namespace platform;
+
+// The name and the connection of the process in the system log are the host's.
+extern "C" void openlog(const char*, int, int) noexcept {
+  ADD_FAILURE();
+}
+extern "C" void closelog() noexcept {
+  ADD_FAILURE();
+}
+
+TEST(EventLog, EventsReachALogOfEitherKind) {
+  const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "platform_tests_log";
+  setenv("TARN_EVENT_LOG", path.c_str(), 1);
+  const EventSource source = RegisterEventSourceW(u"pr\u00F6gram");
+  for (const int type : {SOCK_DGRAM, SOCK_STREAM}) {
+    std::filesystem::remove(path);
+    EXPECT_FALSE(ReportEventW(source, 1, nullptr, u"nobody listens"));
+    const int log = socket(AF_UNIX, type, 0);
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    path.native().copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(log, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    listen(log, 1);  // fails for datagrams, which need none
+    for (const auto& [eventType, priority] :
+         {std::pair(1, "11"), {2, "12"}, {4, "14"}, {8, "86"}, {16, "85"}, {0, "14"}}) {
+      ASSERT_TRUE(ReportEventW(source, static_cast<std::uint16_t>(eventType), nullptr, u"t\u00E4xt"));
+      const int from = type == SOCK_STREAM ? accept(log, nullptr, nullptr) : log;
+      std::string message(256, '\0');
+      message.resize(static_cast<std::size_t>(recv(from, message.data(), message.size(), 0)));
+      if (from != log) close(from);
+      const std::regex form("<" + std::string(priority) +
+                            ">[A-Z][a-z]{2} [ 1-3]\\d \\d\\d:\\d\\d:\\d\\d pr\xC3\xB6gram\\[" +
+                            std::to_string(getpid()) + "\\]: t\xC3\xA4xt" + (type == SOCK_STREAM ? "\\0" : ""));
+      EXPECT_TRUE(std::regex_match(message, form)) << message;
+    }
+    close(log);
+  }
+  EXPECT_TRUE(DeregisterEventSource(source));
+  EXPECT_FALSE(ReportEventW(nullptr, 1, nullptr, u"") || DeregisterEventSource(nullptr));
+  unsetenv("TARN_EVENT_LOG");
+}
