@@ -2,10 +2,7 @@
 
 #include <langinfo.h>
 #include <locale.h>
-#include <pthread.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <string>
 #include <string_view>
@@ -48,33 +45,6 @@ bool InvalidParameter() {
   SetLastError(ERROR_INVALID_PARAMETER);
   return false;
 }
-
-/// The rules are found with many calls of the C library, so those of a year are kept, together with the setting of the
-/// zone that they come from. A longer setting than the room holds is not kept.
-class TimeZoneCache {
- public:
-  TimeZoneYear Get(std::time_t now) {
-    const char* const setting = std::getenv("TZ");
-    const std::string_view zone = setting ? setting : "";
-    pthread_mutex_lock(&mutex_);
-    if (now < year_.begin || now >= year_.end || zone != zone_) {
-      tzset();
-      year_ = TimeZoneYearOf(now);
-      if (zone.size() < sizeof zone_)
-        zone_[zone.copy(zone_, zone.size())] = '\0';
-      else
-        year_.begin = year_.end = 0;
-    }
-    const TimeZoneYear year = year_;
-    pthread_mutex_unlock(&mutex_);
-    return year;
-  }
-
- private:
-  pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
-  TimeZoneYear year_{};
-  char zone_[64] = {};
-};
 
 constinit TimeZoneCache timeZoneCache;
 
@@ -187,15 +157,9 @@ bool FileTimeToSystemTime(const FileTime& fileTime, SystemTime* systemTime) {
 }
 
 std::uint32_t GetTimeZoneInformation(TimeZoneInformation* information) {
-  constexpr std::uint32_t kUnknown = 0, kStandard = 1, kDaylight = 2;
-  const std::time_t now = Now(CLOCK_REALTIME).tv_sec;
-  const TimeZoneYear year = timeZoneCache.Get(now);
-  *information = year.rules;
-  if (year.toDaylight == 0) return kUnknown;
-  const bool northern = year.toDaylight < year.toStandard;
-  const bool between =
-      northern ? now >= year.toDaylight && now < year.toStandard : now >= year.toStandard && now < year.toDaylight;
-  return between == northern ? kDaylight : kStandard;
+  const TimeZonePeriod period = timeZoneCache.Get(Now(CLOCK_REALTIME).tv_sec);
+  *information = period.rules;
+  return period.state;
 }
 
 int GetDateFormatW(std::uint32_t flags, const SystemTime& time, const char16_t* picture, char16_t* text, int units) {

@@ -1,6 +1,9 @@
 #include "platform/linux/time_zone.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <string_view>
+#include <vector>
 
 #include "platform/calendar.h"
 #include "platform/linux/text.h"
@@ -10,6 +13,7 @@ namespace {
 
 constexpr std::time_t kDay = 86400;
 constexpr std::int64_t kDaysFrom1601To1970 = 134774;
+constexpr std::uint32_t kUnknown = 0, kStandard = 1, kDaylight = 2;
 
 std::tm LocalTime(std::time_t time) {
   std::tm local{};
@@ -17,8 +21,14 @@ std::tm LocalTime(std::time_t time) {
   return local;
 }
 
+/// Seconds east of Greenwich.
 long OffsetAt(std::time_t time) {
   return LocalTime(time).tm_gmtoff;
+}
+
+/// Minutes; local time = UTC - bias.
+std::int32_t BiasAt(std::time_t time) {
+  return static_cast<std::int32_t>(-OffsetAt(time) / 60);
 }
 
 std::time_t BeginOfYear(int year) {
@@ -33,6 +43,17 @@ std::time_t Transition(std::time_t begin, std::time_t end) {
     (OffsetAt(middle) == after ? end : begin) = middle;
   }
   return end;
+}
+
+/// The first seconds of new offsets, from begin on and before end.
+std::vector<std::time_t> Transitions(std::time_t begin, std::time_t end) {
+  constexpr std::time_t kStep = 8 * kDay;  // shorter than any zone keeps an offset
+  std::vector<std::time_t> transitions;
+  for (std::time_t from = begin - 1, to; from < end - 1; from = to) {
+    to = std::min(from + kStep, end - 1);
+    if (OffsetAt(from) != OffsetAt(to)) transitions.push_back(Transition(from, to));
+  }
+  return transitions;
 }
 
 /// The relative form of a transition, in the local time that was in force before it. The last such weekday of a month
@@ -61,36 +82,50 @@ void SetName(char16_t (&target)[N], std::time_t time) {
 
 }  // namespace
 
-TimeZoneYear TimeZoneYearOf(std::time_t now) {
+TimeZonePeriod TimeZonePeriodAt(std::time_t now) {
   std::tm utc{};
   gmtime_r(&now, &utc);
-  TimeZoneYear year{};
-  year.begin = BeginOfYear(utc.tm_year + 1900);
-  year.end = BeginOfYear(utc.tm_year + 1901);
+  const std::time_t yearBegin = BeginOfYear(utc.tm_year + 1900), yearEnd = BeginOfYear(utc.tm_year + 1901);
+  const std::vector<std::time_t> transitions = Transitions(yearBegin, yearEnd);
 
-  // Shorter than any zone keeps its daylight time.
-  constexpr std::time_t kStep = 8 * kDay;
-  int transitions = 0;
-  for (std::time_t time = year.begin; time + kStep < year.end; time += kStep) {
-    const long change = OffsetAt(time + kStep) - OffsetAt(time);
-    if (change == 0) continue;
-    ++transitions;
-    (change > 0 ? year.toDaylight : year.toStandard) = Transition(time, time + kStep);
+  TimeZonePeriod period{.begin = yearBegin, .end = yearEnd, .state = kUnknown, .rules = {}};
+  for (const std::time_t transition : transitions) {
+    if (transition <= now) period.begin = transition;
+    if (transition > now) period.end = std::min(period.end, transition);
   }
 
-  const bool hasRules = transitions == 2 && year.toDaylight != 0 && year.toStandard != 0;
-  if (!hasRules) year.toDaylight = year.toStandard = 0;
-  const std::time_t standard = hasRules ? year.toStandard : now;
-  const std::time_t daylight = hasRules ? year.toDaylight : now;
-  year.rules.bias = static_cast<std::int32_t>(-OffsetAt(standard) / 60);
-  SetName(year.rules.standardName, standard);
-  SetName(year.rules.daylightName, daylight);
-  if (hasRules) {
-    year.rules.daylightBias = static_cast<std::int32_t>(-OffsetAt(daylight) / 60) - year.rules.bias;
-    year.rules.standardDate = RelativeDate(year.toStandard);
-    year.rules.daylightDate = RelativeDate(year.toDaylight);
+  const bool hasRules = transitions.size() == 2 && OffsetAt(transitions[0] - 1) == OffsetAt(transitions[1]);
+  if (!hasRules) {
+    period.rules.bias = BiasAt(now);
+    SetName(period.rules.standardName, now);
+    SetName(period.rules.daylightName, now);
+    return period;
   }
-  return year;
+  const bool northern = OffsetAt(transitions[0]) > OffsetAt(transitions[1]);
+  const std::time_t daylight = transitions[northern ? 0 : 1], standard = transitions[northern ? 1 : 0];
+  period.state = OffsetAt(now) == OffsetAt(daylight) ? kDaylight : kStandard;
+  period.rules.bias = BiasAt(standard);
+  period.rules.daylightBias = BiasAt(daylight) - period.rules.bias;
+  period.rules.standardDate = RelativeDate(standard);
+  period.rules.daylightDate = RelativeDate(daylight);
+  SetName(period.rules.standardName, standard);
+  SetName(period.rules.daylightName, daylight);
+  return period;
+}
+
+TimeZonePeriod TimeZoneCache::Get(std::time_t now) {
+  const char* const setting = std::getenv("TZ");
+  const std::string_view zone = setting ? setting : "";
+  const std::lock_guard guard(mutex_);
+  if (now < period_.begin || now >= period_.end || zone != zone_) {
+    tzset();
+    period_ = TimeZonePeriodAt(now);
+    if (zone.size() < sizeof zone_)
+      zone_[zone.copy(zone_, zone.size())] = '\0';
+    else
+      period_.end = period_.begin;
+  }
+  return period_;
 }
 
 }  // namespace platform

@@ -1,21 +1,37 @@
-/// The rules of the process's time zone in one year.
+/// The time zone of the process: TZ, or the system's setting.
 #pragma once
 
+#include <cstdint>
 #include <ctime>
+#include <mutex>
 
 #include "platform/clock.h"
 
 namespace platform {
 
-struct TimeZoneYear {
-  std::time_t begin;  ///< of the year, UTC
-  std::time_t end;
-  std::time_t toDaylight;  ///< transitions; both 0 where the year does not have one of each
-  std::time_t toStandard;
+/// A stretch of time without a transition, within one year of UTC.
+struct TimeZonePeriod {
+  std::time_t begin;
+  std::time_t end;      ///< the first second that is not in it
+  std::uint32_t state;  ///< what GetTimeZoneInformation returns: 0 no rules, 1 standard time, 2 daylight time
   TimeZoneInformation rules;
 };
 
-/// As the C library knows them: found by looking where its local time leaps.
-TimeZoneYear TimeZoneYearOf(std::time_t now);
+/// The period of a point in time. The C library is asked where its local time leaps in that year. Two leaps that cancel
+/// each other out are its rules. TimeZoneInformation has no form for any others, such as a single one or four: then the
+/// bias is the period's own.
+TimeZonePeriod TimeZonePeriodAt(std::time_t now);
+
+/// Keeps the last period together with the setting that it comes from, because a period takes many calls of the C
+/// library. A setting that is longer than the room is not kept. Thread-safe.
+class TimeZoneCache {
+ public:
+  TimeZonePeriod Get(std::time_t now);
+
+ private:
+  std::mutex mutex_;
+  TimeZonePeriod period_{};
+  char zone_[64] = {};
+};
 
 }  // namespace platform
