@@ -10,6 +10,7 @@
 #include "platform/calendar.h"
 #include "platform/error_codes.h"
 #include "platform/errors.h"
+#include "platform/linux/iconv.h"
 #include "platform/linux/text.h"
 #include "platform/linux/time_zone.h"
 
@@ -88,9 +89,20 @@ const UserLocale& User() {
   return user;
 }
 
+/// The locale's texts are in its own code set.
+std::u16string FromLocale(std::string_view text) {
+  const char* const codeSet = nl_langinfo_l(_NL_TIME_CODESET, User().handle);
+  if (std::string_view(codeSet) == "UTF-8") return WideText(text);
+  std::u16string wide(text.size(), u'\0');
+  const Iconv converter("UTF-16LE", codeSet);
+  const std::size_t bytes = converter.Convert(text.data(), text.size(), wide.data(), wide.size() * sizeof(char16_t));
+  wide.resize(bytes / sizeof(char16_t));
+  return wide;
+}
+
 int Format(const char* form, const std::tm& parts, char16_t* text, int units) {
-  char utf8[512];
-  const std::u16string formatted = WideText({utf8, strftime_l(utf8, sizeof utf8, form, &parts, User().handle)});
+  char narrow[512];
+  const std::u16string formatted = FromLocale({narrow, strftime_l(narrow, sizeof narrow, form, &parts, User().handle)});
   const int needed = static_cast<int>(formatted.size()) + 1;
   if (units == 0 || CopyWithNul(formatted, text, static_cast<std::size_t>(units))) return needed;
   SetLastError(ERROR_INSUFFICIENT_BUFFER);
