@@ -64,6 +64,10 @@ class FinderBlock : public testing::Test {
 };
 
 const Bytes kPicture = {1, 2, 3, 4};
+/// A list of one record with two of its keys, the mask in a byte: not canonical.
+constexpr char kShortRecord[] =
+    "VLIS\x0B\1\0\0\0\0\1\0\0\0\x0B\x0F\0\0\0CAMERAINFOLIST\0\x0D\x31\0\0\0\xFF\x45\x43\x42\1\0\0\0"
+    "VLIS\x0B\1\0\0\0\0\2\0\0\0\x0B\4\0\0\0MAC\0\x0B\2\0\0\0m\0\x0B\4\0\0\0CVT\0\2\1";
 constexpr std::uint64_t kMost = ~std::uint64_t{0};
 
 TEST_F(FinderBlock, IsDeliveredOnlyWhenItIsWhole) {
@@ -95,6 +99,8 @@ TEST_F(FinderBlock, IsDeliveredOnlyWhenItIsWhole) {
       {"camera without an address", 3, Block().Chunk(12, 0, {9}), ""},
       {"record of another kind is skipped", 3, Block().Text(5, "m").Raw(2, {'V', 'L'}).Chunk(12, 0, {9}),
        "||||||m|&!*KVMR*9%|&!*KVMR*9%|UNKNOWN||100009|0|0|0 kind 3 type 0"},
+      {"record of two keys", 3, Block().Raw(1, Bytes(kShortRecord, std::end(kShortRecord) - 1)),
+       "||||||m|&!*KVMR*9%|&!*KVMR*9%|UNKNOWN||100002|3|0|1 kind 3 type 3"},
       {"damaged record", 3, Block().Text(5, "m").Raw(1, {'V', 'L', 'I', 'T'}), ""},
       {"assembled: the length behind the code is skipped too", 7,
        Block().Text(10, "Sony IPC").Chunk(12, 2, {9, 0xAA, 0xBB}).Text(8, "i").Text(9, "v").Text(10, "Axis IPC"),

@@ -25,7 +25,6 @@ Message MessageIn(const char* sample, Message message) {
 
 NetworkCommand SampleNetworkCommand() {
   NetworkCommand command;
-  command.networkCommandType = 1;
   command.loginUser = "operator";
   command.loginPassword = "p\xC3\xA4ss\xE2\x82\xAC\x37";
   command.mac = "00:40:8C:00:00:07";
@@ -44,14 +43,18 @@ TEST(FinderMessages, AreWhatWasRecorded) {
   EXPECT_EQ(MessageIn("request-send-mac.bin", MacAddressMessage{}).mac, "00:40:8C:12:34:56");
   EXPECT_EQ(MessageIn("request-info-by-ip.bin", InfoByIpMessage{}).ip, "10.0.0.5");
   EXPECT_TRUE(MessageIn("request-list.bin", ListFoundMessage{false}).resendPreviousPictures);
-  const auto command = MessageIn("request-network-type1.bin", NetworkCommand{});
-  EXPECT_EQ(command.networkCommandType, 1U);
-  EXPECT_EQ(static_cast<const CameraRecord&>(command), SampleNetworkCommand());
-  Kestrel::ValueList written;
-  NetworkCommand sample = SampleNetworkCommand();
-  Serialize(written, Direction::kWrite, sample);
-  const auto request = EncodeRequest(written);
-  EXPECT_EQ(Bytes(request->GetBytes().begin(), request->GetBytes().end()), ReadSample("request-network-type1.bin"));
+  for (const std::uint32_t number : {1U, 4U}) {
+    const std::string name = "request-network-type" + std::to_string(number) + ".bin";
+    const auto command = MessageIn(name.c_str(), NetworkCommand{});
+    EXPECT_EQ(command.networkCommandType, number);
+    NetworkCommand sample = SampleNetworkCommand();
+    EXPECT_EQ(static_cast<const CameraRecord&>(command), sample);
+    sample.networkCommandType = number;
+    Kestrel::ValueList written;
+    Serialize(written, Direction::kWrite, sample);
+    const auto request = EncodeRequest(written);
+    EXPECT_EQ(Bytes(request->GetBytes().begin(), request->GetBytes().end()), ReadSample(name));
+  }
   EXPECT_EQ(MessageIn("request-bare.bin", MacAddressMessage{"kept"}).mac, "kept");
 
   Kestrel::ValueList pushed;

@@ -108,6 +108,12 @@ TEST_F(PlatformFailure, AFailedReplacementLeavesTheInstalledCallback) {
   EXPECT_EQ(first.Delivered().size(), 1U);
 }
 
+TEST_F(PlatformFailure, AReplyWithASizeAloneIsNone) {
+  dbi.SetReply(Bytes(8));
+  dbi.Locked()->script.hidesReply = true;
+  EXPECT_EQ(Outcome("List"), "0 cameras");
+}
+
 TEST_F(PlatformFailure, AFailedOpeningIsTriedAgain) {
   const FinderLibrary library;
   const auto finder = library.MakeFinder();

@@ -92,7 +92,7 @@ TEST_F(Reload, WhatIsUnloadedDuringADeliveryIsThereUntilItsThreadsHaveLeft) {
   for (const auto how :
        {Releases::kElsewhere, Releases::kInTheCallback, Releases::kInTheCallbackWhileTheLoaderIsLocked})
     for (int round = 0; round < 10; ++round)
-      EXPECT_EXIT(UnloadDuringADelivery(dbi, how), testing::ExitedWithCode(0), "");
+      ASSERT_EXIT(UnloadDuringADelivery(dbi, how), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

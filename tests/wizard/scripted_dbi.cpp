@@ -82,13 +82,14 @@ SCRIPTED_EXPORT std::uint8_t TarnLiveStream_SendSynchDSPCommand(Tarn::TTarnLiveS
   const auto access = TheDbi().Locked();
   const auto* const bytes = static_cast<const std::uint8_t*>(request);
   access->script.lastRequest.assign(bytes, bytes + requestSize);
+  *replySize = static_cast<std::uint32_t>(access->script.reply.size());
+  if (access->script.hidesReply) return succeeds;
   // A block of exactly the reply's size, so that a read beyond it is seen.
   const scripted::Bytes& answer = access->script.reply;
   auto* const copy = new std::uint8_t[answer.size()];
   std::ranges::copy(answer, copy);
   ++access->openReplies;
   *reply = copy;
-  *replySize = static_cast<std::uint32_t>(answer.size());
   return succeeds;
 }
 

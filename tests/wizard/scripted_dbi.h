@@ -29,6 +29,7 @@ struct Script {
   std::string calls;  ///< their names, separated by blanks
   std::map<Function, Failure> failures;
   Bytes reply, lastRequest;
+  bool hidesReply = false;  ///< its size is told, its address is not
   void* channelArgument = nullptr;
 };
 
