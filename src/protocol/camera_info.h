@@ -4,7 +4,7 @@
 ///
 /// Errors   No operation throws. A getter's text is null where there is no memory, and empty where the system refuses
 /// to
-///          convert it; a setter that fails changes nothing.
+///          convert it. A setter that fails changes nothing.
 /// Threads  No lock inside: one thread at a time uses an object.
 #pragma once
 

@@ -1,9 +1,8 @@
 /// Camera records and lists of texts inside value lists. record_format.h shows the form.
 ///
 /// Writing  The canonical encoding.
-/// Reading  A key that is absent leaves the member as it was; a value of another type is converted. A list entry that
-/// is
-///          missing, not binary, shorter than 5 bytes or without the marker is ignored. Lists are appended to.
+/// Reading  Lists are appended to. A key that is absent leaves the member as it was; a value of another type is
+///          converted. A list entry that is missing, not binary, shorter than 5 bytes or without the marker is ignored.
 /// Errors   What ValueList::Read throws for a malformed element. Elements that were read before it stay.
 #pragma once
 
