@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include "base/base64.h"
 #include "base/exceptions.h"
 #include "protocol/camera_reply.h"
 #include "protocol/finder_messages.h"
@@ -115,6 +116,20 @@ TEST(FinderReply, IsTheSameByLinesAsItIsAsAWhole) {
   joined.erase(joined.begin() + 5 + 2 * (200 * 78 - 2), joined.begin() + 5 + 2 * 200 * 78);
   joined[1] = static_cast<std::uint8_t>(joined[1] - 4);
   EXPECT_EQ(ReadCameraReply(joined).size(), 300U);
+
+  // A "=" at a window's end ends the text, although canonical bytes go on behind it.
+  std::string text;
+  for (std::size_t at = 5; at + 2 < whole.size(); at += 2) text += static_cast<char>(whole[at]);
+  Bytes list;
+  Kestrel::Base64Decode(text, list);
+  constexpr std::size_t kBytes = 128 * 57 - 1;
+  Bytes ended(whole.begin(), whole.begin() + 5);
+  for (const char c :
+       Kestrel::Base64Encode(list.data(), kBytes) + Kestrel::Base64Encode(&list[kBytes], list.size() - kBytes) + '\0')
+    ended.insert(ended.end(), {static_cast<std::uint8_t>(c), 0});
+  const auto length = static_cast<std::uint32_t>(ended.size() - 5);
+  std::memcpy(&ended[1], &length, sizeof length);
+  EXPECT_EQ(OutcomeOf(ended, ReadCameraReply), OutcomeOf(ended, ReadAsAWhole));
 }
 
 TEST(FinderReply, IsWrittenAsRecordedByteForByte) {
