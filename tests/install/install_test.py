@@ -96,6 +96,17 @@ def step_find_package():
         run(sys.executable, os.path.join(EXAMPLES, "wizards/ctypes_wizard.py"), os.path.join(PREFIX, "lib/libTarnCameraFinding.so"))
 
 
+def step_readme():
+    """The use that README.md shows, as it is written there."""
+    source = fresh("readme")
+    with open(os.path.join(A.source, "README.md"), encoding="utf-8") as file:
+        blocks = dict(re.findall(r"```(cpp|cmake)\n(.*?)```", file.read(), re.S))
+    for name, language in (("wizard.cpp", "cpp"), ("CMakeLists.txt", "cmake")):
+        with open(os.path.join(source, name), "w", encoding="utf-8") as file:
+            file.write(blocks[language])
+    run_program(beside_libraries(os.path.join(build_project(source, "readme_build"), "wizard")), expect=r"(?m)^00:40:8C:[0-9A-F:]{8}$")
+
+
 def user_project(name, obtain):
     """A project of nothing but the smallest wizard, which builds the library from its sources."""
     long_test()
