@@ -53,7 +53,7 @@ enum class Releases { kElsewhere, kInTheCallback, kInTheCallbackWhileTheLoaderIs
 /// callback holds a delivery up. The threads inside must find their code.
 [[noreturn]] void UnloadDuringADelivery(scripted::Dbi& dbi, Releases how) {
   CountingCallback callback;
-  std::promise<void> entered, release, released, unloaded, delivered;
+  std::promise<void> entered, release, released, unloaded;
   std::thread delivery;
   {
     const FinderLibrary library;
@@ -66,23 +66,19 @@ enum class Releases { kElsewhere, kInTheCallback, kInTheCallbackWhileTheLoaderIs
       unloaded.get_future().wait();
     };
     finder->SetNewCameraDataCallback(&callback);
-    delivery = std::thread([&] {
-      dbi.Push(3, SampleOfType(3));
-      delivered.set_value();
-    });
+    delivery = std::thread([&] { dbi.Push(3, SampleOfType(3)); });
     entered.get_future().wait();
     dbi.insideLoad = [&] {
       release.set_value();
       released.get_future().wait();
     };
-    if (how == Releases::kInTheCallbackWhileTheLoaderIsLocked)
-      platform::FreeLibrary(platform::LoadLibraryExW(TARN_LOADING_MODULE, 0));
-    else
+    if (how != Releases::kInTheCallbackWhileTheLoaderIsLocked)
       dbi.insideLoad();
+    else
+      platform::FreeLibrary(platform::LoadLibraryExW(TARN_LOADING_MODULE, 0));
     finder.Reset();
   }
   unloaded.set_value();
-  delivered.get_future().wait();
   delivery.join();
   std::exit(callback.count == 1 && callback.references == 0 ? 0 : 1);
 }
