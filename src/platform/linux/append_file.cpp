@@ -12,11 +12,12 @@
 #include "platform/error_codes.h"
 #include "platform/errors.h"
 #include "platform/linux/text.h"
+#include "platform/linux/write_all.h"
 
 namespace platform {
 namespace {
 
-/// The handle is the descriptor and one, so that descriptor 0 is not null.
+/// The handle is the descriptor plus one, so that descriptor 0 is not null.
 AppendFile* Handle(int descriptor) {
   return reinterpret_cast<AppendFile*>(static_cast<std::intptr_t>(descriptor) + 1);
 }
@@ -24,7 +25,7 @@ int Descriptor(AppendFile* file) {
   return static_cast<int>(reinterpret_cast<std::intptr_t>(file) - 1);
 }
 
-/// One system call, unless the disk takes only a part or a signal comes between.
+/// One system call, except where the disk takes only a part or a signal interrupts the call.
 bool WriteAll(int descriptor, iovec* pieces, int count) {
   while (count > 0) {
     const ssize_t written = writev(descriptor, pieces, count);
@@ -51,6 +52,7 @@ AppendFile* OpenForAppend(const char16_t* path) {
 
 bool Append(AppendFile* file, std::span<const BytePiece> pieces) {
   constexpr std::size_t kPiecesOfACall = 16;
+  const NoWriteSignals guard;
   iovec vector[kPiecesOfACall];
   while (!pieces.empty()) {
     const auto some = pieces.first(std::min(pieces.size(), kPiecesOfACall));

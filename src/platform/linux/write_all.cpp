@@ -3,39 +3,25 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <ctime>
 
 namespace platform {
-namespace {
+NoWriteSignals::NoWriteSignals() {
+  sigset_t pending;
+  sigpending(&pending);
+  sigemptyset(&signals_);
+  // One that is pending already is the host's: it blocks that signal itself, and must find it later.
+  for (const int signal : {SIGPIPE, SIGXFSZ})
+    if (!sigismember(&pending, signal)) sigaddset(&signals_, signal);
+  pthread_sigmask(SIG_BLOCK, &signals_, &before_);
+}
 
-/// Keeps back, for the calling thread, the signals by which a failed write ends a process.
-class NoWriteSignals {
- public:
-  NoWriteSignals() {
-    sigset_t pending;
-    sigpending(&pending);
-    sigemptyset(&signals_);
-    // One that is pending already is the host's: it blocks that signal itself, and must find it later.
-    for (const int signal : {SIGPIPE, SIGXFSZ})
-      if (!sigismember(&pending, signal)) sigaddset(&signals_, signal);
-    pthread_sigmask(SIG_BLOCK, &signals_, &before_);
+NoWriteSignals::~NoWriteSignals() {
+  constexpr std::timespec kNoTime{};
+  while (sigtimedwait(&signals_, nullptr, &kNoTime) > 0 || errno == EINTR) {
   }
-  ~NoWriteSignals() {
-    constexpr std::timespec kNoTime{};
-    while (sigtimedwait(&signals_, nullptr, &kNoTime) > 0 || errno == EINTR) {
-    }
-    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-  }
-  NoWriteSignals(const NoWriteSignals&) = delete;
-  NoWriteSignals& operator=(const NoWriteSignals&) = delete;
-
- private:
-  sigset_t signals_;
-  sigset_t before_;
-};
-
-}  // namespace
+  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
 
 bool WriteAll(int descriptor, std::string_view text) {
   const NoWriteSignals guard;
