@@ -77,6 +77,8 @@ TEST(RegistryFile, WhatIsNoFileHasNoKeys) {
   std::filesystem::create_directory(folder);
   const std::filesystem::path pipe = folder / "pipe", large = folder / "large", good = folder / "good";
   mkfifo(pipe.c_str(), 0600);
+  std::fstream writer(pipe);
+  writer << "[HKEY_LOCAL_MACHINE\\K]\n" << std::flush;
   for (const auto& file : {large, good}) std::ofstream(file) << "[HKEY_LOCAL_MACHINE\\K]\n";
   EXPECT_EQ(ReadRegistryFile(good.c_str()).size(), 1U);
   std::filesystem::resize_file(large, (16 << 20) + 1);

@@ -18,8 +18,11 @@ using namespace platform;
 namespace {
 
 TEST(WorkerSignals, OnlyThoseOfTheThreadsOwnDoingAreOpen) {
-  sigset_t blocked;
+  StopWorkers();
+  sigset_t blocked, ours;
   ASSERT_TRUE(HandOver([&] { pthread_sigmask(SIG_BLOCK, nullptr, &blocked); }));
+  pthread_sigmask(SIG_BLOCK, nullptr, &ours);
+  EXPECT_FALSE(sigismember(&ours, SIGTERM)) << "the deliverer's own signals are as before";
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS, SIGPROF})
     EXPECT_FALSE(sigismember(&blocked, signal)) << strsignal(signal);
   for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGCHLD, SIGALRM, SIGPIPE, SIGUSR1})
