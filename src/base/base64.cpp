@@ -35,7 +35,7 @@ Char* EncodeGroup(std::uint32_t group, Char* text) {
   return text;
 }
 
-/// At most one line's bytes; no line end.
+/// Encodes at most one line's bytes, without a line end.
 template <class Char>
 Char* EncodeGroups(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
   for (; byteCount >= 3; bytes += 3, byteCount -= 3) {
@@ -74,7 +74,7 @@ Char* Encode(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
   const std::size_t rest = byteCount % kBase64LineBytes;
   const std::size_t done = vectors ? EncodePartOfLineAvx2(bytes, rest, text) : 0;
   text = EncodeGroups(bytes + done, rest - done, text + done / 3 * 4);
-  // With its padding a rest of 55 or 56 bytes fills a line too.
+  // A rest of 55 or 56 bytes fills a line with its padding.
   return rest > kBase64LineBytes - 3 ? EndLine(text) : text;
 }
 
@@ -101,8 +101,8 @@ Base64Decoded Decode(std::basic_string_view<Char> whole, std::uint8_t* const byt
   const Char* text = whole.data();
   const Char* const end = text + whole.size();
   std::uint8_t* out = bytes;
-  std::uint32_t group = 0;  ///< values of a group that line ends or the text's end interrupt
-  int pending = 0;          ///< how many
+  std::uint32_t group = 0;  ///< values of an unfinished group, which a line end or the text's end interrupts
+  int pending = 0;          ///< the number of these values
   bool success = true;
   const bool vectors = platform::HasAvx2();
   while (text < end) {

@@ -1,12 +1,13 @@
 /// Base64 with the standard alphabet of RFC 4648, section 4, in lines.
 ///
-/// Written: four characters for three bytes, padded with "=", and CR LF after every 76th character, so that a text
-/// whose length without them is a multiple of 76 ends with them. Read: CR and LF are skipped, "=" ends the text, any
-/// other character ends it with failure; what was decoded before stays, and a pending group of k characters gives k - 1
-/// bytes.
+/// Encoding writes four characters for three bytes, padded with "=", and CR LF after every 76th character, also where
+/// that is the last one.
 ///
-/// Each direction exists for narrow and for UTF-16 text: value lists travel as UTF-16, and are coded without a narrow
-/// copy in between. None of these throws, except that the two convenience forms allocate.
+/// Decoding skips CR and LF. A "=" ends the text; any other character outside the alphabet ends it with failure. In
+/// both cases the bytes decoded so far stay, and an unfinished group of k characters gives k - 1 bytes.
+///
+/// Each direction exists for narrow and for UTF-16 text, because value lists travel as UTF-16 and need no narrow copy
+/// this way. Only the two functions that return or fill a container allocate, and so can throw.
 #pragma once
 
 #include <cstddef>

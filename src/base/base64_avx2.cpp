@@ -67,7 +67,7 @@ TARN_AVX2 inline __m256i LoadVector(const char16_t* text) {
   return _mm256_permute4x64_epi64(packed, 0b11'01'10'00);  // the instruction packs each lane for itself
 }
 
-/// From 12 bytes in each lane, at its beginning, to their 16 characters.
+/// The 16 characters of the 12 bytes at the beginning of each lane.
 TARN_AVX2 inline __m256i Encoded(__m256i bytes) {
   // Each group's three bytes a, b, c as the four bytes b, a, c, b: two words that hold two values each.
   const __m256i spread =
@@ -104,8 +104,9 @@ TARN_AVX2 inline Decoded DecodedFrom(__m256i characters) {
   const __m256i nibble = _mm256_set1_epi8(0x0F);
   const __m256i high = _mm256_and_si256(_mm256_srli_epi32(characters, 4), nibble);
   const __m256i low = _mm256_and_si256(characters, nibble);
-  // One bit per set of high nibbles whose characters are valid for the same low ones; the tables say for each nibble
-  // in which sets it is wrong. Bits: 1 "+" and "/" (2x), 2 digits (3x), 4 4x and 6x, 8 5x and 7x, 16 every other.
+  // High nibbles whose characters are valid with the same low nibbles form a set, and each set has a bit: 1 for 2x ("+"
+  // and "/"), 2 for 3x (digits), 4 for 4x and 6x, 8 for 5x and 7x, 16 for all others. setOfHigh gives the bit of a high
+  // nibble, wrongLow the bits with which a low nibble is not valid: a character is wrong where they meet.
   const __m256i wrongLow = InBothLanes(
       _mm_setr_epi8(0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x13, 0x1A, 0x1B, 0x1B, 0x1B, 0x1A));
   const __m256i setOfHigh = InBothLanes(
@@ -115,7 +116,7 @@ TARN_AVX2 inline Decoded DecodedFrom(__m256i characters) {
       _mm_setr_epi8(0, 63 - '/', 62 - '+', 52 - '0', -'A', -'A', 26 - 'a', 26 - 'a', 0, 0, 0, 0, 0, 0, 0, 0));
   const __m256i isSlash = _mm256_cmpeq_epi8(characters, _mm256_set1_epi8('/'));
   const __m256i values = _mm256_add_epi8(characters, _mm256_shuffle_epi8(distances, _mm256_add_epi8(high, isSlash)));
-  // 6 bits each to 12 in a word to 24 in a double word, whose bytes are then put into order.
+  // Joins 6-bit values to 12 bits in a word, those to 24 bits in a double word, and puts the bytes into order.
   const __m256i words = _mm256_maddubs_epi16(values, _mm256_set1_epi32(0x01400140));
   const __m256i groups = _mm256_madd_epi16(words, _mm256_set1_epi32(0x00011000));
   const __m256i order = InBothLanes(_mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
@@ -127,7 +128,7 @@ TARN_AVX2 inline bool IsZero(__m256i vector) {
   return _mm256_testz_si256(vector, vector) != 0;
 }
 
-/// Stores 24 bytes and 8 more that mean nothing.
+/// Stores 24 bytes, and 8 more of no meaning behind them.
 TARN_AVX2 inline void StoreBytes(std::uint8_t* bytes, __m256i decoded) {
   Store256(bytes, _mm256_permutevar8x32_epi32(decoded, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7)));
 }
@@ -160,7 +161,8 @@ TARN_AVX2 void EncodeLinesAvx2(const std::uint8_t* bytes, std::size_t lines, Cha
   for (; lines > 0; --lines, bytes += kBase64LineBytes, text += kBase64LineCharacters + 2) {
     EncodeVector(bytes, text);
     EncodeVector(bytes + kVectorBytes, text + kVectorCharacters);
-    // The lane's load ends where the line ends, so its bytes come last in it.
+    // The load ends where the line ends, so that the lane's 12 bytes are its last; the shift moves them to the
+    // beginning.
     const __m128i last = _mm_srli_si128(Load128(bytes + kBase64LineBytes - 16), 16 - kLaneBytes);
     StoreLane(text + kLastLaneCharacter, _mm256_castsi256_si128(Encoded(InBothLanes(last))));
     text[kBase64LineCharacters] = '\r';
@@ -191,7 +193,7 @@ TARN_AVX2 Base64Progress DecodeGroupsAvx2(const Char* const text, std::size_t ch
     position += kBase64LineCharacters + 2;
     out += kBase64LineBytes;
   }
-  // Two more groups behind the vector are the room for the 8 bytes that are stored too many.
+  // Two more groups must follow the vector, because StoreBytes writes 8 bytes too many.
   while (left() >= kVectorCharacters + 8) {
     const Decoded decoded = DecodedFrom(LoadVector(position));
     if (!IsZero(decoded.errors)) break;
