@@ -1,4 +1,6 @@
-/// Clocks, calendar conversion and the user's date and time formats.
+/// Clocks, conversion between calendar and file times, the time zone, and the user's forms of dates and times.
+///
+/// Functions that return bool fail with false and the thread's last error set. Thread-safe.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +26,8 @@ struct SystemTime {
 };
 static_assert(sizeof(SystemTime) == 16);
 
-/// A transition date: with year 0 relative (dayOfWeek of week `day` of the month, 5 is the last), else absolute.
+/// A transition date with year 0 is relative: the day of the week dayOfWeek in week number day of the month, where 5 is
+/// the last. With another year it is a date.
 struct TimeZoneInformation {
   std::int32_t bias;  ///< minutes; local time = UTC - bias
   char16_t standardName[32];
@@ -40,20 +43,24 @@ inline constexpr std::uint32_t DATE_SHORTDATE = 0x1;
 inline constexpr std::uint32_t DATE_LONGDATE = 0x2;
 inline constexpr std::uint32_t TIME_NOSECONDS = 0x2;
 
+/// A clock that only runs forward, for measuring; its origin is unspecified.
 bool QueryPerformanceFrequency(std::int64_t* ticksPerSecond);
 bool QueryPerformanceCounter(std::int64_t* ticks);
 
 void GetSystemTimeAsFileTime(FileTime* time);
 void GetLocalTime(SystemTime* time);
-/// Both fail with ERROR_INVALID_PARAMETER for a value outside the calendar (a FileTime above 0x7FFFFFFFFFFFFFFF too).
+/// ERROR_INVALID_PARAMETER for a value outside the calendar, such as a FileTime above 0x7FFFFFFFFFFFFFFF.
 bool SystemTimeToFileTime(const SystemTime& systemTime, FileTime* fileTime);
 bool FileTimeToSystemTime(const FileTime& fileTime, SystemTime* systemTime);
 
-/// The zone's rules; the result says what is in force: 0 unknown, 1 standard, 2 daylight, 0xFFFFFFFF failure.
+/// The zone's rules, and what is in force: 0 a zone without rules, 1 standard time, 2 daylight time, 0xFFFFFFFF
+/// failure. The rules have room for two transitions a year. On Linux a year with any other number has none, and the
+/// bias is the one in force.
 std::uint32_t GetTimeZoneInformation(TimeZoneInformation* information);
 
-/// In the user's default locale. picture (may be null; on Linux else u"ddd") overrides flags. Units written with the
-/// NUL, or needed where units is 0; 0 on failure.
+/// Texts in the user's default locale. picture, where it is not null, takes the place of flags; Linux knows u"ddd", the
+/// abbreviated day of the week, alone. Each returns the units written with the NUL, or needed where units is 0; 0 on
+/// failure, with ERROR_INSUFFICIENT_BUFFER or ERROR_INVALID_PARAMETER.
 int GetDateFormatW(std::uint32_t flags, const SystemTime& time, const char16_t* picture, char16_t* text, int units);
 int GetTimeFormatW(std::uint32_t flags, const SystemTime& time, char16_t* text, int units);
 

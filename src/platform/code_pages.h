@@ -1,10 +1,11 @@
-/// Conversion between a code page and UTF-16.
+/// Conversion between a code page and UTF-16. The ANSI code page is the system's on Windows; on Linux it is the one
+/// that TARN_ANSI_CODE_PAGE names.
 ///
-/// Both functions return the number of units written, or needed when the target size is 0; 0 on failure, with the last
-/// error ERROR_INSUFFICIENT_BUFFER, ERROR_INVALID_FLAGS, ERROR_INVALID_PARAMETER or ERROR_NO_UNICODE_TRANSLATION.
-/// A source length of -1 means NUL-terminated, and the terminator is converted and counted too. With flags 0 an invalid
-/// UTF-8 sequence or an unpaired surrogate becomes U+FFFD; a character that the ANSI code page lacks becomes "?".
-/// Neither ever fails because of what the text says.
+/// Both functions return the number of units written, or the number needed where the size of the target is 0, and
+/// convert a source of kNulTerminated length with its terminator. Both return 0 on failure, with the last error
+/// ERROR_INSUFFICIENT_BUFFER, ERROR_INVALID_FLAGS or ERROR_INVALID_PARAMETER. No text is refused: with flags 0 an
+/// invalid UTF-8 sequence or an unpaired surrogate becomes U+FFFD, and a character that the ANSI code page lacks
+/// becomes "?" or, on Windows, a similar one. Neither allocates; thread-safe.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
-/// A recursive lock with a spin phase. Destroying it while it is held is undefined; everything else is thread-safe.
+/// A recursive lock that spins before it sleeps. Requires that nobody holds it when it is destroyed. Does not throw.
 ///
-/// On Windows it stays safe to enter while a process exits, when the thread that held it is dead already; a mutex of
-/// the standard library does not. So every lock taken on the way out is one of these.
+/// On Windows it can be entered while a process ends, when the thread that held it is dead; a mutex of the standard
+/// library then blocks for ever. So every lock that is taken on the way out is one of these.
 #pragma once
 
 #include <cstddef>

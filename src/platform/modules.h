@@ -1,4 +1,9 @@
 /// Loaded modules and their files.
+///
+/// A handle is the system's; null names the executable. On Linux the socket library ws2_32.dll, whose functions are the
+/// C library's, is a module without a file: its handle is known to GetProcAddress and to the functions below.
+///
+/// Paths are NUL-terminated; sizes are units. A function fails with the thread's last error set. Thread-safe.
 #pragma once
 
 #include <cstdint>
@@ -9,27 +14,31 @@ namespace platform {
 
 using ModuleHandle = void*;
 
+/// Windows looks in the program's and the system's folders alone. Linux ignores it and looks where the loader does.
 inline constexpr std::uint32_t LOAD_LIBRARY_SEARCH_DEFAULT_DIRS = 0x1000;
 
-/// The module that contains an address, or null (which names the executable) where the address is in none.
+/// The module that contains an address. On Linux null for the executable too; on Windows null for no module alone.
 ModuleHandle ModuleContaining(const void* address);
-/// Path of a module's file (null: the executable's). Returns its length without the NUL; the size of the room where
-/// that is too small, 0 on failure.
+/// Path of a module's file. Returns its length without the NUL. Where the room is too small it writes what fits and
+/// returns the room, with ERROR_INSUFFICIENT_BUFFER. 0 on failure.
 std::uint32_t GetModuleFileNameW(ModuleHandle module, char16_t* path, std::uint32_t units);
-/// The part of a path behind its last separator.
+/// The part of a path behind its last separator; points into path.
 const char16_t* PathFindFileNameW(const char16_t* path);
-/// Null on failure, with the last error set.
+/// Loads a module or counts it once more; the caller gives it back with FreeLibrary. Null on failure, with
+/// ERROR_MOD_NOT_FOUND where there is none.
 ModuleHandle LoadLibraryExW(const char16_t* path, std::uint32_t flags);
+/// A module that is loaded already, not counted. Null on failure.
 ModuleHandle GetModuleHandleW(const char16_t* name);
+/// Null on failure, with ERROR_PROC_NOT_FOUND where the module lacks the function.
 void* GetProcAddress(ModuleHandle module, const char* name);
 bool FreeLibrary(ModuleHandle module);
 /// Adds a reference on the module that this code is in: it stays loaded until FreeLibrary is called with the result.
-/// Null where that fails, and in the executable, which is never unloaded.
+/// Null where that fails, and on Linux in the executable, which is never unloaded.
 ModuleHandle ReferenceThisModule();
-/// Length without the NUL, the room needed where that is too small, 0 on failure.
+/// Length without the NUL; where the room is too small, the room needed with it; 0 on failure.
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units);
 
-/// The qualified name of a type, as it stands in the source ("Kestrel::BufferException").
+/// The qualified name of a type as it stands in the source ("Kestrel::BufferException").
 std::string UndecoratedTypeName(const std::type_info& type);
 
 }  // namespace platform

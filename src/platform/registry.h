@@ -27,7 +27,7 @@ enum RegistryValueType : std::uint32_t {
   REG_QWORD = 11,
 };
 
-/// parent null: HKEY_LOCAL_MACHINE. path: names separated by backslashes, without regard to case.
+/// parent null: HKEY_LOCAL_MACHINE. path: names separated by backslashes, without regard to case. Linux ignores access.
 std::uint32_t RegOpenKeyExW(RegistryKey* parent, const char16_t* path, std::uint32_t access, RegistryKey** key);
 /// *byteCount: in, the size of data; out, the size of the value. ERROR_MORE_DATA where data is too small (data null:
 /// only type and size are asked for). Text is UTF-16, usually with its NUL, but that is the writer's choice.

@@ -16,8 +16,7 @@
 namespace platform {
 namespace {
 
-/// A security identifier with one sub-authority, in its binary form. The authority of Unix users is 22, with 1 as the
-/// first sub-authority; the second is the user id.
+/// A security identifier in its binary form: S-1-22-1-USER, the form for a Unix user. The last number is the user id.
 struct UnixUserSid {
   std::uint8_t revision = 1;
   std::uint8_t subAuthorityCount = 2;
@@ -26,7 +25,8 @@ struct UnixUserSid {
 };
 static_assert(sizeof(UnixUserSid) == 16);
 
-/// Calls getpwuid_r or getpwnam_r with as much room as the entry needs; consume sees the entry while it is valid.
+/// Calls lookup, which is getpwuid_r or getpwnam_r, until the entry fits, and then consume with the entry, which is
+/// valid during that call only. False where there is no entry.
 template <class Lookup, class Consume>
 bool WithPasswordEntry(Lookup lookup, Consume consume) {
   std::vector<char> room(1024);

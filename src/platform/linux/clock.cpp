@@ -57,14 +57,14 @@ struct LocaleForms {
   const char* timeWithoutSeconds;
 };
 
-/// The plain C locale has no user behind it; it stands for what Windows has without a setting, English as in the
+/// For the plain C locale, which no user has chosen: the forms of Windows without a setting, which are those of the
 /// United States.
 constexpr LocaleForms kPlainForms = {"%-m/%-d/%Y", "%A, %B %-d, %Y", "%-I:%M:%S %p", "%-I:%M %p"};
 constexpr LocaleForms kForms12Hours = {"%x", "%A, %-d %B %Y", "%X", "%I:%M %p"};
 constexpr LocaleForms kForms24Hours = {"%x", "%A, %-d %B %Y", "%X", "%H:%M"};
 constexpr char kAbbreviatedDayOfWeek[] = "%a";
 
-/// The user's locale for dates and times. Never freed: lines may be written until the very end.
+/// The user's locale for dates and times. Never freed, because lines are written until the very end of the process.
 struct UserLocale {
   locale_t handle;
   const LocaleForms& forms;

@@ -17,8 +17,8 @@ int Failed(std::uint32_t code) {
   return 0;
 }
 
-/// The frame of both conversions. MostUnits: the longest result for one source unit. convert(source, target, room) with
-/// a null target counts. A target that surely has the room is written without counting first.
+/// What both directions have in common. convert(source, target, room) writes, or counts where target is null. One
+/// source unit becomes at most MostUnits; a target that has room for all of them is written without counting first.
 template <std::size_t MostUnits, class From, class To, class Conversion>
 int Convert(const From* source, int sourceLength, To* target, int targetSize, Conversion convert) {
   if (!source || sourceLength == 0 || targetSize < 0 || (targetSize > 0 && !target))

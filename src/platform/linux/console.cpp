@@ -16,13 +16,13 @@
 namespace platform {
 namespace {
 
-/// Grey, what a terminal begins with.
+/// Grey: the colour of a new console on Windows.
 constexpr std::uint16_t kOrdinaryAttributes = 7;
 
-/// What was set last: a terminal cannot be asked.
+/// The attributes that were set last, kept because a terminal cannot be asked.
 constinit std::atomic<std::uint16_t> attributesInForce{kOrdinaryAttributes};
 
-/// A handle is the file descriptor.
+/// The handle of a console is its file descriptor.
 int DescriptorOf(ConsoleHandle console) {
   return static_cast<int>(reinterpret_cast<std::intptr_t>(console));
 }
@@ -40,7 +40,7 @@ bool Write(ConsoleHandle console, std::string_view text) {
   return false;
 }
 
-/// "Select graphic rendition". The ordinary attributes give back the terminal's own colour, whichever that is.
+/// The control sequence "select graphic rendition". The ordinary attributes give back the terminal's own colour.
 std::string EscapeSequence(std::uint16_t attributes) {
   if (attributes == kOrdinaryAttributes) return "\x1b[0m";
   const int blue = attributes & 1, green = attributes >> 1 & 1, red = attributes >> 2 & 1;

@@ -23,7 +23,7 @@ Lock& In(std::byte* storage) {
 
 CriticalSection::CriticalSection(std::uint32_t spinCount) {
   static_assert(sizeof(Lock) <= sizeof storage_ && alignof(Lock) <= alignof(std::max_align_t));
-  // With one processor the holder cannot leave while another thread spins.
+  // With one processor no spinning, because the holder cannot run meanwhile.
   static const bool oneProcessor = std::thread::hardware_concurrency() == 1;
   auto* const lock = new (storage_) Lock{{}, oneProcessor ? 0 : spinCount};
   pthread_mutexattr_t attributes;

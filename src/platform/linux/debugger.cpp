@@ -16,15 +16,15 @@
 namespace platform {
 namespace {
 
-/// Where TARN_DEBUGGER points. The file is opened for each line: a descriptor that is kept would be lost with every
-/// unload of the library, and nothing may be left to close when the last lines are written.
+/// Where TARN_DEBUGGER points. The file is opened for each line, because nothing could close a kept descriptor behind
+/// the last line, and each unload of the library would leak one.
 class Sink {
  public:
   Sink() {
     const char* const target = std::getenv("TARN_DEBUGGER");
     if (!target || !*target) return;
     isFile_ = std::strcmp(target, "stderr") != 0;
-    // A pipe without a reader would be waited for.
+    // Without O_NONBLOCK opening a pipe waits for its reader.
     constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK;
     descriptor_ = isFile_ ? open(target, kFlags, 0644) : STDERR_FILENO;
   }
@@ -35,7 +35,7 @@ class Sink {
   Sink& operator=(const Sink&) = delete;
 
   bool IsOpen() const { return descriptor_ >= 0; }
-  /// Nobody is left to be told of a failure.
+  /// A failure is ignored, because nobody is left to be told.
   void Write(std::string_view text) const { static_cast<void>(WriteAll(descriptor_, text)); }
 
  private:
@@ -43,7 +43,7 @@ class Sink {
   int descriptor_ = -1;
 };
 
-/// Room on the stack for an ordinary line; a longer one is put on the heap.
+/// Room for a line: on the stack for an ordinary one, on the heap for a longer one.
 template <class Unit>
 class Room {
  public:

@@ -15,7 +15,7 @@ struct ErrorText {
   std::u16string_view text;
 };
 
-/// What the library can meet, in ascending order: system errors, socket errors, HRESULTs.
+/// The codes that the library can meet, in ascending order: system errors, socket errors, HRESULTs.
 constexpr ErrorText kErrorTexts[] = {
     {0, u"The operation completed successfully."},
     {1, u"Incorrect function."},

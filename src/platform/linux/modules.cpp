@@ -40,7 +40,7 @@ bool IsSocketModuleName(std::u16string_view name) {
   return upper == kSocketModuleName;
 }
 
-/// By its name alone, or in the directory where a system has it.
+/// True for its name alone, and for its path in the default system directory.
 bool IsSocketModulePath(const char16_t* path) {
   const char16_t* const name = PathFindFileNameW(path);
   const std::u16string_view folder(path, static_cast<std::size_t>(name - path));
@@ -74,7 +74,7 @@ ModuleHandle ModuleContaining(const void* address) {
   Dl_info info;
   void* entry = nullptr;
   if (!dladdr1(address, &info, &entry, RTLD_DL_LINKMAP) || !entry) return nullptr;
-  // The loader's handles are its link_map entries. The executable is named by null.
+  // A handle of the loader is a link_map entry. Null stands for the executable, whose entry has no name.
   return *static_cast<link_map*>(entry)->l_name ? entry : nullptr;
 }
 

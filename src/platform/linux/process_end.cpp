@@ -5,7 +5,7 @@ namespace {
 
 constinit bool isUnloaded = false;
 
-/// Unloading calls functions of this kind first and destroys static objects then; exit() does it the other way round.
+/// An unload calls this function before it destroys the static objects; exit() calls it after that.
 __attribute__((destructor)) void NoteUnload() {
   isUnloaded = true;
 }

@@ -36,7 +36,7 @@ bool IsText(std::uint32_t type) {
 std::string AnsiText(std::u16string_view text) {
   const int units = static_cast<int>(text.size());
   if (units == 0) return {};
-  std::string narrow(text.size() * 3, '\0');  // the most that a unit becomes, in UTF-8
+  std::string narrow(text.size() * 3, '\0');  // in UTF-8, the longest form of a unit
   const int bytes = WideCharToMultiByte(CP_ACP, 0, text.data(), units, narrow.data(), static_cast<int>(narrow.size()));
   narrow.resize(static_cast<std::size_t>(bytes));
   return narrow;
@@ -49,7 +49,7 @@ std::string AnsiData(const RegistryValue& value) {
   return AnsiText(text);
 }
 
-/// The rules by which every reading function hands out a value's type and data.
+/// Hands out a value's type and data, by the rules that RegQueryValueExW and RegEnumValueA share.
 std::uint32_t Deliver(std::uint32_t valueType, const void* from, std::size_t size, std::uint32_t* type, void* data,
                       std::uint32_t* byteCount) {
   if (data && !byteCount) return ERROR_INVALID_PARAMETER;
@@ -63,7 +63,7 @@ std::uint32_t Deliver(std::uint32_t valueType, const void* from, std::size_t siz
   return ERROR_SUCCESS;
 }
 
-/// The names of environment variables do not depend on case, as in the text that is expanded.
+/// The value of a variable, whose name is found without regard to case, as on Windows; null where there is none.
 const char* EnvironmentVariable(const std::string& name) {
   for (char** entry = environ; entry && *entry; ++entry)
     if (strncasecmp(*entry, name.c_str(), name.size()) == 0 && (*entry)[name.size()] == '=')
@@ -86,7 +86,7 @@ std::u16string Expanded(std::u16string_view source) {
       result += WideText(value);
       source.remove_prefix(second + 1);
     } else {
-      // The second sign may begin a name that is known.
+      // Keeps the second sign, because it may begin the name of a variable.
       result += source.substr(0, second);
       source.remove_prefix(second);
     }

@@ -33,14 +33,14 @@ std::u16string_view Trimmed(std::u16string_view text) {
   return first == text.npos ? std::u16string_view() : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-/// Takes a prefix off text. False, with text untouched, where it does not begin so.
+/// Removes prefix from the front of text. False, with text untouched, where text begins otherwise.
 bool Skip(std::u16string_view& text, std::u16string_view prefix) {
   if (!text.starts_with(prefix)) return false;
   text.remove_prefix(prefix.size());
   return true;
 }
 
-/// Takes a quoted text off the front.
+/// Removes a quoted text from the front of text and returns its content. Nothing where there is none.
 std::optional<std::u16string> QuotedText(std::u16string_view& text) {
   if (!Skip(text, u"\"")) return std::nullopt;
   std::u16string content;
@@ -82,7 +82,7 @@ std::vector<std::uint8_t> BytesOf(const Unit* units, std::size_t count) {
   return bytes;
 }
 
-/// What stands behind a value's "=".
+/// Type and data from the text behind a value's "=". Nothing where it is malformed.
 std::optional<RegistryValue> ParseData(std::u16string_view text) {
   if (text.starts_with(u'"')) {
     const auto content = QuotedText(text);
@@ -107,7 +107,8 @@ std::optional<RegistryValue> ParseData(std::u16string_view text) {
   return bytes ? std::optional(RegistryValue{{}, type, std::move(*bytes)}) : std::nullopt;
 }
 
-/// Empty where it is not to be had. Opening does not wait for the other end of a pipe.
+/// The content of a regular file within the limit, else empty. O_NONBLOCK, because opening a pipe waits for its other
+/// end.
 std::string ContentOf(const char* path) {
   constexpr std::size_t kMostBytes = 16 << 20;
   const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -147,7 +148,7 @@ class Parser {
   }
 
  private:
-  /// Only a list of bytes goes on in the next line: no other line ends so, comments and malformed ones excepted.
+  /// A backslash at the end of a line continues it where it is a list of bytes; a comment may end in one too.
   static bool IsContinued(std::u16string_view line) {
     return line.ends_with(u'\\') && !line.starts_with(u';') && line.find(u"=hex") != line.npos;
   }

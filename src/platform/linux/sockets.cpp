@@ -7,7 +7,7 @@ namespace {
 
 constexpr int WSANOTINITIALISED = 10093;
 
-/// Sockets need no start here; what callers can observe is the counting.
+/// Starts less stops. Sockets need neither here, but callers can observe the count.
 constinit std::atomic<int> starts{0};
 
 }  // namespace

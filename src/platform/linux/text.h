@@ -1,4 +1,5 @@
-/// Texts of the C library, which are UTF-8, and copies into the room that a caller gives.
+/// Texts of the C library (names of files, users, hosts and variables), which are taken for UTF-8, and copies into the
+/// room that a caller gives.
 #pragma once
 
 #include <cstdint>

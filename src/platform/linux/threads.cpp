@@ -18,14 +18,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Two system calls and a wake-up take about as long; to watch for longer cannot pay.
+/// Two system calls and a wake-up take about as long, so that watching for longer cannot pay.
 constexpr std::chrono::microseconds kLongestWatch{20};
 
-/// A signal from one thread to one other: a word that the setter sets and the waiter takes back. The system is called
-/// only where the waiter sleeps.
+/// A signal from one thread to one other: a word that the setter sets and the waiter clears. Calls the system only
+/// where the waiter sleeps.
 class Signal {
  public:
-  /// True where the waiter was seen watching, so that it runs at this moment.
+  /// True where the waiter was watching, which means that it is running.
   bool Set() {
     const std::uint32_t before = state_.exchange(kSet, std::memory_order_acq_rel);
     if (before == kAsleep) syscall(SYS_futex, &state_, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
@@ -63,8 +63,8 @@ class Signal {
 };
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(Signal) == sizeof(std::uint32_t));
 
-/// A kept thread. Its deliverer fills in the task, signals start and waits for finished; so each field has one writer
-/// at a time. No task means that the thread is to leave. The two sides write to cache lines of their own.
+/// A thread and its task. The deliverer sets the task, signals start and waits for finished, so each field has one
+/// writer at a time. A null task ends the thread. Each side writes to a cache line of its own.
 struct Worker {
   alignas(64) Signal start;
   void (*task)(void*) = nullptr;
@@ -75,9 +75,9 @@ struct Worker {
   pthread_t thread{};
 };
 
-/// Between tasks the thread watches for the next one, which then costs no system call on either side; but only where
-/// that can pay: when tasks follow closely, and the deliverer was last seen on another processor. On the same one it
-/// needs the processor that the watching would take.
+/// Between tasks the worker watches for the next one before it sleeps: a task that comes meanwhile costs no system
+/// call. It does so only where tasks follow closely and the deliverer was last seen on another processor, because
+/// watching would take the processor that the deliverer needs.
 void* WorkerMain(void* argument) {
   auto* const worker = static_cast<Worker*>(argument);
   bool watch = false;
@@ -124,8 +124,8 @@ class IdleWorkers {
     return kept;
   }
 
-  /// For a fork. Locked until it is done, so that the child does not find the list half changed. The child has none of
-  /// the threads.
+  /// For a fork: locked before and unlocked after it, so that the child does not get a list half changed. The child
+  /// forgets all workers, because it has none of their threads.
   void Lock() { pthread_mutex_lock(&mutex_); }
   void Unlock() { pthread_mutex_unlock(&mutex_); }
   void ForgetAllAndUnlock() {
@@ -156,8 +156,8 @@ void WatchForks() {
   static_cast<void>(watched);
 }
 
-/// What a thread causes by its own doing, and the signal of profilers. A fault while its signal is blocked would end
-/// the process without asking the host's handler.
+/// The signals that a thread causes itself, and that of profilers. They stay open, because a fault whose signal is
+/// blocked ends the process without the host's handler.
 constexpr int kOpenSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS, SIGPROF};
 
 /// A worker blocks all other signals, because those are for the host's own threads.
@@ -180,7 +180,7 @@ Worker* NewWorker() {
   return nullptr;
 }
 
-/// Waits until the thread has left. Requires a worker that is not in the list.
+/// Ends the thread and frees the worker. Requires a worker that is not in the list.
 void End(Worker* worker) {
   worker->task = nullptr;
   worker->start.Set();

@@ -15,7 +15,7 @@ static_assert(std::endian::native == std::endian::little, "the first unit of a w
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-/// Texts are ASCII for the most part, and ASCII goes by blocks: 16 bytes of the source in one register.
+/// Most text is ASCII, which is copied in blocks: 16 bytes of the source in one register.
 using Block [[gnu::vector_size(16)]] = unsigned char;
 template <class Unit>
 constexpr std::size_t kBlockUnits = sizeof(Block) / sizeof(Unit);
@@ -40,7 +40,7 @@ void StoreAscii(const char16_t* from, char* target) {
   std::memcpy(target, &bytes, sizeof bytes / 2);
 }
 
-/// The bits that no ASCII unit has, in every unit of a word.
+/// In every unit of a word, the bits that are 0 in ASCII.
 template <class Unit>
 constexpr std::uint64_t kNotAscii = sizeof(Unit) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;
 
@@ -50,13 +50,13 @@ class Writer {
   Writer(Unit* target, std::size_t room) : start_(target), next_(target), end_(target + room) {}
   bool HasRoom(std::size_t units) const { return static_cast<std::size_t>(end_ - next_) >= units; }
   void Put(char32_t unit) { *next_++ = static_cast<Unit>(unit); }
-  /// Stores a whole block and keeps count units of it.
+  /// Stores a whole block, of which count units are part of the result.
   template <class From>
   void PutAscii(const From* block, std::size_t count) {
     StoreAscii(block, next_);
     next_ += count;
   }
-  /// Stores what the vector functions take of it. Returns how many units that were.
+  /// Copies whole runs with vectors. Returns the number of units copied, which may be 0.
   template <class From>
   std::size_t PutLongRun(const From* from, std::size_t units) {
     const std::size_t room = static_cast<std::size_t>(end_ - next_);
@@ -72,7 +72,7 @@ class Writer {
   Unit* end_;
 };
 
-/// A writer without a target.
+/// Stands in for a writer where only the length is asked.
 class Counter {
  public:
   bool HasRoom(std::size_t) const { return true; }
@@ -103,7 +103,7 @@ std::size_t AsciiUnits(const Unit* block) {
   return static_cast<std::size_t>(bits) / (8 * sizeof(Unit));
 }
 
-/// Copies ASCII up to the first other unit, or to where less than a block is left. Returns the place reached.
+/// Copies ASCII up to the first other unit, or until less than a block is left. Returns the place reached.
 template <class Unit, class Output>
 const Unit* CopyAscii(const Unit* next, const Unit* end, Output& output) {
   constexpr std::size_t kUnits = kBlockUnits<Unit>;
@@ -122,14 +122,14 @@ bool IsContinuation(unsigned char byte) {
   return (byte & 0xC0) == 0x80;
 }
 
-/// A sequence that was decoded, or the maximal part of an invalid one with its replacement.
+/// A decoded character and the bytes it took; for an invalid sequence U+FFFD and the length of its maximal part.
 struct Sequence {
   char32_t character;
   std::ptrdiff_t length;
 };
 
-/// Length of the sequence that a byte begins, and the range of its second byte, which excludes overlong forms,
-/// surrogates and what lies above U+10FFFF. Length 1: none begins so.
+/// The length of the sequence that a byte begins, and the range of its second byte. The range excludes overlong forms,
+/// surrogates and characters above U+10FFFF. Length 1: no sequence begins with the byte.
 struct LeadByte {
   std::ptrdiff_t length;
   unsigned char lowest;

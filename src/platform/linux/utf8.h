@@ -1,7 +1,8 @@
-/// UTF-8 to UTF-16 and back. Whatever does not encode a character becomes U+FFFD: each maximal part of a UTF-8 sequence
-/// that could begin one, or a byte that could not, and each unpaired surrogate.
+/// UTF-8 to UTF-16 and back. Invalid text becomes U+FFFD: one for each unpaired surrogate, one for each byte that
+/// begins no sequence, and one for the longest beginning of a sequence that breaks off (its maximal part).
 ///
-/// The writing functions require that the result fits into room; they return its length. None allocates.
+/// The writing functions require room for the result, of which the other two give the length; they return its length.
+/// None allocates or throws.
 #pragma once
 
 #include <cstddef>

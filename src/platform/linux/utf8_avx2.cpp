@@ -17,7 +17,8 @@ TARN_AVX2 inline void Store(void* memory, __m256i vector) {
 TARN_AVX2 inline void Widen(const unsigned char* from, char16_t* target) {
   Store(target, _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))));
 }
-/// Thirty-two units to bytes. The packing works on halves of the vectors, which are then put in order.
+/// Thirty-two units to bytes. The packing instruction works on each half of the vectors, so the quarters are put in
+/// order.
 TARN_AVX2 inline void Narrow(__m256i first, __m256i second, char* target) {
   Store(target, _mm256_permute4x64_epi64(_mm256_packus_epi16(first, second), 0xD8));
 }

@@ -1,7 +1,7 @@
 #include "platform/accounts.h"
 
 #include "platform/windows/api.h"
-// Behind windows.h, on which it relies.
+// After windows.h, on which it relies.
 #include <security.h>
 
 namespace platform {

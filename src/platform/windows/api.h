@@ -1,4 +1,4 @@
-/// The system's headers, and texts in its type. Include it behind the headers of this folder's parent: the system
+/// Windows' headers, and casts between its types and ours. Include it after the headers of platform/, because Windows
 /// defines their constants as macros.
 #pragma once
 
@@ -10,7 +10,7 @@
 #endif
 
 #include <winsock2.h>
-// Behind winsock2.h, which it would replace by an older one.
+// After winsock2.h; otherwise windows.h includes an older header for sockets.
 #include <windows.h>
 
 #include <cstdint>

@@ -30,7 +30,7 @@ AppendFile* OpenForAppend(const char16_t* path) {
   return file == INVALID_HANDLE_VALUE ? nullptr : reinterpret_cast<AppendFile*>(file);
 }
 
-/// The system has no gathering write for such a file: small pieces are put together, so that they are one call.
+/// Windows cannot write several pieces of such a file in one call, so small pieces are copied together first.
 bool Append(AppendFile* file, std::span<const BytePiece> pieces) {
   std::byte room[4096];
   std::size_t held = 0;

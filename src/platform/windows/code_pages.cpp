@@ -5,7 +5,7 @@
 namespace platform {
 namespace {
 
-/// UTF-8 may be set as the system's ANSI code page; it takes no flags, under that name either.
+/// No flags where UTF-8 is the system's ANSI code page, because UTF-8 takes none.
 std::uint32_t AllowedFlags(std::uint32_t codePage, std::uint32_t flags) {
   return codePage == CP_ACP && ::GetACP() == CP_UTF8 ? 0 : flags;
 }

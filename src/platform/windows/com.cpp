@@ -1,7 +1,7 @@
 #include "platform/com.h"
 
 #include "platform/windows/api.h"
-// Behind windows.h, on which they rely.
+// After windows.h, on which they rely.
 #include <objbase.h>
 #include <oleauto.h>
 

@@ -13,7 +13,7 @@ void SetLastError(std::uint32_t code) {
 }
 
 std::uint32_t FormatMessageW(std::uint32_t code, char16_t** text) {
-  // With the first flag the system takes the address of the pointer in place of a buffer.
+  // With FORMAT_MESSAGE_ALLOCATE_BUFFER the system stores a pointer where a buffer is expected.
   constexpr DWORD kFlags = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM;
   return ::FormatMessageW(kFlags, nullptr, code, 0, reinterpret_cast<wchar_t*>(text), 0, nullptr);
 }

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "platform/windows/api.h"
-// Behind windows.h, on which it relies.
+// After windows.h, on which it relies.
 #include <shlwapi.h>
 
 namespace platform {

@@ -15,8 +15,8 @@ bool ProcessEnds() {
 
 }  // namespace platform
 
-/// Runs before the library's destructors. There is a reserved pointer at the end of the process, and none when the
-/// library is unloaded.
+/// Runs before the library's destructors. reserved is null where the library is unloaded, and not null at the end of
+/// the process.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* reserved) {
   if (reason == DLL_PROCESS_DETACH && reserved) platform::processEnds = true;
   return TRUE;

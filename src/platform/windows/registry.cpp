@@ -9,7 +9,7 @@ HKEY Key(RegistryKey* key) {
   return reinterpret_cast<HKEY>(key);
 }
 
-/// The functions return their error codes as signed numbers.
+/// Windows returns these error codes as signed numbers.
 std::uint32_t Result(LSTATUS status) {
   return static_cast<std::uint32_t>(status);
 }

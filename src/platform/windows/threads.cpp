@@ -6,8 +6,9 @@
 
 #include "platform/windows/api.h"
 
-/// The workers are the threads of a pool of the system. Between tasks they sit in the system's code, so the library can
-/// be unloaded while they live; a thread of its own could neither be waited for under the loader's lock nor left alone.
+/// The workers are threads of the system's pool. Between tasks they are in the system's code, so the library can be
+/// unloaded while they live. Threads of the library's own could not: waiting for them under the loader's lock
+/// dead-locks, and not waiting leaves them in code that is gone.
 namespace platform {
 namespace {
 
@@ -21,11 +22,11 @@ struct alignas(MEMORY_ALLOCATION_ALIGNMENT) Slot {
   std::atomic<std::uint32_t> done{0};
 };
 
-/// Zeros are an empty list.
+/// Initialised with zeros, which is an empty list.
 constinit SLIST_HEADER idleSlots{};
 constinit std::atomic<PTP_POOL> pool{nullptr};
 
-/// A pool of its own, for the default one has 500 threads at most, and tasks that wait for others nest without bound.
+/// A pool of the library's own, because the default pool has at most 500 threads and waiting tasks nest without bound.
 /// Null where there is no memory.
 PTP_POOL Pool() {
   PTP_POOL existing = pool.load(std::memory_order_acquire);
@@ -38,7 +39,7 @@ PTP_POOL Pool() {
   return existing;
 }
 
-/// The deliverer may go on, and use the slot again, before the call that wakes it has returned.
+/// Once done is set the deliverer may go on and use the slot again, even before it is woken.
 void CALLBACK RunTask(PTP_CALLBACK_INSTANCE, void* argument, PTP_WORK) {
   auto* const slot = static_cast<Slot*>(argument);
   slot->task(slot->context);
@@ -86,7 +87,7 @@ bool RunOnWorkerAndWait(void (*task)(void*), void* context) {
 
 void StopWorkers() {
   while (Slot* const slot = TakeIdleSlot()) {
-    // A callback may still be on its way back from waking its deliverer.
+    // The callback may still be in the call that wakes its deliverer.
     WaitForThreadpoolWorkCallbacks(slot->work, FALSE);
     CloseThreadpoolWork(slot->work);
     delete slot;
