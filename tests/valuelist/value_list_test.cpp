@@ -77,17 +77,19 @@ TEST(ValueListWrite, IntoABufferOfItsOwnValuesTakesThemAsTheyWere) {
 TEST(ValueListRead, TakesEveryTypeAndWritesItBackAndRefusesEveryPrefix) {
   const std::string same =
       kUnnamed +
-      "15000000 X 01 FF X 02 C8 X 03 41 X 04 FEFF X 05 FEFF X 06 FEFFFFFF X 07 FEFFFFFF"
+      "16000000 X 01 FF X 02 C8 X 03 41 X 04 FEFF X 05 FEFF X 06 FEFFFFFF X 07 FEFFFFFF"
       "X 08 FEFFFFFFFFFFFF7F X 09 00004040 X 0A 9A9999999999B93F X 0D 02000000 00 FF X 0E 02000000 00 FF"
       "X 0F 0102030405060708 X 10 0102030405060708 X 11 0000000000000000 X 12 000102030405060708090A0B0C0D0E0F"
       "X 13 FEFFFFFF";
-  const std::string read =
-      Hex(same + "X 00 80 X 0B 04000000 61 00 62 FF X 0C 07000000 6100 6200 FFFF FF X 14 FEFFFFFFFFFFFFFF");
+  const std::string read = Hex(same +
+                               "X 00 80 X 0B 04000000 61 00 62 FF X 0C 07000000 6100 6200 FFFF FF X 14 FEFFFFFFFFFFFFFF"
+                               "0B 04000000 61 00 62 FF 02 07");
   const auto buffer = Holding(read + "rest");
   ValueList list;
   list.Read(*buffer);
   EXPECT_EQ(Encoded(list),
-            Hex(same + "X 00 01 X 0B 04000000 61 00 62 00 X 0C 06000000 6100 6200 0000 X 08 FEFFFFFFFFFFFFFF"));
+            Hex(same + "X 00 01 X 0B 04000000 61 00 62 00 X 0C 06000000 6100 6200 0000 X 08 FEFFFFFFFFFFFFFF"
+                       "0B 04000000 61 00 62 00 02 07"));
   EXPECT_EQ(buffer->GetUnreadLength(), 4u);
   for (std::size_t n = 0; n < read.size(); ++n)
     EXPECT_EQ(ErrorOf([&] { ValueList().Read(*Holding(read.substr(0, n))); }), kTooFewBytes) << n;
@@ -114,11 +116,12 @@ TEST(ValueListRead, MakesNoRoomForWhatAFalseCountClaims) {
 
 TEST(ValueListGet, TakesTheFirstOfANameAndLeavesTheOutputWithoutOne) {
   ValueList list;
+  list.Add("nn", 1u);
   list.Add("n", "42");
   list.Add("n", 7u);
   list.AddBinaryData("b", Holding("ab"));
   std::uint32_t number = 9;
-  EXPECT_FALSE(list.Get("N", number) || list.Get("", number) || number != 9);
+  EXPECT_FALSE(list.Get("N", number) || list.Get("", number) || list.Get("nnn", number) || number != 9);
   EXPECT_TRUE(list.Get("n", number) && number == 42);
   std::uint8_t byte = 0;
   std::uint64_t wide = 0;
@@ -131,7 +134,7 @@ TEST(ValueListGet, TakesTheFirstOfANameAndLeavesTheOutputWithoutOne) {
     EXPECT_TRUE(byte == 42 && wide == 42 && truth) << name;
   }
   list.Read(*Holding(Hex("56 4C 49 53  06 0A000000  01000000  07 FFFFFFFF  02 07")));  // appends, with any type of name
-  EXPECT_TRUE(list.GetName() == "10" && list.Get("-1", number) && number == 7 && list.GetEntries().size() == 5);
+  EXPECT_TRUE(list.GetName() == "10" && list.Get("-1", number) && number == 7 && list.GetEntries().size() == 6);
   const auto untouched = Holding("x");
   ReferencePointer<Buffer> out = untouched;
   list.GetBinaryData("x", out);
@@ -141,6 +144,8 @@ TEST(ValueListGet, TakesTheFirstOfANameAndLeavesTheOutputWithoutOne) {
   EXPECT_TRUE(std::ranges::equal(out->GetBytes(), std::string_view("ab")));
   list.GetBinaryData("n", out);
   EXPECT_FALSE(out);
+  list.Clear();
+  EXPECT_TRUE(list.GetName() == "10" && list.GetEntries().empty());
 }
 
 TEST(ValueListFromText, ReadsWhatStandsBeforeTheFirstForeignCharacter) {

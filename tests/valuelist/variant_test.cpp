@@ -119,9 +119,17 @@ TEST(VariantText, IsReadByTheRuleOfTheType) {
 }
 
 TEST(VariantConversion, OfFloatingPointBeyondTheTargetIsWhatTheProcessorGives) {
-  for (const auto& [number, narrow, wide] : {std::tuple(kNan, 0u, 0x8000000000000000u),
-                                             {9223372036854777856.0, 0u, 9223372036854777856u},
-                                             {2147483648.0, 2147483648u, 2147483648u}}) {
+  for (const auto& [number, truth, byte, narrow, wide] : {std::tuple(kNan, true, 0, 0u, 0x8000000000000000u),
+                                                          {9223372036854777856.0, true, 0, 0u, 9223372036854777856u},
+                                                          {18446744073709551616.0, true, 0, 0u, 0x8000000000000000u},
+                                                          {2147483905.0, true, 0, 2147483905u, 2147483905u},
+                                                          {2147483647.9, true, 255, 2147483647u, 2147483647u},
+                                                          {-258.9, true, 254, 0xFFFFFEFEu, 0xFFFFFFFFFFFFFEFEu},
+                                                          {0.5, true, 0, 0u, 0u},
+                                                          {-0.0, false, 0, 0u, 0u}}) {
+    SCOPED_TRACE(number);
+    EXPECT_EQ(Variant(number).To<bool>(), truth);
+    EXPECT_EQ(Variant(number).To<unsigned char>(), byte);
     EXPECT_EQ(Variant(number).To<std::uint32_t>(), narrow);
     EXPECT_EQ(Variant(number).To<std::uint64_t>(), wide);
   }
