@@ -27,7 +27,7 @@ void SkipBlanks(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
 }
 
-/// Takes an optional sign; true for a minus.
+/// Removes a sign if there is one; true for a minus.
 bool TakeSign(std::string_view& text) {
   if (text.empty() || (text.front() != '-' && text.front() != '+')) return false;
   const bool negative = text.front() == '-';
@@ -35,7 +35,7 @@ bool TakeSign(std::string_view& text) {
   return negative;
 }
 
-/// Takes blanks, a sign and digits. Saturates; nothing where there is no digit.
+/// Removes blanks, a sign and digits. Saturates; empty where there is no digit.
 std::optional<std::int64_t> TakeInteger(std::string_view& text) {
   using Limits = std::numeric_limits<std::int64_t>;
   SkipBlanks(text);
@@ -67,7 +67,7 @@ bool IsTooLarge(std::string_view number, bool hex) {
   return place * (hex ? 4 : 1) + exponent > 0;
 }
 
-/// Decimal digits of a number, and the exponent of the first one.
+/// A number as decimal digits without trailing zeros, and the decimal exponent of the first digit.
 struct Decimal {
   std::string digits;
   int exponent;
@@ -146,7 +146,7 @@ std::optional<bool> ExtractBool(std::string_view& text) {
   return *number == 1;
 }
 
-/// A minus is accepted, and gives the number modulo 2 to the power of 32.
+/// A negative number is accepted and gives its low 32 bits, as with streams.
 std::optional<std::uint32_t> ExtractUInt32(std::string_view& text) {
   const std::optional<std::int64_t> number = TakeInteger(text);
   constexpr std::int64_t kLargest = std::numeric_limits<std::uint32_t>::max();
@@ -154,7 +154,8 @@ std::optional<std::uint32_t> ExtractUInt32(std::string_view& text) {
   return static_cast<std::uint32_t>(*number);
 }
 
-/// Unlike atof it knows neither hexadecimal digits nor names of infinities, and an exponent mark wants its digits.
+/// Unlike atof, a stream reads neither hexadecimal digits nor the names of infinities, and an exponent mark without
+/// digits is an error.
 std::optional<float> ExtractFloat(std::string_view& text) {
   SkipBlanks(text);
   const bool negative = TakeSign(text);
@@ -163,7 +164,6 @@ std::optional<float> ExtractFloat(std::string_view& text) {
   const char* const end = text.data() + text.size();
   const auto read = std::from_chars(text.data(), end, number);
   const auto length = static_cast<std::size_t>(read.ptr - text.data());
-  // A number too small for a float reads as 0, as with atof; one too large is none.
   const bool underflow = read.ec == std::errc::result_out_of_range && !IsTooLarge(text.substr(0, length), false);
   if (read.ec != std::errc() && !underflow) return std::nullopt;
   if (read.ptr != end && (*read.ptr == 'e' || *read.ptr == 'E')) return std::nullopt;

@@ -1,7 +1,7 @@
-/// Numbers from and to narrow text as the C runtime and the string streams of the other side read and write them,
-/// whatever the locale of the process.
+/// Numbers from and to narrow text. The other side uses the functions of the Windows C runtime and C++ streams; these
+/// here give the same, whatever the locale of the process.
 ///
-/// Reading forms skip leading blanks and ignore what stands behind the number.
+/// Reading skips leading blanks and ignores what follows the number.
 #pragma once
 
 #include <cstdint>
@@ -11,23 +11,23 @@
 
 namespace Kestrel {
 
-/// The number in `digits` significant digits (1 to 17), without trailing zeros but always with its point: "3.", "0.1",
-/// "-12.5". A decimal exponent below -1, or of at least the digit count, gives "1.5e+020": three exponent digits or
-/// more. Not a number: "inf", "-inf", "nan", and for a negative one, which is what the processor makes, "-nan(ind)".
+/// _gcvt: the number with `digits` significant digits (1 to 17), without trailing zeros but always with its point:
+/// "3.", "0.1", "-12.5". Where the decimal exponent is below -1 or not below `digits`, in exponent notation with at
+/// least three digits: "1.5e+020". The others are "inf", "-inf", "nan" and, for a NaN with its sign set, "-nan(ind)".
 std::string GeneralText(double number, int digits);
 
-/// atoi and its 64-bit form: no digits give 0, numbers out of range the limit.
+/// atoi and _atoi64. Without digits 0; a number out of range gives the limit of the type.
 std::int32_t ParseInt32(std::string_view text);
 std::int64_t ParseInt64(std::string_view text);
-/// atof: no number gives 0; out of range gives an infinity or 0.
+/// atof. Without a number 0; overflow gives an infinity, underflow 0.
 double ParseDouble(std::string_view text);
 
-/// The extractions of an input stream: each takes what it reads from the front of text.
-/// No number, or one that the type cannot hold, gives nothing.
+/// Stream extraction: each removes what it has read from the front of `text`. Empty where there is no number or the
+/// type cannot hold it; underflow gives 0.
 std::optional<bool> ExtractBool(std::string_view& text);  ///< only the numbers 0 and 1
 std::optional<std::uint32_t> ExtractUInt32(std::string_view& text);
 std::optional<float> ExtractFloat(std::string_view& text);
-/// Everything up to the next blank; may be empty.
+/// The text up to the next blank; empty at the end.
 std::string_view ExtractWord(std::string_view& text);
 
 }  // namespace Kestrel

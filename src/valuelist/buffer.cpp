@@ -15,7 +15,7 @@ constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kMaxAllocation = std::numeric_limits<std::ptrdiff_t>::max();
 constexpr auto kStorageAlignment = std::align_val_t{FlatMemory::kAlignment};
 
-/// Half again as much as is needed, in whole pages; kUnlimited where that is more than 64 bits can say.
+/// kUnlimited where the capacity does not fit into 64 bits; no allocation of that size succeeds.
 std::uint64_t CapacityFor(std::uint64_t length, std::uint64_t added) {
   if (added > kUnlimited - length) return kUnlimited;
   const std::uint64_t needed = length + added;
@@ -24,7 +24,7 @@ std::uint64_t CapacityFor(std::uint64_t length, std::uint64_t added) {
   return pages * FlatMemory::kPageSize;
 }
 
-/// Null where the system has not that much.
+/// Null where there is not enough memory.
 std::uint8_t* AllocateStorage(std::uint64_t capacity) {
   if (capacity > kMaxAllocation) return nullptr;
   return static_cast<std::uint8_t*>(

@@ -1,8 +1,13 @@
 /// Kestrel::Buffer: a reference-counted, growable byte buffer with a write and a read position, recycled by the pool.
 ///
-/// Threads  One thread at a time writes or reads a buffer; another thread gets it by a ReferencePointer.
-/// Errors   BufferException; a failed operation leaves positions and contents as they were. OutOfMemoryException where
-///          the storage cannot grow: the buffer has lost its contents and must not be used further.
+/// Bytes are appended at the end and taken from the read position on. When storage has to grow, it grows to half again
+/// as much as is needed, in whole pages, so that many small appends copy each byte only a few times.
+///
+/// Ownership  Held by ReferencePointer. The last Release returns the buffer with its storage to the pool
+///            (buffer_pool.h), or deletes it. Addresses into the storage are valid until the buffer grows or goes.
+/// Threads    One thread at a time uses a buffer; to hand it to another thread, pass a ReferencePointer.
+/// Errors     BufferException: positions and contents stay as they were. OutOfMemoryException where the storage cannot
+///            grow: the buffer has lost its contents and must not be used further.
 #pragma once
 
 #include <atomic>
@@ -20,8 +25,8 @@ namespace Kestrel {
 inline constexpr char kNotEnoughBytes[] = "read failed - not enough bytes in buffer";
 inline constexpr char kInvalidPointerRequest[] = "invalid pointer request";
 
-/// One allocation, aligned to 16 bytes, with its positions. read position <= length <= capacity; the write position is
-/// the length. The capacity is 0 or a multiple of kPageSize, unless an exact one was asked for.
+/// The storage of a buffer: one allocation and the positions in it, read position <= length <= capacity. Bytes are
+/// written at the length. The capacity is 0 or a multiple of kPageSize, unless an exact one was asked for.
 class FlatMemory : NonCopyable {
  public:
   static constexpr std::size_t kAlignment = 16;
@@ -37,7 +42,7 @@ class FlatMemory : NonCopyable {
   std::uint64_t GetReadPosition() const { return readPosition_; }
   std::uint64_t GetCapacity() const { return capacity_; }
 
-  /// Adds n uninitialised bytes at the end and returns their address.
+  /// Appends n uninitialised bytes and returns their address.
   std::uint8_t* Extend(std::uint64_t n) {
     if (n > capacity_ - length_) Grow(n);
     std::uint8_t* const added = storage_ + length_;
@@ -52,9 +57,9 @@ class FlatMemory : NonCopyable {
     readPosition_ += n;
     return taken;
   }
-  /// Forgets the bytes from a length on. Requires read position <= length <= the length so far.
+  /// Shortens the contents. Requires read position <= length <= current length.
   void Truncate(std::uint64_t length);
-  /// Positions and length to 0; the storage stays.
+  /// Empties the contents; the storage stays.
   void Rewind();
 
  private:
@@ -72,23 +77,23 @@ class FlatMemory : NonCopyable {
 class Buffer final : public ReferenceCounted {
  public:
   Buffer() = default;
-  /// A buffer outside the pool with n uninitialised bytes and no room for more, so that many small ones cost little: a
-  /// pooled buffer takes a page even for one byte.
+  /// A buffer of n uninitialised bytes that has exactly their capacity and never goes to the pool. For values of a
+  /// message, because there can be a great many of few bytes and a pooled buffer takes a page even for one.
   static ReferencePointer<Buffer> CreateExact(std::uint64_t n);
 
-  /// Copies n bytes to the end.
+  /// Requires a source outside this buffer.
   void Append(const void* source, std::uint64_t n);
-  /// Adds n uninitialised bytes at the end and returns their address, valid until the buffer grows.
+  /// Appends n uninitialised bytes and returns their address.
   std::uint8_t* Reserve(std::uint64_t n) { return memory_.Extend(n); }
-  /// Forgets the bytes from a length on. Requires read position <= length <= the length so far.
+  /// Shortens the contents. Requires read position <= length <= current length.
   void Truncate(std::uint64_t length) { memory_.Truncate(length); }
-  /// Takes n bytes at the read position, or throws kNotEnoughBytes.
+  /// Moves the read position over n bytes and returns their address; throws kNotEnoughBytes where fewer are unread.
   const std::uint8_t* Take(std::uint64_t n) { return memory_.Consume(n); }
-  /// Take of a little-endian number.
+  /// Little-endian, from the read position; errors as Take.
   std::uint8_t ReadUInt8() { return *Take(1); }
   std::uint32_t ReadUInt32() { return LoadLittleEndian<std::uint32_t>(Take(sizeof(std::uint32_t))); }
   std::uint64_t ReadUInt64() { return LoadLittleEndian<std::uint64_t>(Take(sizeof(std::uint64_t))); }
-  /// Empties the buffer and forgets its use count; storage and capacity stay.
+  /// Empties the buffer and sets its use count to 0; storage and capacity stay.
   void Reset();
 
   std::uint8_t* GetData() const { return memory_.GetData(); }
@@ -102,7 +107,7 @@ class Buffer final : public ReferenceCounted {
   /// How often the pool has handed the buffer out since it was made or reset.
   std::uint32_t GetUseCount() const { return useCount_.load(std::memory_order_relaxed); }
 
-  /// Returns the buffer to the pool, or deletes it where the pool does not keep it.
+  /// The last Release calls it: returns the buffer to the pool, or deletes it where the pool does not keep it.
   void DeleteThis() override;
 
  private:

@@ -13,13 +13,14 @@ constinit BufferStatistics statistics;
 
 constinit std::atomic<bool> poolDestroyed{false};
 
-/// Never destroyed, so that a thread that comes late still finds a pool to ask; once it is closed, it owns nothing that
-/// would have to be freed. It holds a reference on itself.
+/// Never destroyed, because a thread may still release a buffer at the end of the process. Once its lists are closed,
+/// it owns nothing that would have to be freed. It holds a reference on itself.
 struct SharedPool {
   SharedPool() { pool.AddRef(); }
   BufferPool pool;
 };
 
+/// Otherwise the subtraction in Return could wrap.
 static_assert(std::ranges::all_of(kBufferPoolLimits, [](const BufferPoolLimits& list) {
   return list.largestCapacity <= list.sizeLimitInBytes;
 }));
@@ -49,7 +50,7 @@ ReferencePointer<Buffer> BufferPoolList::GetBuffer() {
   return buffer;
 }
 
-/// The bytes held are compared without the lock: returns at the same time may go beyond the limit by a few buffers.
+/// Compares the bytes held without the lock, so buffers that return at the same time may exceed the limit a little.
 void BufferPoolList::Return(ReferencePointer<Buffer> buffer) {
   const std::uint64_t capacity = buffer->GetCapacity();
   const bool fits = capacity <= limits_.largestCapacity && GetBytesHeld() <= limits_.sizeLimitInBytes - capacity;

@@ -1,8 +1,16 @@
-/// Kestrel::BufferPool: released buffers wait here, with their storage, for the next user.
+/// Kestrel::BufferPool: released buffers wait here, with their storage, for the next user, so that the steady state
+/// allocates nothing.
 ///
-/// Three first-in first-out lists by capacity, each bounded by count and by bytes. The process-wide pool is made on
-/// first use and closed by DestroySharedPool at unload; after that each GetPool makes a private pool, which goes with
-/// its last reference.
+/// Three first-in first-out lists by capacity, because one list would hand a buffer of a megabyte to a command of a
+/// hundred bytes, and grow the next small one for a block. Each list is bounded by count and by bytes, so that a peak
+/// of traffic is not kept for the life of the process.
+///
+///     small    below 64 KiB        commands and blocks without a picture: many, most of them below one page
+///     medium   64 to 512 KiB       pictures, and lists on their way into text, whose size is not known before
+///     large    512 KiB to 3 MiB    large pictures and long replies, few at a time; a larger buffer is never kept
+///
+/// The shared pool is made on first use and closed by DestroySharedPool at unload; after that each GetPool makes a
+/// private pool, which goes with its last reference.
 ///
 /// Threads  Everything may be called on any thread. Each list has its own lock; nothing is called with it held.
 #pragma once
@@ -27,16 +35,16 @@ struct BufferPoolLimits {
   std::uint64_t sizeLimitInBytes;  ///< all capacities together
   std::size_t mostBuffers;
 };
-/// Row = BufferPoolListIndex. The first row accepts more than is ever routed to it.
+/// Row = BufferPoolListIndex. Nothing configures them. The first row accepts larger capacities than are routed to it.
 inline constexpr BufferPoolLimits kBufferPoolLimits[] = {
     {0, 0x80000, 0x200000, 256},
     {0x10000, 0x80000, 0x600000, 16},
     {0x80000, 0x300000, 0x1000000, 4},
 };
 
-/// Counters of all blocks of the process; read by tests and memory dumps only.
+/// Counters of all buffers of the process. Nothing in the library reads them: they are for memory dumps and tests.
 struct BufferStatistics {
-  std::atomic<std::int64_t> bytesAllocated{0};  ///< grows by each capacity gained and by each capacity given up
+  std::atomic<std::int64_t> bytesAllocated{0};  ///< grows by each capacity that is gained and by each that is freed
   std::atomic<std::int64_t> liveBlocks{0};
   std::atomic<std::uint64_t> refusedReturns{0};
 };
@@ -47,9 +55,9 @@ class BufferPoolList : NonCopyable {
   explicit BufferPoolList(const BufferPoolLimits& limits) : limits_(limits), ring_(limits.mostBuffers) {}
   ~BufferPoolList() { Close(); }
 
-  /// The buffer at the front, or a new one.
+  /// The buffer that has waited longest, empty and with its old capacity, or a new one.
   ReferencePointer<Buffer> GetBuffer();
-  /// Takes the last reference on a buffer: keeps it, or deletes the buffer where the list has no room for it.
+  /// Empties the buffer and keeps it, or deletes it where the list has no room. Requires the only reference on it.
   void Return(ReferencePointer<Buffer> buffer);
   /// Deletes the buffers that are held, and keeps none from then on.
   void Close();
@@ -63,10 +71,10 @@ class BufferPoolList : NonCopyable {
 
   const BufferPoolLimits& limits_;
   CriticalSection lock_;
-  /// The queue: count_ buffers from front_ on, around the end. Its size is fixed, so that recycling never allocates.
+  /// The queue: count_ buffers from front_ on, around the end. Its size is fixed, because recycling must not allocate.
   std::vector<ReferencePointer<Buffer>> ring_;
   std::size_t front_ = 0;
-  /// Both change under the lock only, and are read without it.
+  /// Changed under the lock only, and read without it.
   std::atomic<std::size_t> count_{0};
   std::atomic<std::uint64_t> bytesHeld_{0};
 };
@@ -91,11 +99,12 @@ class BufferPool final : public ReferenceCounted {
                               BufferPoolList(kBufferPoolLimits[2])};
 };
 
-/// The operations that most callers need, on the shared pool.
+/// On the shared pool. Callers choose the list by the size that they expect.
 ReferencePointer<Buffer> GetBuffer(BufferPoolListIndex list);
-/// A buffer with a copy of n bytes, from the list for n.
+/// A copy of n bytes, in a buffer from the list for n.
 ReferencePointer<Buffer> CreateBuffer(const void* source, std::uint64_t n);
-/// Empties the buffer, or takes one from the small list where there is none.
+/// Empties the buffer, or takes one from the small list where there is none. This and ReserveAtEnd complete the
+/// interface of the pool; the library has no call of theirs.
 void EnsureBuffer(ReferencePointer<Buffer>& buffer);
 /// EnsureBuffer, then Reserve.
 std::uint8_t* ReserveAtEnd(ReferencePointer<Buffer>& buffer, std::uint64_t n);

@@ -1,7 +1,7 @@
-/// Marks bytes that nobody may touch, in builds with the address sanitizer; nothing in any other build.
+/// Tells the address sanitizer which bytes nobody may touch; does nothing in other builds.
 ///
-/// A recycled buffer keeps its storage, so the sanitizer alone would not see a read behind the buffer's length or
-/// through a pointer into a buffer that has gone back to the pool.
+/// A recycled buffer keeps its storage. So without these marks the sanitizer would miss a read beyond the length of a
+/// buffer, or through a pointer into a buffer that has returned to the pool.
 #pragma once
 
 #include <cstdint>

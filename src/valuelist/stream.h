@@ -1,4 +1,4 @@
-/// The minimal byte stream that variants are read from and written to.
+/// The byte stream that values are read from and written to, and the one implementation: a reply of the server.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,8 @@
 
 namespace Kestrel {
 
-/// Exactly these two operations, in this order; no virtual destructor.
+/// The interface of the platform's streams: exactly these two operations in this order, no virtual destructor. This
+/// library calls Write nowhere.
 class IKestrelStream {
  public:
   class IKestrelStreamException : public KestrelException {
@@ -15,7 +16,7 @@ class IKestrelStream {
     explicit IKestrelStreamException(std::string_view text) : KestrelException(text) {}
   };
 
-  /// Both move n bytes or throw.
+  /// Each moves exactly n bytes or throws.
   virtual void Write(const void* source, std::uint64_t n) = 0;
   virtual void Read(void* destination, std::uint64_t n) = 0;
 
@@ -26,14 +27,17 @@ class IKestrelStream {
 inline constexpr char kReadFailed[] = "RawStreamer - read failed";
 
 /// Reads memory that it does not own; the memory must outlive it.
-/// Read throws kReadFailed where fewer than n bytes are left, Write "RawReader - write not allowed".
+///
+/// Errors  IKestrelStreamException: kReadFailed where fewer than n bytes are left, the position stays; from Write
+/// always
+///         "RawReader - write not allowed".
 class RawReader final : public IKestrelStream {
  public:
   RawReader(const void* bytes, std::uint64_t size) : bytes_(static_cast<const std::uint8_t*>(bytes)), size_(size) {}
 
   void Write(const void* source, std::uint64_t n) override;
   void Read(void* destination, std::uint64_t n) override;
-  /// Moves the position over n bytes and returns their address, or throws as Read does.
+  /// Moves the position over n bytes and returns their address. Errors as Read.
   const std::uint8_t* Take(std::uint64_t n);
 
   std::uint64_t GetPosition() const { return position_; }

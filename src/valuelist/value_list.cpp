@@ -14,16 +14,16 @@
 namespace Kestrel {
 namespace {
 
-/// Entries that get room at once, whatever the bytes say: a record has 21.
+/// Entries that get room at once whatever the message says, because a record has 21.
 constexpr std::uint64_t kFirstRoom = 32;
-/// Tag and length.
+/// The tag and the length of a vtString.
 constexpr std::size_t kStringHeaderSize = 5;
 
 void AppendUInt32(Buffer& buffer, std::uint32_t number) {
   StoreLittleEndian(buffer.Reserve(sizeof number), number);
 }
 
-/// A name goes no way through a variant.
+/// Writes the record of the name directly, without a temporary Variant.
 void AppendName(Buffer& buffer, std::string_view name) {
   const std::uint64_t length = name.size() + 1;
   std::uint8_t* const record = buffer.Reserve(kStringHeaderSize + length);
@@ -43,7 +43,7 @@ void AppendRecord(Buffer& buffer, const Variant& value) {
   value.WriteRaw(buffer.Reserve(length));
 }
 
-/// Whether the value is the buffer's own, or a blob that was read from it.
+/// Whether the value shares the buffer, or is a blob that points into it.
 bool HasBytesIn(const Variant& value, const Buffer& buffer) {
   if (const auto* const data = value.GetIf<BinaryData>()) return data->GetBuffer().Get() == &buffer;
   const auto* const blob = value.GetIf<BlobPtr>();
@@ -52,7 +52,7 @@ bool HasBytesIn(const Variant& value, const Buffer& buffer) {
          before(blob->GetAddress(), buffer.GetData() + buffer.GetLength());
 }
 
-/// Requires a value made for the tag that stood before.
+/// Reads what follows the tag. Requires a value that was made for the tag.
 void ReadPayload(Buffer& buffer, Variant& value) {
   std::uint64_t length = value.GetFixedSize();
   if (length == kVariableSize) length = buffer.ReadUInt32();
@@ -65,7 +65,7 @@ Variant ReadRecord(Buffer& buffer, std::uint8_t tag) {
   return value;
 }
 
-/// The text of a record of any type. A vtString becomes the name directly, without a temporary Variant.
+/// The text of a record of any type. Reads a vtString directly, without a temporary Variant.
 std::string ReadName(Buffer& buffer) {
   const std::uint8_t tag = buffer.ReadUInt8();
   if (tag != vtString) return ReadRecord(buffer, tag).ToString();
@@ -74,7 +74,7 @@ std::string ReadName(Buffer& buffer) {
   return std::string(reinterpret_cast<const char*>(buffer.Take(length)), length - 1);
 }
 
-/// The bytes of a text; null where the text is empty in the system's code page.
+/// The bytes that the base64 text stands for; null where the text is empty in the ANSI code page.
 ReferencePointer<Buffer> Decoded(std::u16string_view text) {
   const auto decode = [](auto characters) {
     const std::uint64_t bound = Base64DecodedBound(characters.size());
@@ -82,7 +82,7 @@ ReferencePointer<Buffer> Decoded(std::u16string_view text) {
     bytes->Truncate(Base64DecodeTo(characters, bytes->Reserve(bound)).byteCount);
     return bytes;
   };
-  // ASCII is the same in every code page, so the usual text needs no narrow copy.
+  // ASCII is the same in every code page, so such a text is decoded without a narrow copy.
   if (!text.empty() && text.front() != 0 && std::ranges::all_of(text, [](char16_t unit) { return unit < 0x80; }))
     return decode(text);
   const std::string narrow = WideToAnsi(text);
@@ -119,7 +119,8 @@ void ValueList::GetBinaryData(std::string_view name, ReferencePointer<Buffer>& v
 }
 
 void ValueList::Write(Buffer& buffer) const {
-  // Writing moves the bytes of the buffer, and changes its length; so it takes a copy where a value needs them.
+  // Writing changes the buffer's length and may move its bytes. Where values need those bytes, the list is written into
+  // another buffer first.
   if (std::ranges::any_of(entries_, [&buffer](const auto& entry) { return HasBytesIn(entry.value, buffer); })) {
     const ReferencePointer<Buffer> written = Kestrel::GetBuffer(MediumBufferList);
     Write(*written);
@@ -142,8 +143,8 @@ void ValueList::Read(Buffer& buffer, BlobBytes blobBytes) {
   if (buffer.ReadUInt32() != ValueListIdentifier) throw ValueListException("Wrong value list identifier");
   name_ = ReadName(buffer);
   const std::uint32_t count = buffer.ReadUInt32();
-  // The count may be false, so it gets no more room than the unread bytes take; after that the room grows with the
-  // entries that are really there.
+  // The count may be false, so at most as much memory is reserved for it as the unread bytes take. More room is made
+  // only for entries that were read.
   const std::uint64_t room = std::max(kFirstRoom, buffer.GetUnreadLength() / sizeof(ValueListEntry));
   if (entries_.empty()) entries_.reserve(std::min<std::uint64_t>(count, room));
   for (std::uint32_t i = 0; i < count; ++i) entries_.emplace_back(buffer, blobBytes);

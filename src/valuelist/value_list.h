@@ -1,6 +1,7 @@
 /// Kestrel::ValueList: a named, ordered list of (name, Variant) entries, and its binary form.
 ///
-/// Wire form; little-endian, nothing aligned, no total length, no end mark: only decoding finds the end.
+/// Wire form, little-endian. Nothing is aligned, and there is neither a total length nor an end mark, so only decoding
+/// finds the end.
 ///
 ///     list   := "VLIS" name:record count:u32 (name:record value:record)[count]
 ///     record := tag:u8 [length:u32] payload       a length only for tags 11..14, see kVariantTypes
@@ -11,16 +12,18 @@
 ///     0B 04 00 00 00 43 4D 44 00    its name: vtString, 4 bytes, "CMD"
 ///     06 06 00 00 00                its value: vtUInt 6
 ///
-/// The writer always writes names as vtString; the reader takes any type and uses its text. A 64-bit unsigned value is
+/// This is the canonical encoding: the writer writes every name as vtString with its terminator. The reader takes a
+/// name of any type and uses its text, and ignores the byte in the place of a terminator. A 64-bit unsigned value is
 /// written with tag 8 and comes back as vtInt64 with the same bits.
 ///
-/// Text form: base64 of the binary form, in UTF-16.
+/// Text form: base64 of the binary form, in UTF-16, a line break after every 76 characters. The list above is
+/// "VkxJUwsBAAAAAAEAAAALBAAAAENNRAAGBgAAAA==".
 ///
 /// Ownership  Values are copied in and out; only GetBinaryData hands out a reference to the entry's own buffer.
 /// Threads    No lock inside; one thread at a time uses a list.
-/// Errors     Read: ValueListException "Wrong value list identifier", BufferException where bytes are missing,
-///            VariantInvalidTypeException for a tag above 20. The name and the entries read so far stay; the caller
-///            discards the list.
+/// Errors     Read: ValueListException "Wrong value list identifier", BufferException where bytes are missing or cannot
+///            be a value, VariantInvalidTypeException for a tag above 20, and what the text of a name throws
+///            (variant_text.h). The name and the entries read so far stay; the caller discards the list.
 #pragma once
 
 #include <cstdint>
@@ -39,7 +42,7 @@ namespace Kestrel {
 /// "VLIS", read as a little-endian number.
 inline constexpr std::uint32_t ValueListIdentifier = 0x53494C56;
 
-/// Where the bytes of a blob that is read stay: in the buffer it is read from, or in a block of its own.
+/// Whether a blob points into the buffer it is read from, or gets a copy of its bytes.
 enum class BlobBytes { kInBuffer, kOwn };
 
 struct ValueListEntry {
@@ -63,18 +66,18 @@ class ValueList {
   void SetName(std::string_view name) { name_ = name; }
   const std::vector<ValueListEntry>& GetEntries() const { return entries_; }
 
-  /// Makes room for that many entries more.
+  /// Makes room for so many more entries.
   void Reserve(std::size_t more) { entries_.reserve(entries_.size() + more); }
-  /// Each appends one entry; a name may occur more than once.
+  /// Appends an entry; entries may have the same name.
   void Add(std::string_view name, MessageValue auto&& value) {
     AddVariant(name, Variant(std::forward<decltype(value)>(value)));
   }
   void AddVariant(std::string_view name, Variant value);
-  /// A copy of the buffer's bytes; a null or empty buffer gives a value without a buffer.
+  /// Appends a vtBinaryData with a copy of the buffer's bytes, or without a buffer where it is null or empty.
   void AddBinaryData(std::string_view name, const ReferencePointer<Buffer>& buffer);
 
-  /// The first entry of exactly that name, converted to the output's type. False where there is none: the output stays
-  /// as it is. Throws what the conversion throws, with the output as it was.
+  /// The first entry of exactly that name, byte for byte, converted to the type of the output. False where there is
+  /// none. Then, and where the conversion throws (variant_text.h), the output stays as it is.
   template <VariantTarget Target>
   bool Get(std::string_view name, Target& value) const {
     const Variant* const found = Find(name);
@@ -84,21 +87,24 @@ class ValueList {
   /// A reference on the own buffer of the first entry of that name, null where its type is not vtBinaryData or it has
   /// no bytes; the output stays as it is where there is no such entry.
   void GetBinaryData(std::string_view name, ReferencePointer<Buffer>& value) const;
-  /// Null where there is no entry of that name.
+  /// The value of the first entry of that name, valid until the list changes; null where there is none.
   const Variant* Find(std::string_view name) const;
 
   /// Removes the entries; the name stays.
   void Clear() { entries_.clear(); }
 
-  /// Appends the binary form to the buffer.
+  /// Appends the binary form to the buffer, which may be one that values of this list point into. Throws
+  /// BufferException kInvalidPointerRequest for a blob that was made from text; the buffer then ends in part of the
+  /// list.
   void Write(Buffer& buffer) const;
-  /// Decodes one binary form at the buffer's read position: replaces the name, appends the entries. A blob points into
-  /// the buffer.
+  /// Decodes one binary form at the buffer's read position: replaces the name and appends the entries to those that the
+  /// list has. What follows in the buffer stays unread. A blob points into the buffer, so it is valid while the buffer
+  /// lives unchanged.
   void Read(Buffer& buffer);
 
   std::u16string ToText() const;
-  /// Clears the list, then reads the text form; an empty text leaves it empty. What stands behind a character that is
-  /// not base64 is ignored.
+  /// Clears the list, then reads the text form; an empty text leaves the list empty. The first character that is not
+  /// base64 ends the text. Blobs own their bytes. Errors as Read.
   void FromText(std::u16string_view text);
 
  private:
@@ -108,7 +114,8 @@ class ValueList {
   std::vector<ValueListEntry> entries_;
 };
 
-/// Reads one variant record as wide text: a vtWString as it stands, any other type by its conversion.
+/// Reads one variant record as wide text: a vtWString as it stands, any other type converted. The text stays as it is
+/// where that throws. "ab" as vtWString is 0C 06 00 00 00 61 00 62 00 00 00.
 void ReadWideString(Buffer& buffer, std::u16string& text);
 
 }  // namespace Kestrel

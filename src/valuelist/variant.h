@@ -1,14 +1,15 @@
 /// Kestrel::Variant: one value of one of 21 types.
 ///
-/// The value lies inline and the variant points at the traits of its type; everything is dispatched through that table
-/// (variant_traits.h). Copying is deep for binary data; a blob that was read from a buffer points into that buffer,
-/// until OwnBytes copies what it points at.
+/// The value lies inside the variant, which points at the row of its type (variant_traits.h); every operation goes
+/// through that row. The files beside this one hold one subject each: the types and their tags (variant_types.h,
+/// variant_held_types.h), texts (variant_text.h), payloads and streams (variant_wire.h), conversions
+/// (variant_conversions.h), the types that own bytes or an object (variant_payloads.h).
 ///
-/// Threads  No lock inside. The counts of shared blobs and of referenced objects are atomic, so copies of one value may
-///          live on different threads.
-/// Errors   VariantInvalidTypeException, VariantStringConversionException, VariantStringToValueConversionException,
-///          StringConversionException, GuidConversionException, EKestrelDateTime, SystemException; BufferException for
-///          payloads that cannot be a value. A failed FromString leaves the type unchanged.
+/// Ownership  A copy of binary data has its own bytes. A blob that was read from a buffer points into that buffer until
+///            OwnBytes is called; its copies too.
+/// Threads    No lock inside. The counts of shared blobs and of referenced objects are atomic, so copies of one value
+///            may be used on different threads.
+/// Errors     Those of the files above. An operation that throws leaves type and value as they were.
 #pragma once
 
 #include <cstddef>
@@ -44,7 +45,7 @@ class Variant {
       traits_->CopyConstruct(other.storage_, storage_);
     }
   }
-  /// The other keeps its type; its value is unspecified.
+  /// The other variant keeps its type; its value is unspecified.
   Variant(Variant&& other) noexcept : traits_(other.traits_) { MoveFrom(other); }
   Variant& operator=(const Variant& other) { return *this = Variant(other); }
   Variant& operator=(Variant&& other) noexcept {
@@ -60,12 +61,13 @@ class Variant {
   const std::type_info& GetTypeInfo() const { return *traits_->typeInfo; }
   std::uint64_t GetSize() const { return traits_->GetSize(storage_); }  ///< payload bytes
   std::uint64_t GetFixedSize() const { return traits_->fixedSize; }     ///< payload bytes, or kVariableSize
+  /// Writes GetSize bytes.
   void WriteRaw(std::uint8_t* payload) const { traits_->WriteRaw(storage_, payload); }
-  /// Builds the value from n payload bytes.
+  /// Replaces the value by the one that n payload bytes stand for; the type stays.
   void ReadRaw(const std::uint8_t* payload, std::uint64_t n) { traits_->ReadRaw(storage_, payload, n); }
   void ReadFromStream(RawReader& stream) { traits_->ReadFromStream(storage_, stream); }
   void WriteToStream(IKestrelStream& stream) const { traits_->WriteToStream(storage_, stream); }
-  /// Makes the value independent of the buffer that it was read from: a blob gets a block of its own.
+  /// Gives a blob a copy of its bytes, so that the buffer it was read from may go. Other types own their bytes always.
   void OwnBytes();
 
   std::string ToString() const { return traits_->ToString(storage_); }

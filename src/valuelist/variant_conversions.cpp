@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kTwoToThe63 = 9223372036854775808.0;
 
-/// Truncates toward zero; what does not fit, or is no number, gives the lowest number of the type.
+/// Truncates toward zero. NaN and what does not fit give the lowest number of the type.
 template <class Signed>
 Signed Truncated(double number) {
   using Limits = std::numeric_limits<Signed>;
@@ -24,7 +24,7 @@ template <class Target>
 Target FromFloating(double number) {
   if constexpr (std::is_same_v<Target, bool>) return number != 0;
   if constexpr (std::is_same_v<Target, unsigned char>) return static_cast<Target>(Truncated<std::int32_t>(number));
-  // The upper half of the 64-bit numbers is converted as the lower half, and put back.
+  // From 2^63 on the signed conversion does not fit, so 2^63 is taken off before and added after.
   if constexpr (std::is_same_v<Target, std::uint64_t>) {
     if (number >= kTwoToThe63 && number < 2 * kTwoToThe63) {
       return static_cast<Target>(Truncated<std::int64_t>(number - kTwoToThe63)) + (Target{1} << 63);

@@ -6,11 +6,13 @@
 ///     string           itself; from UTF-8    parsed            parsed
 ///     any other        its text              its text, parsed  its text, parsed
 ///
-/// So "42" gives the number 42, and a guid mostly 0. A floating number is truncated toward zero to a signed integer (32
-/// bits for unsigned char, 64 bits for the others), whose low bits count; what does not fit there gives the lowest
-/// number, as the instruction of the processor does. To 64 bits, the upper half of the unsigned numbers fits too.
+/// So the text "42" gives the number 42, and a guid gives 0 unless its text begins with decimal digits.
 ///
-/// Errors  Those of the text forms, see variant_text.h.
+/// A floating number is truncated toward zero to a signed integer (of 32 bits for unsigned char, else of 64 bits), and
+/// the low bits of that count. A number that the integer cannot hold gives the lowest integer, because that is what the
+/// processor's instruction gives on x64. For 64 bits, numbers from 2^63 to 2^64 are converted exactly.
+///
+/// Errors  Those of the text forms (variant_text.h).
 #pragma once
 
 #include <array>

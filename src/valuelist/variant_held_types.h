@@ -1,4 +1,7 @@
-/// The one list of the types that a variant holds, and from it the tag of each.
+/// The one list of the types that a variant holds, and the tag of each.
+///
+/// A new type is a tag and a row of kVariantTypes, its place in this list, a row of kVariantTraits and an overload of
+/// each operation (variant_text.h, variant_wire.h); the compiler names what is missing.
 #pragma once
 
 #include <cstddef>
@@ -34,13 +37,15 @@ inline constexpr std::size_t kPositionIn<T, std::tuple<T, Others...>> = 0;
 template <class T, class First, class... Others>
 inline constexpr std::size_t kPositionIn<T, std::tuple<First, Others...>> = 1 + kPositionIn<T, std::tuple<Others...>>;
 
+/// A type that a variant holds as it is.
 template <class T>
 concept VariantHeld = kPositionIn<T, VariantHeldTypes> < kVariantTypeCount;
 
 template <VariantHeld T>
 inline constexpr std::size_t kVariantTag = kPositionIn<T, VariantHeldTypes>;
 
-/// The type that holds a value given as Source: the type itself, or std::string for any other narrow text.
+/// The type that a variant holds when it is made from a Source: the same type, or std::string for any other narrow
+/// text.
 template <class Source>
 using VariantHolding =
     std::conditional_t<!VariantHeld<std::remove_cvref_t<Source>> && std::is_convertible_v<Source, std::string_view>,

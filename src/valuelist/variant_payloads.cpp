@@ -28,8 +28,8 @@ std::atomic_ref<SharedCount> CountOf(std::uint8_t* address) {
   return std::atomic_ref<SharedCount>(*std::launder(reinterpret_cast<SharedCount*>(BlockOf(address))));
 }
 
-/// The objects that values hold, by address. A value takes its reference before it is entered here and drops it after
-/// it was taken out, so whatever is found under the lock is alive.
+/// The objects that values hold, by address. A value adds its object after it has taken a reference, and removes it
+/// before it drops the reference, so every object that is found under the lock is alive.
 class HeldObjects {
  public:
   static HeldObjects& Get() { return NeverDestroyed<HeldObjects>(); }
@@ -72,7 +72,7 @@ BinaryData::BinaryData(const void* bytes, std::uint64_t n) {
   std::memcpy(buffer_->GetData(), bytes, static_cast<std::size_t>(n));
 }
 
-/// The copy of a pooled buffer comes from the small list, whatever its size, the copy of an exact one is exact.
+/// The copy of a pooled buffer comes from the small list whatever its size; the copy of an exact one is exact.
 BinaryData::BinaryData(const BinaryData& other) {
   const auto bytes = other.GetBytes();
   if (bytes.empty()) return;

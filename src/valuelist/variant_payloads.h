@@ -10,20 +10,19 @@
 
 namespace Kestrel {
 
-/// Bytes of a value, or none. Copies are deep; a copy of no bytes has no buffer.
+/// Bytes of a value in a buffer, or none. A copy has a buffer of its own, or none where there are no bytes.
 class BinaryData {
  public:
   BinaryData() = default;
-  /// Shares the buffer.
+  /// Shares the buffer: what others append to it belongs to the value.
   explicit BinaryData(ReferencePointer<Buffer> buffer) : buffer_(std::move(buffer)) {}
-  /// A copy of n bytes in an exact buffer, because a hostile message can hold a great many values of few bytes; without
-  /// a buffer where n is 0.
+  /// A copy of n bytes in an exact buffer (Buffer::CreateExact); without a buffer where n is 0.
   BinaryData(const void* bytes, std::uint64_t n);
   BinaryData(const BinaryData& other);
   BinaryData(BinaryData&& other) noexcept = default;
   BinaryData& operator=(BinaryData other) noexcept;
 
-  /// Valid until the value, or its buffer, is changed.
+  /// Valid until the value or its buffer changes.
   std::span<const std::uint8_t> GetBytes() const;
   /// The value's own buffer; null where the value has none.
   const ReferencePointer<Buffer>& GetBuffer() const { return buffer_; }
@@ -32,17 +31,18 @@ class BinaryData {
   ReferencePointer<Buffer> buffer_;
 };
 
-/// A view of bytes: not owned, or in a shared block that begins 4 bytes before the address with an atomic 32-bit count.
+/// The address and the size of bytes, of one of three kinds:
 ///
-/// A third kind comes from text: its address is a number that somebody wrote, kept to be shown and never followed.
+///     borrowed      not owned: a payload in the buffer that it was read from
+///     shared        in a block that copies share; it begins 4 bytes before the address with their count, 32 bits,
+///     atomic unreadable    from text: its address is a number that somebody wrote, so it is shown but never followed
 class BlobPtr {
  public:
   BlobPtr() = default;
-  /// Not owned; the bytes must outlive every copy.
+  /// Borrowed. Requires that the bytes outlive every copy.
   BlobPtr(const void* address, std::uint64_t size);
-  /// A new shared block of size uninitialised bytes, count 1.
+  /// The only reference on a new shared block of uninitialised bytes.
   static BlobPtr AllocateShared(std::uint64_t size);
-  /// Size and address are reported as they are given; there are no bytes.
   static BlobPtr Unreadable(std::uint64_t address, std::uint64_t size);
   BlobPtr(const BlobPtr& other) noexcept;
   BlobPtr(BlobPtr&& other) noexcept;
@@ -52,11 +52,9 @@ class BlobPtr {
   std::uint8_t* GetAddress() const { return address_; }
   std::uint64_t GetSize() const { return size_; }
   bool IsShared() const { return kind_ == Kind::Shared; }
-  /// Throws BufferException kInvalidPointerRequest where the address is not one to follow, unless the size is 0.
+  /// Throws BufferException kInvalidPointerRequest where the blob is unreadable and its size not 0.
   std::span<const std::uint8_t> GetBytes() const;
-  /// Points at other bytes, which are not owned. A shared block is let go: its count does not lie before those bytes.
-  void Refer(const void* address, std::uint64_t size) { *this = BlobPtr(address, size); }
-  /// Copies bytes that are not owned into a shared block, so that they may go away.
+  /// Copies borrowed bytes into a new shared block, so that their buffer may go. No effect on the other kinds.
   void OwnBytes();
 
  private:
@@ -69,11 +67,11 @@ class BlobPtr {
   Kind kind_ = Kind::Borrowed;
 };
 
-/// A reference on an object of this process, whose address is the payload.
+/// A reference on an object of this process. Its payload is the object's address.
 ///
-/// Only an address that such a value of this process holds, and whose object is alive therefore, is followed when it is
-/// read back; null stays null, any other address throws BufferException "invalid pointer request". No call ever goes
-/// through an address that came from outside.
+/// An address that is read back is followed only where another such value holds the object at that moment, because
+/// only then is it known to be alive. Null stays null, any other address throws BufferException kInvalidPointerRequest.
+/// So no call ever goes through an address that came from outside.
 class VariantReferencePointer {
  public:
   VariantReferencePointer() = default;
@@ -84,9 +82,9 @@ class VariantReferencePointer {
   ~VariantReferencePointer();
 
   ReferenceCounted* Get() const { return object_.Get(); }
-  /// The address as it is written.
+  /// The payload.
   std::uint64_t GetAddress() const;
-  /// A reference on the object at an address that came in a payload.
+  /// A reference on the object at the address that a payload names.
   static VariantReferencePointer FromAddress(std::uint64_t address);
 
  private:

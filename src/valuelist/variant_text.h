@@ -12,11 +12,13 @@
 ///     17          "<nullref/>", or the object's own text       never
 ///     18          6f9619ff-8b86-d011-b42d-00cf4fc964ff         the guid parser
 ///
-/// Lengths and sizes in texts are their low 32 bits. Neither the line ends of tag 13 nor the missing blank of tag 14
-/// can be read back; that is the form of the other side.
+/// Lengths and sizes are written as their low 32 bits. The texts of tags 13 and 14 are not read back as the same value:
+/// base64 has line breaks, where reading ends, and no blank separates size and address. The platform has them so.
 ///
-/// Errors  FromString leaves the value as it was. Tag 0 and 9 throw StringConversionException, 13, 14 and 17
-///         VariantStringToValueConversionException, 18 GuidConversionException; dates and conversions their own.
+/// Errors  FromString leaves the value as it was. It throws StringConversionException for tags 0 and 9,
+///         VariantStringToValueConversionException for 13, 14 and 17, VariantStringConversionException for 15,
+///         EKestrelDateTime for 16, GuidConversionException for 18, SystemException for 12. ToString of a number, date
+///         or guid throws VariantStringConversionException whatever the cause, of tag 12 SystemException.
 #pragma once
 
 #include <concepts>
@@ -87,11 +89,11 @@ inline void FromString(std::string& value, std::string_view text) {
   value = text;
 }
 void FromString(std::u16string& value, std::string_view text);
-/// Bytes that the first line of base64 does not fill are 0. A length is accepted up to what all lines can hold, so that
-/// the text of any value is read back, or kMostUnfilledBytes; a greater one would make room that nothing fills.
+/// Decodes the first line of base64; the bytes that it does not fill are 0. A length is refused where it is greater
+/// than all lines could fill, and than kMostUnfilledBytes, because a short text must not make gigabytes of zeros.
 void FromString(BinaryData& value, std::string_view text);
 inline constexpr std::uint64_t kMostUnfilledBytes = 0x10000;
-/// The address is not followed, see BlobPtr::Unreadable.
+/// Gives an unreadable blob, see BlobPtr.
 void FromString(BlobPtr& value, std::string_view text);
 /// Throws VariantStringConversionException, whatever fails.
 void FromString(platform::FileTime& value, std::string_view text);

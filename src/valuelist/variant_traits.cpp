@@ -12,7 +12,8 @@
 namespace Kestrel {
 namespace {
 
-/// Types whose text reports every failure in the same way: all but the ones that hold text, bytes or an object.
+/// Whether ToString replaces any exception by VariantStringConversionException: all types but those of text, bytes and
+/// objects.
 constexpr bool TextHidesCause(std::size_t tag) {
   return tag < vtString || (tag > vtBlobPtr && tag != vtReferencePointer);
 }

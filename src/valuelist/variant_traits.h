@@ -16,7 +16,7 @@
 
 namespace Kestrel {
 
-/// A string is the largest held value.
+/// Room for any held value; a string is the largest.
 inline constexpr std::size_t kLargestHeldSize = sizeof(std::string);
 inline constexpr std::size_t kHeldAlignment = alignof(std::uint64_t);
 
@@ -26,7 +26,6 @@ struct VariantTypeTraits {
   const std::type_info* typeInfo;
   void (*Destroy)(void* held);
   VariantType type;  ///< the tag that is written
-  /// A number, date or guid that cannot be shown throws VariantStringConversionException, whatever the cause.
   std::string (*ToString)(const void* held);
   void (*FromString)(void* held, std::string_view text);
   std::uint64_t (*GetSize)(const void* held);
@@ -43,7 +42,7 @@ struct VariantTypeTraits {
   bool bytesAreValue;  ///< copied and moved as bytes, and nothing to destroy
 };
 
-/// Row number = tag, which for vtUInt64 is not what its row answers.
+/// Row number = tag. The row of vtUInt64 has another written tag, see kVariantTypes.
 extern const VariantTypeTraits kVariantTraits[kVariantTypeCount];
 
 }  // namespace Kestrel

@@ -7,7 +7,7 @@
 
 namespace Kestrel {
 
-/// The tags; a tag is the byte on the wire.
+/// The tag of a type is its byte on the wire.
 enum VariantType : std::uint8_t {
   vtBool = 0,
   vtChar = 1,
@@ -33,10 +33,10 @@ enum VariantType : std::uint8_t {
 };
 inline constexpr std::size_t kVariantTypeCount = 21;
 
-/// The held type of vtLong. It is a number like vtInt's, but a type of its own, as the two types are told apart by it.
+/// The held type of vtLong: a number like that of vtInt, but a type of its own, because the held type decides the tag.
 enum class VariantLong : std::int32_t {};
 
-/// A length of 32 bits stands before the payload.
+/// Marks a payload of variable size; a length of 32 bits stands before it.
 inline constexpr std::uint64_t kVariableSize = ~std::uint64_t{0};
 
 struct VariantTypeRow {
@@ -67,7 +67,8 @@ inline constexpr auto kVariantTypes = std::to_array<VariantTypeRow>({
     {vtReferencePointer, vtReferencePointer, 8},
     {vtGuid, vtGuid, 16},
     {vtLong, vtLong, 4},
-    {vtUInt64, vtInt64, 8},  // written and reported as vtInt64, with the same bits
+    // Read, but never written: the platform reports and writes such a value as vtInt64 with the same bits.
+    {vtUInt64, vtInt64, 8},
 });
 static_assert(kVariantTypes.size() == kVariantTypeCount);
 static_assert([] {

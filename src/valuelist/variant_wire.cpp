@@ -71,7 +71,7 @@ void ReadRaw(BinaryData& value, const std::uint8_t* payload, std::uint64_t n) {
 }
 
 void ReadRaw(BlobPtr& value, const std::uint8_t* payload, std::uint64_t n) {
-  value.Refer(payload, n);
+  value = BlobPtr(payload, n);
 }
 
 void ReadRaw(VariantReferencePointer& value, const std::uint8_t* payload, std::uint64_t n) {

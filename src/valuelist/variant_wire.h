@@ -7,12 +7,13 @@
 ///     vtBinaryData vtBlobPtr  n bytes               u32 n, n bytes          u32 n, n bytes
 ///     vtReferencePointer      the address, 8 bytes  the same                the same
 ///
-/// The length that is written to a stream leaves the terminator out, the one that is read from a stream counts it, as
-/// in memory: that is how the two sides talk. Readers take the bytes before the terminator and do not look at it.
+/// A length in memory counts the terminator. So does a length that is read from a stream, but not one that is written
+/// to a stream: both sides of the platform have it so. Readers ignore the value of the terminator. In a stream the text
+/// "ab" is read from 03 00 00 00 61 62 00 and written as 02 00 00 00 61 62 00.
 ///
-/// Errors  A failed read leaves the value as it was. A length without room for the terminator, or a fixed payload that
-///         is too short: BufferException kNotEnoughBytes in memory, IKestrelStreamException on a stream. The bytes of a
-///         blob from text and an unknown address: BufferException kInvalidPointerRequest.
+/// Errors  A failed read leaves the value as it was. A length without room for the terminator, or too few bytes:
+///         BufferException kNotEnoughBytes in memory, IKestrelStreamException kReadFailed on a stream. The bytes of an
+///         unreadable blob, and an address that no value holds: BufferException kInvalidPointerRequest.
 #pragma once
 
 #include <cstdint>
@@ -27,7 +28,7 @@
 
 namespace Kestrel {
 
-/// Bytes, or kVariableSize: a length of 32 bits stands before the payload on a stream.
+/// Bytes, or kVariableSize: then a length of 32 bits stands before the payload.
 template <VariantHeld Held>
 inline constexpr std::uint64_t kFixedSize = kVariantTypes[kVariantTag<Held>].fixedSize;
 
@@ -61,11 +62,11 @@ void ReadRaw(bool& value, const std::uint8_t* payload, std::uint64_t n);
 void ReadRaw(std::string& value, const std::uint8_t* payload, std::uint64_t n);
 void ReadRaw(std::u16string& value, const std::uint8_t* payload, std::uint64_t n);
 void ReadRaw(BinaryData& value, const std::uint8_t* payload, std::uint64_t n);
-/// Points into the payload.
+/// The blob points into the payload.
 void ReadRaw(BlobPtr& value, const std::uint8_t* payload, std::uint64_t n);
 void ReadRaw(VariantReferencePointer& value, const std::uint8_t* payload, std::uint64_t n);
 
-/// Not called by this library: the table of operations names it.
+/// No call in this library; it stands because the table of operations has it.
 template <VariantHeld Held>
 void WriteToStream(const Held& value, IKestrelStream& stream) {
   std::vector<std::uint8_t> payload(GetSize(value));
@@ -78,7 +79,8 @@ void WriteToStream(const Held& value, IKestrelStream& stream) {
   stream.Write(payload.data(), payload.size());
 }
 
-/// From a RawReader, not from any stream, because it tells whether the bytes are there before room is made for them.
+/// From a RawReader, not from any IKestrelStream, because only a RawReader can tell whether the bytes are there before
+/// room is made for them. A blob gets a shared block of its own.
 template <VariantHeld Held>
 void ReadFromStream(Held& value, RawReader& stream) {
   std::uint64_t length = kFixedSize<Held>;
