@@ -167,6 +167,7 @@ TEST_F(Diagnostics, StatementsKeepTheirThreadAndWriteNothingAfterTheEnd) {
   second << "text";
   std::thread([&first] { first.Finish(); }).join();
   first.Finish();
+  DebugOut("NET", dolError).Finish();  // without a text
   EXPECT_EQ(TakeDebuggerLines(), Lines{kErrorLine});
   DebugOutStreamer::Destroy();
   second.Finish();
