@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/base64.h"
+#include "base/exception_history.h"
 #include "fakes/counting_allocator.h"
 #include "protocol/record_wire.h"
 #include "wizard/finder_library.h"
@@ -140,6 +141,23 @@ TEST_P(MemoryBound, IsKeptAndAllocationsGrowWithTheLength) {
   }
   std::printf("twice the length takes %.2f times as long\n",
               SecondsFor(MessageOf(524288)) / SecondsFor(MessageOf(262144)));
+}
+
+/// 512 exceptions with a text that the server chose: the history, which the library makes at its load, keeps a part.
+TEST_F(WizardTest, LongTextsOfRefusedBlocksDoNotStay) {
+  const auto finder = MakeFinderBy(GetFindingInterface);
+  CountingCallback callback;
+  finder->SetNewCameraDataCallback(&callback);
+  const std::string record = kUnnamed + Number(1, 4) + "\x0B" + Number(4, 4) + "ICB\0\x0B"s + Number((1 << 16) + 1, 4) +
+                             std::string(1 << 16, 'x') + '\0';
+  const std::string text = kCameraChunk + RecordOf("CAMERAINFOLIST", record, record.size());
+  const Bytes block(text.begin(), text.end());
+  dbi.Push(3, block);  // fills the pool of buffers
+  const Kestrel::ExceptionHistory history;
+  const std::int64_t before = fakes::GetHeapUse().bytes;
+  for (int i = 0; i < 512; ++i) dbi.Push(3, block);
+  EXPECT_EQ(history.Entries().size(), 512U);
+  EXPECT_LE(fakes::GetHeapUse().bytes - before, static_cast<std::int64_t>(Kestrel::ExceptionHistory::kMostBytes));
 }
 
 INSTANTIATE_TEST_SUITE_P(Worst, MemoryBound, testing::ValuesIn(kGenerators),
