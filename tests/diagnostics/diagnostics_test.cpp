@@ -6,11 +6,13 @@
 #include <iostream>
 #include <optional>
 #include <thread>
+#include <utility>
 
 #include "base/exceptions.h"
 #include "base/text_conversion.h"
 #include "diagnostics/debug_out.h"
 #include "diagnostics/event_log.h"
+#include "diagnostics/global_object.h"
 #include "diagnostics/network_startup.h"
 #include "diagnostics/registry_value.h"
 #include "fakes/counting_allocator.h"
@@ -104,8 +106,10 @@ TEST_F(Diagnostics, RegistryValuesAreNumbersByTheRulesOfTheirType) {
   };
   for (const auto& [type, number, data] : rows) EXPECT_EQ(NumberOfRegistryValue<char>(type, data), number) << type;
   const std::tuple<std::uint32_t, Number, std::string> texts[] = {
-      {REG_SZ, 0xFFFFFFFF, "-1"},   {REG_SZ, {}, "%FIVE%"},           {REG_EXPAND_SZ, 5, "%FIVE%"},
-      {REG_EXPAND_SZ, 6, "%LONG%"}, {REG_EXPAND_SZ, 7, "%TWO NULS%"}, {REG_EXPAND_SZ, {}, "%FAILURE%"}};
+      {REG_SZ, 0x80000000, "-2147483648"}, {REG_SZ, {}, "-2147483649"},
+      {REG_SZ, 0xFFFFFFFF, "-1"},          {REG_SZ, {}, "%FIVE%"},
+      {REG_EXPAND_SZ, 5, "%FIVE%"},        {REG_EXPAND_SZ, 6, "%LONG%"},
+      {REG_EXPAND_SZ, 7, "%TWO NULS%"},    {REG_EXPAND_SZ, {}, "%FAILURE%"}};
   for (const auto& [type, number, text] : texts) {
     EXPECT_EQ(NumberOfRegistryValue<char>(type, TextBytes<char>(text)), number) << text;
     EXPECT_EQ(NumberOfRegistryValue<char16_t>(type, TextBytes<char16_t>(text)), number) << text;
@@ -290,7 +294,10 @@ TEST_F(Diagnostics, EventsHaveTypeUserAndSourceOrGoToTheDebugger) {
             "report 4 ,report 1 ,report 4 ,report 2 ,report 4 ,");
 
   EventLog::Destroy();
-  system.TakeCalls();
+  EXPECT_EQ(system.TakeCalls(), Lines{"deregister"});
+  EventLog::Get();  // not registered without an event
+  EventLog::Destroy();
+  EXPECT_EQ(system.TakeCalls(), Lines());
   system.executable = u"viewer";
   system.failing = {"RegisterEventSourceW", "GetUserNameExW", "LookupAccountNameW"};
   EventLog::Get()->Write(u"first", 0);
@@ -378,11 +385,37 @@ TEST_F(Diagnostics, AddressResolutionReportsWhatIsMissing) {
   EXPECT_EQ(system.TakeCalls().back(), "free");
   system.modules.clear();
   EXPECT_EQ(AddressResolutionImport().GetAddrInfoW(), nullptr);
-  system.systemDirectory = std::u16string(260, u'x');
-  EXPECT_EQ(AddressResolutionImport().GetAddrInfoW(), nullptr);
+  EXPECT_EQ(system.TakeCalls(), Lines{"load C:\\System\\ws2_32.dll flags 0"});
+  for (const std::u16string& directory : {std::u16string(260, u'x'), std::u16string()}) {
+    system.systemDirectory = directory;
+    EXPECT_EQ(AddressResolutionImport().GetAddrInfoW(), nullptr);
+  }
   EXPECT_EQ(TakeDebuggerLines(),
             (Lines{"Failed to import function: FreeAddrInfoW", "Failed to import function: GetAddrInfoW", "STATOUT: ",
-                   "Failed to load C:\\System\\ws2_32.dll", "STATOUT: ", "Call to GetSystemDirectoryA failed"}));
+                   "Failed to load C:\\System\\ws2_32.dll", "STATOUT: ", "Call to GetSystemDirectoryA failed",
+                   "STATOUT: ", "Call to GetSystemDirectoryA failed"}));
+  Start();
+  AddressResolutionImport();  // once the targets are there, an error goes to three of them
+  EXPECT_TRUE(TakeDebuggerLines()[0].starts_with("ERROR [BUG,"));
+  EXPECT_EQ(system.TakeCalls()[1].substr(0, 17), "error ERROR [BUG,");
+  EXPECT_EQ(History().size(), 3u);
+}
+
+/// As if another thread had made the object first.
+struct MadeTwice : ReferenceCounted {
+  MadeTwice() {
+    if (std::exchange(isFirst, false)) other = global.Get();
+  }
+  static inline bool isFirst = true;
+  static inline GlobalObject<MadeTwice> global;
+  static inline ReferencePointer<MadeTwice> other;
+};
+
+TEST(GlobalObject, IsTheOneThatWasKeptFirstUntilItIsTaken) {
+  EXPECT_EQ(MadeTwice::global.Get(), MadeTwice::other);
+  EXPECT_EQ(MadeTwice::global.Take(), MadeTwice::other);
+  EXPECT_EQ(MadeTwice::other->AddRef(), 2u) << "only one is left";
+  MadeTwice::other->Release();
 }
 
 }  // namespace
