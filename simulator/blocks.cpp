@@ -1,7 +1,6 @@
 #include "simulator/blocks.h"
 
-#include <cstring>
-
+#include "base/byte_order.h"
 #include "base/text_conversion.h"
 #include "protocol/record_wire.h"
 #include "valuelist/buffer_pool.h"
@@ -13,7 +12,6 @@ namespace {
 
 using namespace Tarn::CameraFinding;
 
-/// Numbers go in as they stand in memory, which is little-endian here.
 class BlockWriter {
  public:
   void AddText(ChunkTag tag, const std::string& utf8) {
@@ -32,7 +30,7 @@ class BlockWriter {
     AddHeader(ctValues, 2 * sizeof(std::uint64_t) + values.size_bytes());
     Append<std::uint64_t>(values.size());
     Append<std::uint64_t>(sizeof(std::uint64_t));
-    AppendBytes(values.data(), values.size_bytes());
+    for (const std::uint64_t value : values) Append(value);
   }
   void AddByte(ChunkTag tag, std::uint8_t byte, std::uint64_t statedLength) {
     AddHeader(tag, statedLength);
@@ -50,7 +48,8 @@ class BlockWriter {
   }
   template <class Number>
   void Append(Number number) {
-    AppendBytes(&number, sizeof number);
+    bytes_.resize(bytes_.size() + sizeof number);
+    Kestrel::StoreLittleEndian(bytes_.data() + bytes_.size() - sizeof number, number);
   }
   void AppendBytes(const void* source, std::size_t count) {
     const auto* const first = static_cast<const std::uint8_t*>(source);
