@@ -8,6 +8,7 @@
 
 #include "commit.h"
 #include "tools/arguments.h"
+#include "tools/capture_commands.h"
 #include "tools/commands/commands.h"
 #include "tools/failure.h"
 #include "tools/text.h"
@@ -84,6 +85,12 @@ constexpr Command kCommands[] = {
      "  tarnfind set-network 00:40:8C:12:34:56 --dhcp\n"
      "  tarnfind set-network 00:40:8C:12:34:56 --ip 192.168.0.9 --mask 255.255.255.0 --gateway 192.168.0.1 --static\n"
      "  tarnfind set-network 00:40:8C:12:34:56 --static --user operator --password secret --type 4\n"},
+    {"decode", "Show a message of the conversation, byte by byte if need be", DefineDecode, RunDecode,
+     "  tarnfind decode reply.bin\n"
+     "  tarnfind decode --as block-3 --hex block.bin\n"
+     "  tarnfind decode --json request.bin > request.json\n"},
+    {"encode", "Make the bytes of a message from the JSON of decode", DefineEncode, RunEncode,
+     "  tarnfind encode request.json > request.bin\n"},
 };
 
 constexpr char kGeneralExamples[] =

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "tools/capture_options.h"
+
 namespace tarnfind {
 
 struct Options {
@@ -29,6 +31,8 @@ struct Options {
   std::optional<std::string> newUser;
   std::optional<std::string> newPassword;
   int networkCommandType = 1;
+
+  CaptureOptions capture;
 };
 
 }  // namespace tarnfind

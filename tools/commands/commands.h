@@ -12,5 +12,7 @@ void RunInfo(const Options& options, TextOutput& output);
 void RunSendMac(const Options& options, TextOutput& output);
 void RunBare(const Options& options, TextOutput& output);
 void RunSetNetwork(const Options& options, TextOutput& output);
+void RunDecode(const Options& options, TextOutput& output);
+void RunEncode(const Options& options, TextOutput& output);
 
 }  // namespace tarnfind

@@ -1,0 +1,19 @@
+/// Bytes as hexadecimal digits.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnfind {
+
+/// Two small digits a byte, nothing between.
+std::string HexText(std::span<const std::uint8_t> bytes);
+/// The bytes of pairs of digits, with blanks, line ends or commas between pairs; nothing where anything else stands
+/// there.
+std::optional<std::vector<std::uint8_t>> BytesOfHex(std::string_view text);
+
+}  // namespace tarnfind
