@@ -31,6 +31,14 @@ def read(name):
         return file.read()
 
 
+def capture(packet):
+    """A recording of one packet."""
+    size = 32 + len(packet) + -len(packet) % 4
+    return (struct.pack("<IIIHHqI", 0x0A0D0D0A, 28, 0x1A2B3C4D, 1, 0, -1, 28) +
+            struct.pack("<IIHHIHHIII", 1, 32, 147, 0, 0, 9, 1, 9, 0, 32) +
+            struct.pack("<IIIIIII", 6, size, 0, 0, 5, len(packet), len(packet)) + packet.ljust(size - 32, b"\0") + struct.pack("<I", size))
+
+
 def main():
     generator = compare.Generator(1)
     with open(os.path.join(data, "expected.json"), encoding="utf-8") as file:
@@ -39,6 +47,12 @@ def main():
 
     for name in small:
         message = read(name)
+        form = ["request", "reply", "block"].index(name.split("-")[0])
+        type = expected[name]["messageType"] if form == 2 else 0
+        write("decode", f"seed-{name}", bytes([form, type]) + message)
+        part = struct.pack("<IQ", 2 + form, len(message)) + message
+        write("capture_reader", f"seed-{name}", capture(struct.pack(
+            "<BBBBBBHIIQQQQ", 1, 48, form // 2, 4, form // 2, 1, 0, 7, type, 1500, 9, len(part), 0) + part))
         if name.startswith("block-"):
             write("finder_block", f"seed-{name}", bytes([expected[name]["messageType"], 0]) + message)
         elif name.startswith("reply-"):
@@ -91,6 +105,15 @@ def main():
               (8, struct.pack("<q", -2**31)), (8, struct.pack("<q", 2**31)), (9, b"\1\0\0\0")]
     for i, (kind, content) in enumerate(values):
         write("registry_value", f"seed-{i}", bytes([kind]) + content)
+
+
+    write("encode", "seed-list", json.dumps({"type": "list", "name": "", "items": [
+        {"type": "vtUInt", "name": "CMD", "value": 6}, {"type": "vtString", "name": "GetInfoByIp", "value": "10.0.0.5"},
+        {"type": "vtBinaryData", "name": "PLN", "items": [{"type": "list", "items": []}]},
+        {"type": "vtGuid", "name": "g", "value": "00" * 16}, {"type": "vtDouble", "name": "d", "value": 0.5}]}).encode())
+    write("encode", "seed-block", json.dumps({"type": "block", "items": [
+        {"type": "chunk", "value": 5, "length": 9, "items": [{"type": "vtWString", "value": "A"}]},
+        {"type": "chunk", "value": 7, "items": [{"type": "values", "value": [1, 2]}]}, {"type": "end"}]}).encode())
 
 
 if __name__ == "__main__":
