@@ -18,5 +18,5 @@ require_packages() {
 }
 
 build_packages="g++ cmake python3 ninja-build ccache libcli11-dev nlohmann-json3-dev libfmt-dev libgtest-dev"
-install_packages="clang lintian pkg-config" # to use what is installed as users do
+install_packages="clang lintian pkg-config tshark" # to use what is installed as users do
 windows_packages="g++-mingw-w64-x86-64-posix wine wine64 googletest lld unzip"
