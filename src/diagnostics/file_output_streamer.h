@@ -7,23 +7,27 @@
 /// The source is escaped. The message is not, because the file is read by people rather than by a parser.
 #pragma once
 
-#include <fstream>
 #include <string>
 
 #include "diagnostics/output_target.h"
+#include "platform/append_file.h"
 
 namespace Kestrel {
 
 class FileOutputStreamer final : public IDebugOutStreamerObject {
  public:
-  /// Does nothing while no file is open.
+  ~FileOutputStreamer() override { Close(); }
+
+  /// Hands the block to the system at once, so that there is nothing to flush. Does nothing while no file is open. What
+  /// a full disk or a pipe without a reader does not take is lost; the process gets no signal.
   void Write(const DebugOutRecord& record, const std::u16string& text) override;
-  void Flush() override;
   /// Closes the file that is open, and creates or empties the new one.
   bool Open(const char16_t* path) override;
 
  private:
-  std::filebuf file_;
+  void Close();
+
+  platform::AppendFile* file_ = nullptr;
   // Members, so that their storage is used again from message to message.
   std::string block_;
   std::string message_;
