@@ -36,6 +36,7 @@ TEST(Buffer, IsLeftWithoutStorageWhereItCannotGrow) {
   // how many more bytes, what is asked of the heap for them, and which allocation it refuses
   for (const auto& [added, allocation, failing] : {std::tuple(kHuge, "18446744073709551615", 0),
                                                    {kHuge - 1, "18446744073709551615", 0},
+                                                   {0x6000000000000000, "18446744073709551615", 0},
                                                    {0x5555555555554FFF, "9223372036854775808", 0},
                                                    {5000, "8192", 1}}) {
     Buffer buffer;
@@ -53,10 +54,10 @@ TEST(Buffer, IsLeftWithoutStorageWhereItCannotGrow) {
 TEST(BufferPoolList, TakesBuffersOfItsCapacityUpToItsLimits) {
   const auto& statistics = GetBufferStatistics();
   for (const auto& [index, capacity, returned, kept] :
-       {std::tuple(SmallBufferList, 0u, 257u, 256u), std::tuple(SmallBufferList, 61440u, 35u, 34u),
-        std::tuple(MediumBufferList, 65536u, 17u, 16u), std::tuple(MediumBufferList, 520192u, 13u, 12u),
-        std::tuple(LargeBufferList, 524288u, 5u, 4u), std::tuple(LargeBufferList, 3145728u, 1u, 1u),
-        std::tuple(LargeBufferList, 3149824u, 1u, 0u)}) {
+       {std::tuple(SmallBufferList, 0u, 257u, 256u), std::tuple(SmallBufferList, 8192u, 256u, 256u),
+        std::tuple(SmallBufferList, 61440u, 35u, 34u), std::tuple(MediumBufferList, 65536u, 17u, 16u),
+        std::tuple(MediumBufferList, 520192u, 13u, 12u), std::tuple(LargeBufferList, 524288u, 5u, 4u),
+        std::tuple(LargeBufferList, 3145728u, 1u, 1u), std::tuple(LargeBufferList, 3149824u, 1u, 0u)}) {
     SCOPED_TRACE(testing::Message() << index << " " << capacity);
     EXPECT_EQ(BufferPool::ListFor(capacity), index);
     const std::uint64_t refused = statistics.refusedReturns;
@@ -85,6 +86,7 @@ TEST(BufferPoolList, RecyclesFirstInFirstOutWithStorageAndUseCount) {
   list.Return(std::move(second));
   const ReferencePointer<Buffer> again = list.GetBuffer();
   EXPECT_EQ(again.Get(), expected);
+  EXPECT_EQ(list.GetBytesHeld(), 0u) << "the second has no storage";
   EXPECT_TRUE(again->GetLength() == 0 && again->GetReadPosition() == 0 && again->GetCapacity() == 4096);
   EXPECT_EQ(again->GetUseCount(), 2u);
   again->Reset();
