@@ -111,7 +111,9 @@ void AppendGenerated(const GenerateOrder& order, Scenario& scenario) {
     Random random{scenario.seed, index};
     const std::size_t camera = scenario.cameras.size();
     scenario.cameras.push_back({"Generated " + std::to_string(index + 1),
-                                std::make_shared<const CameraRecord>(MakeRecord(index, random)), true});
+                                {},
+                                std::make_shared<const CameraRecord>(MakeRecord(index, random)),
+                                true});
     AppendEvents(order, index, camera, random, scenario.events);
   }
 }

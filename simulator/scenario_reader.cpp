@@ -32,6 +32,7 @@ constexpr auto kCameraFields = std::to_array<Field<CameraForm>>({
     {"name", [](const JsonCursor& value, CameraForm& camera) { camera.plan.name = value.Text(); }, true},
     {"mac", [](const JsonCursor& value, CameraForm& camera) { camera.record.mac = ReadMac(value); }, true},
     {"present", [](const JsonCursor& value, CameraForm& camera) { camera.plan.present = value.Flag(); }},
+    {"text", [](const JsonCursor& value, CameraForm& camera) { camera.plan.text = value.Text(); }},
 });
 
 struct EventForm {

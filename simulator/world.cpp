@@ -55,7 +55,8 @@ void World::Change(std::size_t camera, const RecordChange& change) {
 
 Block World::MakeBlock(std::size_t camera, FinderMessageType type, const std::vector<std::uint64_t>& values) {
   const CameraRecord& record = *cameras_[camera].record;
-  const std::string text = "Camera " + scenario_->cameras[camera].name;
+  const std::string& given = scenario_->cameras[camera].text;
+  const std::string& text = given.empty() ? record.mac : given;
   switch (type) {
     case fmtPicture:
       return PictureBlock(text, MakePicture(scenario_->seed, camera + 1, cameras_[camera].pictures));
