@@ -22,7 +22,7 @@ std::uint64_t ApplyBlockFaults(const Scenario& scenario, std::uint64_t number, s
   for (const BlockFault& fault : scenario.blockFaults) {
     if (!fault.block.Matches(number)) continue;
     delayMs += fault.delayMs;
-    if (fault.alterAt && *fault.alterAt < block.size()) block[*fault.alterAt] ^= fault.alterMask;
+    if (fault.alterAt && *fault.alterAt < block.size()) block[*fault.alterAt] ^= fault.alterMask.value_or(0xFF);
     if (fault.cutAt && *fault.cutAt < block.size()) block.resize(*fault.cutAt);
   }
   return delayMs;

@@ -10,15 +10,17 @@ namespace {
 
 constexpr std::size_t kMostLevels = 8;
 constexpr std::string_view kTopLevel = "top level";
+/// 2^53: above it not every whole number is a double.
+constexpr double kLargestWholeReal = 9007199254740992.0;
 
 std::string PathOfChild(const std::string& parent, const JsonNode& container, std::size_t index) {
   if (container.kind == JsonNode::Kind::kArray) return parent + "[" + std::to_string(index) + "]";
   return parent.empty() ? container.keys[index] : parent + "." + container.keys[index];
 }
 
-/// Hands the text to the parser and counts lines up to the last character that was read. A line break belongs to the
-/// line that it ends, because the parser reads one character beyond a number to see where the number ends.
-class CountingIterator {
+/// Hands the text to the parser and knows where the last value or key began. The parser reads one character beyond a
+/// number, but that one begins no value.
+class PlaceIterator {
  public:
   using iterator_category = std::input_iterator_tag;
   using value_type = char;
@@ -26,31 +28,71 @@ class CountingIterator {
   using pointer = const char*;
   using reference = const char&;
 
-  CountingIterator(const char* position, std::size_t* line) : position_(position), line_(line) {}
+  /// What the parser's copies of the iterator share.
+  struct State {
+    TextPlace next;   ///< of the next character
+    TextPlace token;  ///< where the last value or key began
+    bool inText = false;
+    bool escaped = false;
+    bool inWord = false;  ///< a number, true, false or null
+  };
+
+  PlaceIterator(const char* position, State* state) : position_(position), state_(state) {}
 
   reference operator*() const { return *position_; }
-  CountingIterator& operator++() {
-    if (lineBreakPassed_) ++*line_;
-    lineBreakPassed_ = *position_ == '\n';
-    ++position_;
+  PlaceIterator& operator++() {
+    Pass(*position_++);
     return *this;
   }
-  CountingIterator operator++(int) {
-    CountingIterator before = *this;
+  PlaceIterator operator++(int) {
+    PlaceIterator before = *this;
     ++*this;
     return before;
   }
-  friend bool operator==(const CountingIterator& a, const CountingIterator& b) { return a.position_ == b.position_; }
+  friend bool operator==(const PlaceIterator& a, const PlaceIterator& b) { return a.position_ == b.position_; }
+
+ private:
+  void Pass(char c) {
+    State& state = *state_;
+    if (state.inText) {
+      state.inText = state.escaped || c != '"';
+      state.escaped = !state.escaped && c == '\\';
+    } else {
+      const bool wordCharacter = std::string_view(" \t\r\n,:{}[]\"").find(c) == std::string_view::npos;
+      if (c == '{' || c == '[' || c == '"' || (wordCharacter && !state.inWord)) state.token = state.next;
+      state.inWord = wordCharacter;
+      state.inText = c == '"';
+    }
+    Advance(c, state.next);
+  }
+
+ public:
+  static void Advance(char c, TextPlace& place) {
+    const bool continues = (static_cast<unsigned char>(c) & 0xC0) == 0x80;  // of a character of several bytes
+    if (c == '\n')
+      place = {place.line + 1, 1};
+    else if (!continues)
+      ++place.column;
+  }
 
  private:
   const char* position_;
-  std::size_t* line_;
-  bool lineBreakPassed_ = false;
+  State* state_;
 };
+
+/// Why the parser gave up, without its own prefix and place.
+std::string ReasonOf(const std::string& text) {
+  const std::size_t place = text.find("column ");
+  const std::size_t colon = text.find(": ", place == std::string::npos ? 0 : place);
+  const std::size_t bracket = text.find("] ");
+  if (place != std::string::npos && colon != std::string::npos) return text.substr(colon + 2);
+  return bracket != std::string::npos ? text.substr(bracket + 2) : text;
+}
 
 class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
  public:
-  TreeBuilder(const std::string& path, const std::size_t& line) : path_(path), line_(line) {}
+  TreeBuilder(std::string_view text, const std::string& path, const TextPlace& place)
+      : text_(text), path_(path), place_(place) {}
 
   JsonNode TakeRoot() { return std::move(root_); }
 
@@ -89,23 +131,27 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     std::vector<std::string>& keys = open_.back()->keys;
     const bool twice = std::find(keys.begin(), keys.end(), value) != keys.end();
     keys.push_back(std::move(value));
-    if (twice) Fail("is given twice");
+    open_.back()->keyPlaces.push_back(place_);
+    if (twice) Fail(place_, "is given twice");
     return true;
   }
-  bool parse_error(std::size_t, const std::string& lastToken, const nlohmann::json::exception&) override {
-    Fail("this is not JSON, near '" + lastToken + "'");
+  bool parse_error(std::size_t position, const std::string&, const nlohmann::json::exception& error) override {
+    TextPlace place;
+    const std::size_t before = std::min(position > 0 ? position - 1 : 0, text_.size());
+    for (const char c : text_.substr(0, before)) PlaceIterator::Advance(c, place);
+    Fail(place, "this is not JSON: " + ReasonOf(error.what()));
   }
 
  private:
   JsonNode& Add(JsonNode::Kind kind) {
     JsonNode& node = open_.empty() ? root_ : open_.back()->items.emplace_back();
     node.kind = kind;
-    node.line = line_;
+    node.place = place_;
     return node;
   }
   bool Open(JsonNode::Kind kind) {
     JsonNode& node = Add(kind);
-    if (open_.size() == kMostLevels) Fail("is nested too deeply");
+    if (open_.size() == kMostLevels) Fail(place_, "is nested too deeply; no scenario has more than 5 levels");
     // The address stays valid while the node is open, because only its own items grow.
     open_.push_back(&node);
     return true;
@@ -115,33 +161,34 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     return true;
   }
   /// Reports the member or element that is being read.
-  [[noreturn]] void Fail(std::string_view what) const {
-    std::string place;
+  [[noreturn]] void Fail(TextPlace place, std::string_view what) const {
+    std::string key;
     for (const JsonNode* const node : open_) {
       const bool inObject = node->kind == JsonNode::Kind::kObject;
       const std::size_t known = inObject ? node->keys.size() : node->items.size();
-      if (known > 0) place = PathOfChild(place, *node, known - 1);
+      if (known > 0) key = PathOfChild(key, *node, known - 1);
     }
-    throw ScenarioMistake(path_, line_, place, what);
+    throw ScenarioMistake(path_, place, key, what);
   }
 
+  std::string_view text_;
   const std::string& path_;
-  const std::size_t& line_;
+  const TextPlace& place_;  ///< of the value or key that the parser has just read
   JsonNode root_;
   std::vector<JsonNode*> open_;  ///< the containers around the place that is being read, outermost first
 };
 
 }  // namespace
 
-ScenarioMistake::ScenarioMistake(const std::string& path, std::size_t line, const std::string& key,
+ScenarioMistake::ScenarioMistake(const std::string& path, TextPlace place, const std::string& key,
                                  std::string_view what)
-    : std::runtime_error(path + ":" + std::to_string(line) + ": " + (key.empty() ? std::string(kTopLevel) : key) +
-                         ": " + std::string(what)) {}
+    : std::runtime_error(path + ":" + std::to_string(place.line) + ":" + std::to_string(place.column) + ": " +
+                         (key.empty() ? std::string(kTopLevel) : key) + ": " + std::string(what)) {}
 
 JsonNode ParseJson(std::string_view text, const std::string& path) {
-  std::size_t line = 1;
-  TreeBuilder builder(path, line);
-  nlohmann::json::sax_parse(CountingIterator(text.data(), &line), CountingIterator(text.data() + text.size(), &line),
+  PlaceIterator::State state;
+  TreeBuilder builder(text, path, state.token);
+  nlohmann::json::sax_parse(PlaceIterator(text.data(), &state), PlaceIterator(text.data() + text.size(), &state),
                             &builder);
   return builder.TakeRoot();
 }
@@ -167,9 +214,15 @@ const std::string& JsonCursor::Text() const {
 }
 
 std::uint64_t JsonCursor::Number(std::uint64_t lowest, std::uint64_t highest) const {
-  if (node_.kind != JsonNode::Kind::kNumber || node_.number < lowest || node_.number > highest)
+  std::uint64_t number = node_.number;
+  bool whole = node_.kind == JsonNode::Kind::kNumber;
+  if (node_.kind == JsonNode::Kind::kReal && node_.real >= 0 && node_.real <= kLargestWholeReal) {
+    number = static_cast<std::uint64_t>(node_.real);
+    whole = static_cast<double>(number) == node_.real;
+  }
+  if (!whole || number < lowest || number > highest)
     Fail("must be a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest));
-  return node_.number;
+  return number;
 }
 
 std::string JsonCursor::KeyPath() const {
@@ -177,14 +230,18 @@ std::string JsonCursor::KeyPath() const {
 }
 
 void JsonCursor::Fail(std::string_view what) const {
-  throw ScenarioMistake(path_, node_.line, KeyPath(), what);
+  throw ScenarioMistake(path_, node_.place, KeyPath(), what);
+}
+
+void JsonCursor::FailAtKey(std::size_t index, std::string_view what) const {
+  throw ScenarioMistake(path_, node_.keyPlaces[index], Child(index).KeyPath(), what);
 }
 
 void JsonCursor::FailAt(std::string_view key, std::string_view what) const {
   const auto member = std::find(node_.keys.begin(), node_.keys.end(), key);
   if (member != node_.keys.end()) Child(static_cast<std::size_t>(member - node_.keys.begin())).Fail(what);
   const std::string parent = KeyPath();
-  throw ScenarioMistake(path_, node_.line, parent.empty() ? std::string(key) : parent + "." + std::string(key), what);
+  throw ScenarioMistake(path_, node_.place, parent.empty() ? std::string(key) : parent + "." + std::string(key), what);
 }
 
 }  // namespace simulator

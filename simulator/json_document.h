@@ -1,6 +1,6 @@
-/// JSON with line numbers, and a cursor that reports each mistake with its place.
+/// JSON with the places of its values, and a cursor that reports each mistake with its place.
 ///
-/// Every mistake is one line: "path:line: key: what is wrong".
+/// Every mistake is one line: "path:line:column: key: what is wrong".
 #pragma once
 
 #include <cstddef>
@@ -12,23 +12,30 @@
 
 namespace simulator {
 
+/// Counted from 1; columns are characters, not bytes.
+struct TextPlace {
+  std::size_t line = 1;
+  std::size_t column = 1;
+};
+
 class ScenarioMistake : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
-  ScenarioMistake(const std::string& path, std::size_t line, const std::string& key, std::string_view what);
+  ScenarioMistake(const std::string& path, TextPlace place, const std::string& key, std::string_view what);
 };
 
 struct JsonNode {
   enum class Kind { kNull, kFlag, kNumber, kNegativeNumber, kReal, kText, kArray, kObject };
 
   Kind kind = Kind::kNull;
-  std::size_t line = 0;  ///< where it begins
+  TextPlace place;  ///< where it begins
   bool flag = false;
   std::uint64_t number = 0;  ///< of kNumber
   double real = 0;           ///< of every kind of number
   std::string text;
   std::vector<JsonNode> items;    ///< elements, or values of members
   std::vector<std::string> keys;  ///< of an object, one per item
+  std::vector<TextPlace> keyPlaces;
 };
 
 /// Throws ScenarioMistake for text that is not JSON, nested more than a few levels deep, or with a key given twice.
@@ -48,9 +55,12 @@ class JsonCursor {
   const JsonNode& Node() const { return node_; }
   bool Flag() const;
   const std::string& Text() const;
+  /// A whole number; also one that is written with a decimal point or an exponent, up to 2^53.
   std::uint64_t Number(std::uint64_t lowest, std::uint64_t highest) const;
 
   [[noreturn]] void Fail(std::string_view what) const;
+  /// Reports the key of a member of this object.
+  [[noreturn]] void FailAtKey(std::size_t index, std::string_view what) const;
   /// Reports a member of this object. The member may be missing; the place is then that of the object.
   [[noreturn]] void FailAt(std::string_view key, std::string_view what) const;
 

@@ -123,6 +123,12 @@ std::optional<RecordChange> ReadRecordMember(std::string_view key, const JsonCur
   return std::nullopt;
 }
 
+std::vector<std::string_view> RecordMemberKeys() {
+  std::vector<std::string_view> keys;
+  for (const RecordMemberRow& row : kRecordMembers) keys.push_back(row.key);
+  return keys;
+}
+
 std::string ReadMac(const JsonCursor& value) {
   std::string mac = NormalizedMac(value.Text());
   if (!IsMac(mac)) value.Fail("must be a hardware address such as 00:40:8C:12:34:56");

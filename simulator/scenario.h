@@ -63,9 +63,9 @@ struct FunctionFault {
 /// Acts on the blocks of each stream, in the order of their delivery.
 struct BlockFault {
   Occurrence block;
-  std::optional<std::uint64_t> cutAt;    ///< bytes of the block that are left
-  std::optional<std::uint64_t> alterAt;  ///< offset of the altered byte
-  std::uint8_t alterMask = 0xFF;         ///< bits of that byte that are inverted
+  std::optional<std::uint64_t> cutAt;     ///< bytes of the block that are left
+  std::optional<std::uint64_t> alterAt;   ///< offset of the altered byte
+  std::optional<std::uint8_t> alterMask;  ///< bits of that byte that are inverted; empty: all
   std::uint32_t delayMs = 0;
 };
 

@@ -58,7 +58,7 @@ void ReadEventChanges(const JsonCursor& value, EventForm& form) {
   for (std::size_t i = 0; i < count; ++i) {
     const JsonCursor member = value.Child(i);
     std::optional<RecordChange> change = ReadRecordMember(value.Key(i), member);
-    if (!change) member.Fail("is no key of this object");
+    if (!change) FailAtUnknownKey(value, i, RecordMemberKeys());
     form.event.set.push_back(std::move(*change));
   }
 }
@@ -101,7 +101,11 @@ constexpr auto kFailureFields = std::to_array<Field<FunctionFault>>({
 void ReadFaultFunction(const JsonCursor& value, FunctionFault& fault) {
   const std::string& name = value.Text();
   const auto row = std::find_if(kFunctions.begin(), kFunctions.end(), [&](const auto& r) { return r.name == name; });
-  if (row == kFunctions.end()) value.Fail("must be one of the eight functions, such as TarnLiveStream_Open");
+  if (row == kFunctions.end()) {
+    std::string known;
+    for (const FunctionRow& function : kFunctions) known += (known.empty() ? "" : ", ") + std::string(function.name);
+    value.Fail("must be one of " + known);
+  }
   fault.function = row->function;
 }
 
@@ -162,13 +166,16 @@ void ReadCameras(const JsonCursor& value, ScenarioForm& form) {
   for (std::size_t i = 0; i < count; ++i) {
     const JsonCursor element = value.Child(i);
     CameraForm camera;
-    ReadObject(element, kCameraFields, camera, [](std::string_view key, const JsonCursor& member, CameraForm& target) {
-      const std::optional<RecordChange> change = ReadRecordMember(key, member);
-      if (change) (*change)(target.record);
-      return change.has_value();
-    });
+    ReadObject(
+        element, kCameraFields, camera,
+        [](std::string_view key, const JsonCursor& member, CameraForm& target) {
+          const std::optional<RecordChange> change = ReadRecordMember(key, member);
+          if (change) (*change)(target.record);
+          return change.has_value();
+        },
+        RecordMemberKeys());
     if (!form.camerasByName.emplace(camera.plan.name, i).second)
-      element.FailAt("name", "another camera has the name " + camera.plan.name);
+      element.FailAt("name", "another camera has the name " + camera.plan.name + "; names are unique");
     if (!form.camerasByMac.emplace(camera.record.mac, i).second)
       element.FailAt("mac", "another camera has the hardware address " + camera.record.mac);
     camera.plan.record = std::make_shared<const CameraRecord>(std::move(camera.record));
@@ -195,6 +202,10 @@ void ReadEvents(const JsonCursor& value, ScenarioForm& form) {
   for (std::size_t i = 0; i < count; ++i) form.scenario.events.push_back(ReadEvent(value.Child(i), form));
 }
 
+bool Delays(std::uint32_t delayMs, const ScenarioForm& form) {
+  return delayMs > 0 && form.scenario.speed != 0;
+}
+
 template <class Fault, std::size_t kCount>
 std::vector<Fault> ReadFaults(const JsonCursor& value, const std::array<Field<Fault>, kCount>& fields) {
   std::vector<Fault> faults(value.ElementCount());
@@ -204,12 +215,23 @@ std::vector<Fault> ReadFaults(const JsonCursor& value, const std::array<Field<Fa
 
 void ReadFunctionFaults(const JsonCursor& value, ScenarioForm& form) {
   form.scenario.functionFaults = ReadFaults(value, kFunctionFaultFields);
-  for (FunctionFault& fault : form.scenario.functionFaults)
+  for (std::size_t i = 0; i < form.scenario.functionFaults.size(); ++i) {
+    FunctionFault& fault = form.scenario.functionFaults[i];
+    if (fault.outcome == Outcome::kAsUsual && !Delays(fault.delayMs, form))
+      value.Child(i).Fail("does nothing; give \"error\", or \"delayMs\" in a scenario that is not instant");
     if (fault.failure.description.empty()) fault.failure.description = RowOf(fault.function).failure;
+  }
 }
 
 void ReadBlockFaults(const JsonCursor& value, ScenarioForm& form) {
   form.scenario.blockFaults = ReadFaults(value, kBlockFaultFields);
+  for (std::size_t i = 0; i < form.scenario.blockFaults.size(); ++i) {
+    const BlockFault& fault = form.scenario.blockFaults[i];
+    if (!fault.cutAt && !fault.alterAt && !Delays(fault.delayMs, form))
+      value.Child(i).Fail(
+          "does nothing; give \"cutAt\", \"alterAt\", or \"delayMs\" in a scenario that is not instant");
+    if (fault.alterMask && !fault.alterAt) value.Child(i).FailAt("alterMask", "does nothing without \"alterAt\"");
+  }
 }
 
 void ReadSpeed(const JsonCursor& value, ScenarioForm& form) {

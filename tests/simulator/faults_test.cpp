@@ -113,7 +113,7 @@ TEST(ScenarioFile, IsReadForEachStreamAndAMistakeIsWhatCreateTells) {
   const DbiLibrary dbi("{\n\"speed\": true}");
   Tarn::TTarnLiveStream* stream = nullptr;
   EXPECT_FALSE(dbi.create(nullptr, &stream));
-  EXPECT_NE(dbi.LastError().find("scenario.json:2: speed: must be a number"), std::string::npos);
+  EXPECT_NE(dbi.LastError().find("scenario.json:2:10: speed: must be a number"), std::string::npos);
   const std::string path = std::getenv("TARN_SIMULATOR_SCENARIO");
   std::filesystem::remove(path);
   std::filesystem::create_directory(path);
