@@ -7,7 +7,7 @@
 
 namespace tarnfind {
 
-/// Cells that the text occupies: East Asian wide characters and pictographs 2, combining marks 0, everything else 1.
+/// Cells that the text occupies: 2 for wide characters and pictographs, 0 for combining marks, 1 for all others.
 /// Requires text without control characters.
 std::size_t DisplayWidth(std::string_view utf8);
 /// The text if it fits into `cells`, else as much as fits before a "…" that stands for the rest.

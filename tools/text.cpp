@@ -28,12 +28,26 @@ struct CodePointRange {
   char32_t last;
 };
 constexpr CodePointRange kControls[] = {
-    {0x00, 0x1F},      // C0: escape sequences, line ends
-    {0x7F, 0x9F},      // DEL and C1: escape sequences in one character
-    {0x200B, 0x200F},  // invisible, and marks of direction
-    {0x2028, 0x202E},  // line ends, and overrides of direction
-    {0x2060, 0x206F},  // invisible, and isolates of direction
-    {0xFEFF, 0xFEFF},  // byte-order mark
+    {0x00, 0x1F},        // C0: escape sequences, line ends
+    {0x7F, 0x9F},        // DEL and C1: escape sequences in one character
+    {0xAD, 0xAD},        // soft hyphen: invisible
+    {0x34F, 0x34F},      // invisible
+    {0x61C, 0x61C},      // mark of direction
+    {0x115F, 0x1160},    // Hangul fillers: invisible
+    {0x17B4, 0x17B5},    // invisible
+    {0x180B, 0x180F},    // invisible
+    {0x200B, 0x200F},    // invisible, and marks of direction
+    {0x2028, 0x202E},    // line ends, and overrides of direction
+    {0x2060, 0x206F},    // invisible, and isolates of direction
+    {0x3164, 0x3164},    // Hangul filler: invisible
+    {0xFE00, 0xFE0F},    // variation selectors: invisible
+    {0xFEFF, 0xFEFF},    // byte-order mark
+    {0xFFA0, 0xFFA0},    // Hangul filler: invisible
+    {0xFFF0, 0xFFFB},    // invisible, and marks of interlinear text
+    {0x13430, 0x1345F},  // Egyptian format controls: invisible
+    {0x1BCA0, 0x1BCA3},  // invisible
+    {0x1D173, 0x1D17A},  // invisible
+    {0xE0000, 0xE0FFF},  // tags and variation selectors: invisible
 };
 
 bool IsSurrogate(char32_t codePoint) {

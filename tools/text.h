@@ -25,10 +25,10 @@ std::u16string Utf16FromUtf8(std::string_view text);
 /// Takes the BSTR over: its text, NULs included, and the BSTR is freed on every path. Null counts as empty.
 std::string TakeBstr(BSTR text);
 
-/// Whether a terminal could take the character as a command, or let it change the order of what stands around it.
+/// Whether a terminal obeys the character, draws nothing for it, or reorders the characters around it.
 bool IsControl(char32_t codePoint);
-/// Valid UTF-8 for one line of a terminal: what is invalid or a control character becomes U+FFFD. Whoever named a
-/// camera does not get to move the cursor.
+/// Valid UTF-8 for one line of a terminal: invalid bytes and control characters become U+FFFD, so that a camera's name
+/// cannot move the cursor or hide in another name.
 std::string Printable(std::string_view text);
 /// An error's text for one line: as Printable, with runs of white space and line ends as one blank.
 std::string OneLine(std::string_view text);
