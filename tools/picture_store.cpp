@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <system_error>
 
@@ -53,11 +54,16 @@ PictureStore::Kept PictureStore::Keep(std::span<const std::uint8_t> picture, std
     path = folder_ / PathOf(kept.file);
   } while (std::filesystem::exists(path, unknown));
 
+  errno = 0;
   std::ofstream file(path, std::ios::binary);
+  const bool opened = file.is_open();
   file.write(reinterpret_cast<const char*>(picture.data()), static_cast<std::streamsize>(picture.size()));
   file.close();
-  if (!file) kept.error = fmt::format("cannot write the picture \"{}\"", kept.file);
-  return kept;
+  if (file) return kept;
+  const std::string reason = errno != 0 ? std::generic_category().message(errno) : "unknown reason";
+  if (opened) std::filesystem::remove(path, unknown);
+  const std::u8string folder = folder_.u8string();
+  return {"", fmt::format("cannot keep pictures in \"{}\": {}", std::string(folder.begin(), folder.end()), reason)};
 }
 
 std::string SafeFileName(std::string_view cameraText) {

@@ -14,14 +14,15 @@ namespace tarnfind {
 class PictureStore {
  public:
   struct Kept {
-    std::string file;   ///< name inside the folder
-    std::string error;  ///< empty where the picture is there
+    std::string file;   ///< name inside the folder; empty where the picture could not be kept
+    std::string error;  ///< folder and reason; empty where the picture was kept
   };
 
   /// Makes the folder where it is missing; throws Failure where that does not work.
   explicit PictureStore(const std::string& folder);
 
-  /// Writes the picture to a file that did not exist: the camera's name, a number, and an extension by content.
+  /// Writes the picture to a file that did not exist: the camera's text, a number, and an extension by content. Leaves
+  /// no file behind where that fails.
   Kept Keep(std::span<const std::uint8_t> picture, std::string_view cameraText);
 
  private:
@@ -30,8 +31,8 @@ class PictureStore {
   std::uint64_t lastNumber_ = 0;
 };
 
-/// A camera's text as the beginning of a file name on every system: no separators, reserved or control characters, no
-/// leading or trailing dots and blanks, bounded in length, never empty.
+/// A camera's text as the beginning of a file name that every system takes: no separators, reserved or control
+/// characters, no dots and blanks at its ends, bounded in length, never empty.
 std::string SafeFileName(std::string_view cameraText);
 /// "png", "jpg" or "bmp" by the first bytes, else "bin".
 std::string_view PictureExtension(std::span<const std::uint8_t> picture);
