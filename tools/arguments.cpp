@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 
+#include "tools/mac_address.h"
 #include "tools/text.h"
 
 namespace tarnfind {
@@ -28,6 +29,8 @@ std::optional<std::uint32_t> WholeNumber(std::string_view text, int base) {
   return value;
 }
 
+}  // namespace
+
 std::optional<std::uint32_t> ParseIpAddress(std::string_view text) {
   std::uint32_t address = 0;
   for (int i = 0; i < 4; ++i) {
@@ -42,20 +45,19 @@ std::optional<std::uint32_t> ParseIpAddress(std::string_view text) {
   return address;
 }
 
-}  // namespace
-
 std::string NormaliseMac(std::string& text) {
-  constexpr std::size_t kLength = 17;
-  constexpr char kComplaint[] = "is no hardware address such as 00:40:8C:12:34:56";
-  if (text.size() != kLength) return Complaint(text, kComplaint);
-  std::string normal;
-  for (std::size_t i = 0; i < kLength; i += 3) {
-    const auto byte = WholeNumber(std::string_view(text).substr(i, 2), 16);
-    const bool separated = i + 2 == kLength || text[i + 2] == ':' || text[i + 2] == '-';
-    if (!byte || !separated) return Complaint(text, kComplaint);
-    normal += fmt::format("{}{:02X}", i > 0 ? ":" : "", *byte);
-  }
-  text = normal;
+  const std::optional<std::string> mac = StandardMac(text);
+  if (!mac) return Complaint(text, "is no hardware address such as 00:40:8C:12:34:56");
+  text = *mac;
+  return {};
+}
+
+std::string NormaliseAddress(std::string& text) {
+  if (ParseIpAddress(text)) return {};
+  std::string mac = text;
+  if (!NormaliseMac(mac).empty())
+    return Complaint(text, "is neither an IPv4 address such as 192.168.0.9 nor a hardware address");
+  text = mac;
   return {};
 }
 
@@ -78,6 +80,10 @@ std::string CheckSeconds(const std::string& text) {
 
 std::string CheckText(const std::string& text) {
   return IsValidUtf8(text) ? "" : "is no valid UTF-8";
+}
+
+std::string CheckCount(const std::string& text) {
+  return WholeNumber(text, 10) ? "" : Complaint(text, "is no whole number such as 12");
 }
 
 }  // namespace tarnfind
