@@ -203,6 +203,11 @@ std::size_t JsonCursor::MemberCount() const {
   return node_.items.size();
 }
 
+bool JsonCursor::IsNumber() const {
+  using Kind = JsonNode::Kind;
+  return node_.kind == Kind::kNumber || node_.kind == Kind::kNegativeNumber || node_.kind == Kind::kReal;
+}
+
 bool JsonCursor::Flag() const {
   if (node_.kind != JsonNode::Kind::kFlag) Fail("must be true or false");
   return node_.flag;

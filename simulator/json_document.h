@@ -53,6 +53,7 @@ class JsonCursor {
   const std::string& Key(std::size_t index) const { return node_.keys[index]; }
 
   const JsonNode& Node() const { return node_; }
+  bool IsNumber() const;
   bool Flag() const;
   const std::string& Text() const;
   /// A whole number; also one that is written with a decimal point or an exponent, up to 2^53.

@@ -81,7 +81,7 @@ constexpr auto kEventFields = std::to_array<Field<EventForm>>({
 
 Occurrence ReadOccurrence(const JsonCursor& value) {
   if (value.Node().kind == JsonNode::Kind::kText && value.Text() == "every") return {0, true};
-  if (value.Node().kind != JsonNode::Kind::kNumber) value.Fail("must be a number from 1 on, or \"every\"");
+  if (!value.IsNumber()) value.Fail("must be a number from 1 on, or \"every\"");
   return {value.Number(1, std::numeric_limits<std::uint64_t>::max()), false};
 }
 
@@ -236,7 +236,7 @@ void ReadBlockFaults(const JsonCursor& value, ScenarioForm& form) {
 
 void ReadSpeed(const JsonCursor& value, ScenarioForm& form) {
   const JsonNode& node = value.Node();
-  const bool number = node.kind == JsonNode::Kind::kNumber || node.kind == JsonNode::Kind::kReal;
+  const bool number = value.IsNumber() && node.real >= 0;
   const bool instant = node.kind == JsonNode::Kind::kText && node.text == "instant";
   const bool inRange = number && (node.real == 0 || (node.real >= kSlowest && node.real <= kFastest));
   if (!instant && !inRange) value.Fail("must be a number from 0.001 to 1000, or \"instant\"");
