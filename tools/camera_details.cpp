@@ -24,18 +24,24 @@ const char* YesOrNo(bool value) {
 
 }  // namespace
 
-std::string CameraDetails(const CameraSnapshot& camera, std::int32_t type, bool showPasswords) {
-  const std::pair<const char*, std::string> lines[] = {
-      {"MAC", camera.mac},
-      {"IP", camera.ip},
+std::string CameraDetails(const FoundCamera& found, bool showPasswords) {
+  const CameraSnapshot& camera = found.camera;
+  struct Line {
+    const char* label;
+    std::string value;
+    Told needs = Told::kEverything;
+  };
+  const Line lines[] = {
+      {"MAC", camera.mac, Told::kMac},
+      {"IP", camera.ip, Told::kAssembled},
       {"Subnet mask", camera.subnetMask},
       {"Gateway", camera.gateway},
       {"DHCP", YesOrNo(camera.dhcp)},
-      {"Vendor", camera.vendor},
+      {"Vendor", camera.vendor, Told::kAssembled},
       {"Model", camera.model},
       {"Firmware", camera.firmware},
-      {"Plug-in", camera.plugin},
-      {"Type", TypeText(type)},
+      {"Plug-in", camera.plugin, Told::kAssembled},
+      {"Type", found.typeKnown ? TypeText(found.type) : "?", Told::kMac},
       {"User", ShownUser(camera.user)},
       {"Password", ShownPassword(camera.password, showPasswords)},
       {"Vendor mask", fmt::format("{:#x}", camera.vendorTypeMask)},
@@ -46,7 +52,8 @@ std::string CameraDetails(const CameraSnapshot& camera, std::int32_t type, bool 
       {"CTT", fmt::format("{}", camera.ctt)},
   };
   std::string result;
-  for (const auto& [label, value] : lines) result += fmt::format("{:<13} {}\n", label, Printable(value));
+  for (const Line& line : lines)
+    result += fmt::format("{:<13} {}\n", line.label, camera.told < line.needs ? "?" : Printable(line.value));
   return result;
 }
 

@@ -1,33 +1,35 @@
 /// Cameras as rows of columns, for a terminal of any width and for plain lines.
 #pragma once
 
-#include <array>
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "tools/camera_snapshot.h"
+#include "tools/columns.h"
 
 namespace tarnfind {
 
-inline constexpr std::size_t kCameraColumnCount = 8;
+/// What stands before a row. Both empty: no column of marks.
+struct RowMark {
+  char change = 0;
+  bool sharedIp = false;  ///< another camera has the same IP address
+};
 
 class CameraTable {
  public:
   /// terminalColumns: rows are clipped to it. Empty: columns have their natural width, and nothing is ever cut off.
-  explicit CameraTable(std::optional<int> terminalColumns);
+  /// withTimes: the columns that tell of the search too, where the terminal is wide enough.
+  explicit CameraTable(std::optional<int> terminalColumns, bool withTimes = false);
 
-  /// mark: 0 leaves out the column of marks, here and in the rows.
-  std::string Header(char mark) const;
-  /// type: shown in place of the snapshot's own.
-  std::string Row(char mark, const CameraSnapshot& camera, std::int32_t type) const;
+  std::string Header(RowMark mark) const;
+  std::string Row(RowMark mark, const FoundCamera& found) const;
 
  private:
-  std::string Line(char mark, const std::array<std::string, kCameraColumnCount>& cells) const;
+  std::string Line(RowMark mark, const std::vector<std::string>& cells) const;
 
   std::optional<std::size_t> lineWidth_;
-  std::array<std::size_t, kCameraColumnCount> widths_{};
+  std::vector<std::size_t> widths_;  ///< of the columns shown, from the first one on
 };
 
 }  // namespace tarnfind

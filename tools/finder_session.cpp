@@ -1,8 +1,13 @@
 #include "tools/finder_session.h"
 
+#include <fmt/format.h>
+
+#include <utility>
+
 #include "tools/failure.h"
 #include "tools/library.h"
-#include "tools/wizard_callback.h"
+#include "tools/platform.h"
+#include "tools/wait_line.h"
 
 namespace tarnfind {
 
@@ -11,14 +16,16 @@ using Tarn::CameraFinding::ICameraInfo;
 
 namespace {
 
-/// A delivery that takes longer than this is not waited for.
-constexpr std::chrono::seconds kLongestDelivery{2};
+/// How soon Ctrl-C is noticed.
+constexpr std::chrono::milliseconds kCheckInterval{50};
+/// A delivery, or the end of the channel, that takes longer than this is not waited for.
+constexpr std::chrono::seconds kLongestEnd{2};
+
+constexpr char kServerAdvice[] = "see that the video server runs and accepts this computer";
 
 /// Lives on the stack of the call that it is handed to, so it counts no references.
-class Visitor final : public Tarn::CameraFinding::IFoundCameraReceiver {
+class Receiver final : public Tarn::CameraFinding::IFoundCameraReceiver {
  public:
-  explicit Visitor(const std::function<void(ICameraInfo&)>& visit) : visit_(visit) {}
-
   HRESULT QueryInterface(const IID&, void** object) override {
     if (!object) return E_POINTER;
     *object = nullptr;
@@ -27,47 +34,146 @@ class Visitor final : public Tarn::CameraFinding::IFoundCameraReceiver {
   std::uint32_t AddRef() override { return 1; }
   std::uint32_t Release() override { return 1; }
   HRESULT CameraFound(ICameraInfo* camera) override {
-    visit_(*camera);
+    camera->AddRef();
+    listing.objects.emplace_back(camera);
+    listing.cameras.push_back(SnapshotOf(*camera));
     return S_OK;
   }
 
- private:
-  const std::function<void(ICameraInfo&)>& visit_;
+  Listing listing;
 };
 
-ICameraFinder* CreateFinder(const std::string& libraryFile) {
-  ICameraFinder* finder = nullptr;
-  LoadFinderLibrary(libraryFile)(nullptr, nullptr, &finder);
-  if (!finder) throw Failure("the library gave no finder");
-  return finder;
+Listing ListWith(ICameraFinder& finder) {
+  Receiver receiver;
+  finder.ListFoundCameras(&receiver);
+  return std::move(receiver.listing);
+}
+
+[[noreturn]] void Refuse(Step step, const std::string& text) {
+  throw NoChannel(RowOf(step).name, text);
 }
 
 }  // namespace
 
-FinderSession::FinderSession(const std::string& libraryFile) : finder_(CreateFinder(libraryFile)) {}
+FinderSession::FinderSession() {
+  platform::CatchInterrupts();
+}
 
 FinderSession::~FinderSession() {
   Close();
 }
 
-void FinderSession::Watch(const std::string& picturesFolder) {
+template <class Work>
+void FinderSession::Wait(const char* doing, const Work& interrupted) {
+  const Clock::time_point start = Clock::now();
+  {
+    WaitLine line(doing);
+    while (!thread_.WaitUntil(Clock::now() + kCheckInterval) && !platform::Interrupted()) line.Update();
+  }
+  if (!thread_.WaitUntil(Clock::now())) {
+    const std::chrono::duration<double> elapsed = Clock::now() - start;
+    interrupted(fmt::format("interrupted after {:.1f} s of {}", elapsed.count(), doing));
+  }
+  thread_.Rethrow();
+}
+
+std::chrono::milliseconds FinderSession::RunStep(Step step, std::function<void()> work) {
+  const Clock::time_point start = Clock::now();
+  thread_.Begin(std::move(work));
+  Wait(RowOf(step).doing, [step](const std::string& text) { Refuse(step, text); });
+  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+}
+
+void FinderSession::Connect(const std::string& libraryFile, const std::string& picturesFolder,
+                            const StepObserver& observer) {
+  const auto tell = [&](Step step, std::chrono::milliseconds duration, const std::string& detail) {
+    if (observer) observer(step, duration, detail);
+  };
   auto pictures = picturesFolder.empty() ? nullptr : std::make_shared<PictureStore>(picturesFolder);
   queue_ = std::make_shared<EventQueue>();
-  const Reference<WizardCallback> callback(new WizardCallback(queue_, std::move(pictures)));
-  finder_->SetNewCameraDataCallback(callback.get());
+  shared_->callback.reset(new WizardCallback(queue_, std::move(pictures)));
+
+  const auto library = std::make_shared<Library>();
+  const auto loading = RunStep(Step::kLibrary, [library, libraryFile] { *library = LoadFinderLibrary(libraryFile); });
+  tell(Step::kLibrary, loading, library->file);
+  tell(Step::kPlatformLibrary, {}, library->platformFile);
+
+  const auto making = RunStep(Step::kFinder, [shared = shared_, library] {
+    ICameraFinder* finder = nullptr;
+    try {
+      library->create(nullptr, nullptr, &finder);
+    } catch (const std::exception& error) {
+      Refuse(Step::kFinder, fmt::format("the server refused a live stream: {}; {}", ErrorText(error), kServerAdvice));
+    }
+    if (!finder) Refuse(Step::kFinder, "the library gave no finder; is it another version than this program's?");
+    shared->finder.reset(finder);
+  });
+  tell(Step::kFinder, making, {});
+
+  const auto opening = RunStep(Step::kChannel, [shared = shared_] {
+    try {
+      shared->finder->SetNewCameraDataCallback(shared->callback.get());
+    } catch (const std::exception& error) {
+      Refuse(Step::kCallback, fmt::format("the server refused the callback: {}; {}", ErrorText(error), kServerAdvice));
+    }
+  });
+  // The library takes a reference on the callback exactly where it could open the channel.
+  if (!IsRegistered())
+    Refuse(Step::kChannel,
+           fmt::format("the channel to the server cannot be opened, the library does not tell why; {}", kServerAdvice));
+  tell(Step::kChannel, opening, {});
+  tell(Step::kCallback, {}, {});
+}
+
+void FinderSession::Call(const std::string& doing, FinderCall call) {
+  thread_.Begin([shared = shared_, run = std::move(call)] { run(*shared->finder); });
+  Wait(doing.c_str(), [](const std::string& text) { throw Failure(text); });
+}
+
+Listing FinderSession::List() {
+  const StepRow& step = RowOf(Step::kList);
+  const auto listing = std::make_shared<Listing>();
+  try {
+    Call(step.doing, [listing](ICameraFinder& finder) { *listing = ListWith(finder); });
+  } catch (const Failure& failure) {
+    throw Failure(failure.what(), step.name);
+  } catch (const std::exception& error) {
+    throw Failure("the server did not list its cameras: " + ErrorText(error), step.name);
+  }
+  return std::move(*listing);
+}
+
+void FinderSession::BeginList(FinderCall then) {
+  thread_.Begin([shared = shared_, queue = queue_, then = std::move(then)] {
+    ListedEvent listed;
+    try {
+      listed.cameras = ListWith(*shared->finder).cameras;
+    } catch (const std::exception& error) {
+      listed.error = ErrorText(error);
+    }
+    queue->Push(std::move(listed));
+    if (!then) return;
+    then(*shared->finder);
+    queue->Push(ReturnedEvent{});
+  });
+}
+
+bool FinderSession::IsRegistered() const {
+  return shared_->callback->HasOtherOwners();
 }
 
 std::vector<Event> FinderSession::Close() {
-  finder_.reset();
-  const std::shared_ptr<EventQueue> queue = std::move(queue_);
+  const std::shared_ptr<EventQueue> queue = std::exchange(queue_, nullptr);
   if (!queue) return {};
-  queue->WaitFinished(Clock::now() + kLongestDelivery);
+  const Clock::time_point deadline = Clock::now() + kLongestEnd;
+  if (thread_.WaitUntil(Clock::now())) {
+    thread_.Begin([shared = std::exchange(shared_, std::make_shared<Shared>())] {
+      shared->finder.reset();
+      shared->callback.reset();
+    });
+    if (thread_.WaitUntil(deadline)) queue->WaitFinished(deadline);
+  }
   return queue->TakeUntil(Clock::now());
-}
-
-void ForEachFoundCamera(ICameraFinder& finder, const std::function<void(ICameraInfo&)>& visit) {
-  Visitor visitor(visit);
-  finder.ListFoundCameras(&visitor);
 }
 
 }  // namespace tarnfind

@@ -1,4 +1,4 @@
-/// One use of the finder: made, perhaps watched, and let go.
+/// One use of the finder: connected, used and let go.
 #pragma once
 
 #include <functional>
@@ -8,7 +8,9 @@
 
 #include "tarn/camera_finding.h"
 #include "tools/event_queue.h"
-#include "tools/picture_store.h"
+#include "tools/finder_thread.h"
+#include "tools/steps.h"
+#include "tools/wizard_callback.h"
 
 namespace tarnfind {
 
@@ -19,29 +21,59 @@ struct ReleaseReference {
 template <class Interface>
 using Reference = std::unique_ptr<Interface, ReleaseReference>;
 
-/// Used by the main thread. Exceptions of the library pass through.
+/// The server's list.
+struct Listing {
+  std::vector<CameraSnapshot> cameras;
+  std::vector<Reference<Tarn::CameraFinding::ICameraInfo>> objects;  ///< one for each of the cameras
+};
+
+/// Told of each step that has succeeded. detail: what there is to say of it; may be empty.
+using StepObserver = std::function<void(Step step, std::chrono::milliseconds duration, const std::string& detail)>;
+
+/// Used by the main thread; calls of the library run on a thread of their own. While a call lasts the user sees what is
+/// waited for and can leave with Ctrl-C.
 class FinderSession {
  public:
-  /// Loads the library (see LoadFinderLibrary) and makes a finder.
-  explicit FinderSession(const std::string& libraryFile);
+  FinderSession();
+  /// As Close.
   ~FinderSession();
 
-  Tarn::CameraFinding::ICameraFinder& Finder() { return *finder_; }
+  /// Loads the library, makes a finder, opens its channel and registers a callback: from here on events arrive.
+  /// libraryFile: see FindLibraryFile. picturesFolder: empty where no pictures are kept. Throws NoChannel with the step
+  /// that failed, and what PictureStore throws.
+  void Connect(const std::string& libraryFile, const std::string& picturesFolder, const StepObserver& observer = {});
 
-  /// From here on events arrive. picturesFolder: empty where none are kept; see PictureStore for what it throws.
-  void Watch(const std::string& picturesFolder);
-  /// See EventQueue::TakeUntil. Requires Watch.
+  using FinderCall = std::function<void(Tarn::CameraFinding::ICameraFinder& finder)>;
+  /// Runs the call and waits for its end. Throws what it throws, and Failure on Ctrl-C. Requires Connect, and that the
+  /// call owns all that it uses.
+  void Call(const std::string& doing, FinderCall call);
+  /// The cameras that the server knows, in its order. Throws Failure with the step kList.
+  Listing List();
+  /// Asks for the list without waiting; it arrives as a ListedEvent. Then makes the call, if one is given, and tells
+  /// its end by a ReturnedEvent. Requires that no call is under way, and that `then` throws nothing.
+  void BeginList(FinderCall then = {});
+
+  /// See EventQueue::TakeUntil. Requires Connect.
   std::vector<Event> TakeUntil(Clock::time_point deadline) { return queue_->TakeUntil(deadline); }
-  /// Lets the finder go, waits for deliveries that are under way, and returns what arrived since the last taking.
+  /// False where the server has ended the channel. Requires Connect.
+  bool IsRegistered() const;
+  /// Lets the finder go, waits a moment for deliveries that are under way, and returns what arrived since the last
+  /// taking.
   std::vector<Event> Close();
 
  private:
-  Reference<Tarn::CameraFinding::ICameraFinder> finder_;
-  std::shared_ptr<EventQueue> queue_;
-};
+  /// What calls on the other thread use.
+  struct Shared {
+    Reference<WizardCallback> callback;
+    Reference<Tarn::CameraFinding::ICameraFinder> finder;
+  };
+  template <class Work>
+  void Wait(const char* doing, const Work& interrupted);
+  std::chrono::milliseconds RunStep(Step step, std::function<void()> work);
 
-/// Calls `visit` for each camera found so far, in the server's order; keep a camera by taking a reference.
-void ForEachFoundCamera(Tarn::CameraFinding::ICameraFinder& finder,
-                        const std::function<void(Tarn::CameraFinding::ICameraInfo&)>& visit);
+  std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
+  std::shared_ptr<EventQueue> queue_;
+  FinderThread thread_;
+};
 
 }  // namespace tarnfind

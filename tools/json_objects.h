@@ -1,20 +1,38 @@
-/// JSON output: one object per line, keys in a fixed order, nothing in it that differs from run to run.
+/// JSON output: one object per line, keys in a fixed order. Nothing in it differs from run to run, except with --times.
+/// docs/tarnfind.schema.json describes every object.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
 
-#include "tools/camera_snapshot.h"
-#include "tools/text_output.h"
+#include "tools/found_cameras.h"
 
 namespace tarnfind {
 
 using Json = nlohmann::ordered_json;
 
-/// Credentials that were never supplied are null; a password that is set is hidden unless `showPasswords`.
+struct JsonOptions {
+  bool showPasswords = false;
+  bool times = false;  ///< "time" in every event
+};
+
+/// What has been told of the camera; the rest is left out. Credentials that were never supplied are null; a password
+/// that is set is hidden unless `showPasswords`.
 Json CameraObject(const CameraSnapshot& camera, bool showPasswords);
-/// The object and a line end. Invalid UTF-8 becomes U+FFFD; control characters are escaped, also those that JSON would
-/// let through, for the line may end up on a terminal.
+
+/// kind: of the event; empty for a camera of the server's list.
+Json CameraEventObject(const FoundCamera& found, std::optional<std::uint32_t> kind, const FoundCameras& cameras,
+                       const JsonOptions& options);
+/// camera: null where the text means none that is known.
+Json PictureObject(const PictureEvent& event, const FoundCamera* camera, const JsonOptions& options);
+Json ValuesObject(const ValuesEvent& event, const FoundCamera* camera, const JsonOptions& options);
+/// [{"ip": …, "macs": […]}]
+Json SharedIpsArray(const FoundCameras& cameras);
+
+/// The object and a line end. Invalid UTF-8 becomes U+FFFD. Control characters are escaped, also those that JSON would
+/// let through, because the line may end up on a terminal.
 std::string JsonLine(const Json& object);
 
 }  // namespace tarnfind

@@ -1,62 +1,62 @@
-#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+#include <utility>
 
-#include "tools/json_objects.h"
 #include "tools/search_view.h"
 
 namespace tarnfind {
 
 namespace {
 
+constexpr const char* kListWords[] = {"under way", "arrived", "failed"};
+
 class JsonView final : public SearchView {
  public:
-  JsonView(TextOutput& output, bool showPasswords) : output_(output), showPasswords_(showPasswords) {}
+  JsonView(TextOutput& output, const FoundCameras& cameras, JsonOptions options, Json summary)
+      : output_(output), cameras_(cameras), options_(options), summary_(std::move(summary)) {}
 
-  void ShowCamera(const CameraEvent& event, const FoundCamera& found) override {
-    Write({{"event", "camera"},
-           {"change", RowOf(found.lastChange).word},
-           {"kind", event.kind},
-           {"type", event.type},
-           {"camera", CameraObject(event.camera, showPasswords_)}});
+  void ShowCamera(const FoundCamera& found, std::optional<std::uint32_t> kind) override {
+    output_.Write(JsonLine(CameraEventObject(found, kind, cameras_, options_)));
   }
-
-  void ShowPicture(const PictureEvent& event) override {
-    Write({{"event", "picture"},
-           {"camera", event.camera},
-           {"bytes", event.bytes},
-           {"crc32", fmt::format("{:08x}", event.crc32)},
-           {"file", event.file.empty() ? Json(nullptr) : Json(event.file)}});
+  void ShowPicture(const PictureEvent& event, const FoundCamera* camera) override {
+    output_.Write(JsonLine(PictureObject(event, camera, options_)));
   }
-
-  void ShowValues(const ValuesEvent& event) override {
-    Write({{"event", "values"}, {"camera", event.camera}, {"values", event.values}});
+  void ShowValues(const ValuesEvent& event, const FoundCamera* camera) override {
+    output_.Write(JsonLine(ValuesObject(event, camera, options_)));
   }
-
   void Refresh(const SearchProgress&) override {}
 
   void Finish(const SearchProgress& progress) override {
-    const FoundCameras& cameras = progress.cameras;
-    Write({{"event", "summary"},
-           {"command", "search"},
-           {"cameras", cameras.Size()},
-           {"new", cameras.Count(Change::kNew)},
-           {"changed", cameras.Count(Change::kChanged)},
-           {"same", cameras.Count(Change::kSame)},
-           {"gone", cameras.Count(Change::kGone)},
-           {"pictures", progress.pictures},
-           {"values", progress.values}});
+    const CameraCounts& counts = progress.cameras.Counts();
+    Json object = {{"event", "summary"}};
+    object.update(summary_);
+    object.update({{"cameras", progress.cameras.Size()},
+                   {"shown", progress.cameras.Shown().size()},
+                   {"known", counts.known},
+                   {"new", counts.fresh},
+                   {"changed", counts.changed},
+                   {"gone", counts.gone},
+                   {"pictures", progress.pictures},
+                   {"values", progress.values},
+                   {"list", kListWords[static_cast<std::size_t>(progress.list)]},
+                   {"sharedIps", SharedIpsArray(progress.cameras)},
+                   {"interrupted", progress.interrupted}});
+    if (!progress.listError.empty()) object["listError"] = progress.listError;
+    if (options_.times) object["seconds"] = static_cast<double>(progress.elapsed.count()) / 1000;
+    output_.Write(JsonLine(object));
   }
 
  private:
-  void Write(const Json& object) { output_.Write(JsonLine(object)); }
-
   TextOutput& output_;
-  bool showPasswords_;
+  const FoundCameras& cameras_;
+  JsonOptions options_;
+  Json summary_;
 };
 
 }  // namespace
 
-std::unique_ptr<SearchView> MakeJsonView(TextOutput& output, bool showPasswords) {
-  return std::make_unique<JsonView>(output, showPasswords);
+std::unique_ptr<SearchView> MakeJsonView(TextOutput& output, const FoundCameras& cameras, JsonOptions options,
+                                         Json summary) {
+  return std::make_unique<JsonView>(output, cameras, options, std::move(summary));
 }
 
 }  // namespace tarnfind

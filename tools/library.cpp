@@ -7,6 +7,7 @@
 
 #include "tools/failure.h"
 #include "tools/platform.h"
+#include "tools/steps.h"
 #include "tools/text.h"
 
 namespace tarnfind {
@@ -18,7 +19,7 @@ constexpr char kExportName[] = "GetFindingInterface";
 /// From the program's folder, in order of preference. The last one is set by the build.
 constexpr const char* kFolders[] = {".", "../lib", TARN_LIBRARY_FOLDER};
 
-/// A file that is there is the answer, also where it then cannot be loaded: another version found elsewhere would hide
+/// A file that exists is the answer, also where it cannot be loaded, because another version from elsewhere would hide
 /// the fault.
 std::filesystem::path LibraryPath() {
   const std::filesystem::path name(platform::LibraryFileName());
@@ -32,24 +33,44 @@ std::filesystem::path LibraryPath() {
   return name;
 }
 
+std::string Utf8Of(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
+[[noreturn]] void Refuse(Step step, const std::string& text) {
+  throw NoChannel(RowOf(step).name, OneLine(text));
+}
+
+[[noreturn]] void RefuseUnloaded(const std::filesystem::path& path, const platform::ModuleFailure& failure) {
+  std::error_code unknown;
+  const std::string file = Utf8Of(path);
+  if (failure.missing.empty() && !std::filesystem::exists(path, unknown))
+    Refuse(Step::kLibrary,
+           fmt::format("the finder library {} is missing ({}); put it beside tarnfind, or name its file "
+                       "with --library PATH",
+                       file, failure.reason));
+  if (failure.missing.empty())
+    Refuse(Step::kLibrary, fmt::format("the finder library {} cannot be loaded: {}", file, failure.reason));
+  const bool isPlatform = failure.missing == platform::PlatformLibraryFileName();
+  Refuse(isPlatform ? Step::kPlatformLibrary : Step::kLibrary,
+         fmt::format("{} {} is missing, which the finder library {} needs; put it beside that file",
+                     isPlatform ? "the video server's platform library" : "the library", failure.missing, file));
+}
+
 }  // namespace
 
-CreateFinderFunction LoadFinderLibrary(const std::string& file) {
-  // An absolute path: the system would look for a bare name elsewhere.
+Library LoadFinderLibrary(const std::string& file) {
+  // An absolute path, because the system would look for a bare name elsewhere.
   const std::filesystem::path path =
       file.empty() ? LibraryPath() : std::filesystem::absolute(std::u8string(file.begin(), file.end()));
-  const auto refuse = [&](std::string_view reason) {
-    const std::u8string name = path.u8string();
-    throw WrongUse(
-        OneLine(fmt::format("cannot load {}: {}; put it beside tarnfind, or name its file with --library PATH",
-                            std::string(name.begin(), name.end()), reason)));
-  };
-  std::string error;
-  void* const module = platform::OpenModule(path, error);
-  if (!module) refuse(error);
+  platform::ModuleFailure failure;
+  void* const module = platform::OpenModule(path, failure);
+  if (!module) RefuseUnloaded(path, failure);
   void* const create = platform::FindSymbol(module, kExportName);
-  if (!create) refuse(fmt::format("it has no {}", kExportName));
-  return reinterpret_cast<CreateFinderFunction>(create);
+  if (!create) Refuse(Step::kLibrary, fmt::format("{} is no finder library: it has no {}", Utf8Of(path), kExportName));
+  return {reinterpret_cast<decltype(&GetFindingInterface)>(create), Utf8Of(path),
+          platform::LoadedModuleFile(std::string(platform::PlatformLibraryFileName()))};
 }
 
 }  // namespace tarnfind

@@ -14,6 +14,8 @@ namespace {
 constexpr std::chrono::milliseconds kRedrawInterval{100};
 /// Header, "and more", progress, and the line where the cursor rests.
 constexpr int kLinesBesideRows = 4;
+/// Bytes that are written at once where there are many rows.
+constexpr std::size_t kWriteSize = 65536;
 
 constexpr char kClearToLineEnd[] = "\x1b[K";
 constexpr char kClearBelow[] = "\x1b[J";
@@ -26,24 +28,31 @@ class LiveTable final : public SearchView {
  public:
   LiveTable(TextOutput& output, LiveTableSettings settings) : output_(output), settings_(std::move(settings)) {}
 
-  void ShowCamera(const CameraEvent&, const FoundCamera&) override {}
-  void ShowPicture(const PictureEvent&) override {}
-  void ShowValues(const ValuesEvent&) override {}
+  void ShowCamera(const FoundCamera&, std::optional<std::uint32_t>) override {}
+  void ShowPicture(const PictureEvent&, const FoundCamera*) override {}
+  void ShowValues(const ValuesEvent&, const FoundCamera*) override {}
 
   void Refresh(const SearchProgress& progress) override {
     if (drawn_ && progress.elapsed - lastDrawn_ < kRedrawInterval) return;
     lastDrawn_ = progress.elapsed;
     BeginFrame();
-    AddRows(progress.cameras);
-    AddLine(Clip(fmt::format("{} of {}   {}", Seconds(progress.elapsed), Seconds(progress.planned), Totals(progress))));
+    AddLatestRows(progress.cameras);
+    const std::string planned = progress.planned ? " of " + Seconds(*progress.planned) : ", Ctrl-C ends";
+    AddLine(Clip(fmt::format("{}{}   {}", Seconds(progress.elapsed), planned, Totals(progress))));
     EndFrame();
   }
 
   void Finish(const SearchProgress& progress) override {
     BeginFrame();
-    AddRows(progress.cameras);
-    AddLine(Summary(progress));  // may take two lines, for nothing is drawn over it any more
-    EndFrame();
+    frame_ += kClearBelow;
+    const CameraTable table(size_.columns, true);
+    AddLine(table.Header({' '}), kHeaderColour);
+    for (const FoundCamera* const found : SortedCameras(progress.cameras, settings_.sort)) {
+      AddRow(table, *found, progress.cameras);
+      if (frame_.size() > kWriteSize) output_.Write(std::exchange(frame_, {}));
+    }
+    // Whole lines: nothing is drawn over them any more.
+    output_.Write(frame_ + Remarks(progress) + Summary(progress) + '\n');
   }
 
  private:
@@ -51,7 +60,7 @@ class LiveTable final : public SearchView {
     const platform::TerminalSize size = settings_.terminalSize();
     frame_.clear();
     if (drawn_ && size != size_)
-      frame_ += kClearScreen;  // the terminal has wrapped the old lines anew; where they are is unknown
+      frame_ += kClearScreen;  // the terminal has wrapped the old lines anew, so that their place is unknown
     else if (lines_ > 0)
       frame_ += fmt::format("\x1b[{}A", lines_);
     lines_ = 0;
@@ -64,15 +73,19 @@ class LiveTable final : public SearchView {
     drawn_ = true;
   }
 
-  void AddRows(const FoundCameras& cameras) {
+  void AddRow(const CameraTable& table, const FoundCamera& found, const FoundCameras& cameras) {
+    const ChangeRow& change = RowOf(found.lastNews);
+    AddLine(table.Row({change.mark, cameras.SharesIp(found)}, found), change.colour);
+  }
+
+  void AddLatestRows(const FoundCameras& cameras) {
     const CameraTable table(size_.columns);
-    AddLine(table.Header(' '), kHeaderColour);
-    const auto rows = cameras.Latest(static_cast<std::size_t>(std::max(size_.rows - kLinesBesideRows, 1)));
-    for (const FoundCamera* const found : rows) {
-      const ChangeRow& change = RowOf(found->lastNews);
-      AddLine(table.Row(change.mark, found->camera, found->type), change.colour);
-    }
-    if (rows.size() < cameras.Size()) AddLine(Clip(fmt::format("… and {} more", cameras.Size() - rows.size())));
+    AddLine(table.Header({' '}), kHeaderColour);
+    auto rows = cameras.Latest(static_cast<std::size_t>(std::max(size_.rows - kLinesBesideRows, 1)));
+    if (settings_.sort) SortBy(*settings_.sort, rows);
+    for (const FoundCamera* const found : rows) AddRow(table, *found, cameras);
+    const std::size_t more = cameras.Shown().size() - rows.size();
+    if (more > 0) AddLine(Clip(fmt::format("… and {} more", more)));
   }
 
   void AddLine(const std::string& text, std::string_view colour = {}) {

@@ -1,10 +1,14 @@
 /// tarnfind, the command-line wizard: turns arguments into one command, and what becomes of it into an exit code.
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <exception>
+#include <nlohmann/json.hpp>
 
 #include "tools/command_line.h"
 #include "tools/failure.h"
+#include "tools/finder_thread.h"
 #include "tools/json_objects.h"
 #include "tools/platform.h"
 #include "tools/text.h"
@@ -13,32 +17,52 @@ namespace {
 
 using namespace tarnfind;
 
-/// One line of UTF-8. The tool's own texts are UTF-8 already.
-std::string TextOf(const std::exception& error) {
-  const std::string text = error.what();
-  return OneLine(IsValidUtf8(text) ? text : platform::Utf8FromSystemText(text));
-}
-
-int Complain(const std::exception& error, ExitCode code) {
-  platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", TextOf(error)));
+int Complain(const std::string& text, ExitCode code) {
+  platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", text));
   return code;
 }
 
 /// In JSON the reader of the output learns of the failure too.
-int Fail(const std::exception& error, const Options& options, TextOutput& output) {
-  if (options.json) output.Write(JsonLine({{"event", "error"}, {"error", TextOf(error)}}));
-  return Complain(error, kFailed);
+int Fail(const std::string& text, ExitCode code, const std::string& step, bool json, TextOutput& output) {
+  Complain(text, code);
+  if (!json) return code;
+  Json object = {{"event", "error"}, {"error", text}, {"exitCode", static_cast<int>(code)}};
+  if (!step.empty()) object["step"] = step;
+  try {
+    output.Write(JsonLine(object));
+  } catch (...) {  // the output is gone too; standard error has the line
+  }
+  return code;
 }
 
 int Run(const CommandLine& commandLine, TextOutput& output) {
   if (commandLine.options.debugOutput) platform::ShowDebuggerLines();
+  const bool json = commandLine.options.json;
   try {
     commandLine.run(commandLine.options, output);
     return kDone;
-  } catch (const WrongUse&) {
-    throw;
+  } catch (const CommandError& error) {
+    return Fail(ErrorText(error), error.Code(), error.Step(), json, output);
   } catch (const std::exception& error) {
-    return Fail(error, commandLine.options, output);
+    return Fail(ErrorText(error), kFailed, {}, json, output);
+  }
+}
+
+int RunProgram(int argc, char** argv) {
+  StandardOutput output;
+  const std::vector<std::string> arguments = platform::Utf8Arguments(argc, argv);
+  try {
+    const CommandLine commandLine = ParseCommandLine(arguments);
+    if (commandLine.run) return Run(commandLine, output);
+    output.Write(commandLine.help);
+    return kDone;
+  } catch (const ReaderGone&) {
+    return kDone;
+  } catch (const CommandError& error) {
+    const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+    return Fail(ErrorText(error), error.Code(), {}, json, output);
+  } catch (const std::exception& error) {
+    return Complain(ErrorText(error), kFailed);
   }
 }
 
@@ -46,17 +70,7 @@ int Run(const CommandLine& commandLine, TextOutput& output) {
 
 int main(int argc, char** argv) {
   platform::PrepareStreams();
-  StandardOutput output;
-  try {
-    const CommandLine commandLine = ParseCommandLine(platform::Utf8Arguments(argc, argv));
-    if (commandLine.run) return Run(commandLine, output);
-    output.Write(commandLine.help);
-    return kDone;
-  } catch (const ReaderGone&) {
-    return kDone;
-  } catch (const WrongUse& error) {
-    return Complain(error, kWrongUse);
-  } catch (const std::exception& error) {
-    return Complain(error, kFailed);
-  }
+  const int code = RunProgram(argc, argv);
+  if (FinderThread::AnyLeftBehind()) std::_Exit(code);  // everything written is on its way already
+  return code;
 }

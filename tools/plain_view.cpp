@@ -1,59 +1,56 @@
 #include <fmt/format.h>
 
-#include <optional>
-
 #include "tools/camera_table.h"
 #include "tools/search_view.h"
 #include "tools/text.h"
+#include "tools/wall_time.h"
 
 namespace tarnfind {
 
 namespace {
 
+/// "00:40:8C:12:34:56", or the server's text where that means no known camera.
+std::string NameOf(const FoundCamera* camera, const std::string& text) {
+  return camera ? Printable(camera->camera.mac) : fmt::format("no known camera, \"{}\"", Printable(text));
+}
+
 class PlainView final : public SearchView {
  public:
-  explicit PlainView(TextOutput& output) : output_(output) {}
+  PlainView(TextOutput& output, const FoundCameras& cameras, bool times)
+      : output_(output), cameras_(cameras), times_(times) {}
 
-  void ShowCamera(const CameraEvent&, const FoundCamera& found) override {
-    output_.Write(table_.Row(RowOf(found.lastChange).mark, found.camera, found.type) + '\n');
+  void ShowCamera(const FoundCamera& found, std::optional<std::uint32_t>) override {
+    WriteLine(found.lastSeen, table_.Row({RowOf(found.lastChange).mark, cameras_.SharesIp(found)}, found));
   }
 
-  void ShowPicture(const PictureEvent& event) override {
-    const std::string kept = event.file.empty() ? "" : ", kept as " + event.file;
-    output_.Write(fmt::format("* picture of {}: {}{}\n", Printable(event.camera), Counted(event.bytes, "byte"), kept));
+  void ShowPicture(const PictureEvent& event, const FoundCamera* camera) override {
+    const std::string kept = !event.error.empty() ? ", not kept" : event.file.empty() ? "" : ", kept as " + event.file;
+    WriteLine(event.at,
+              fmt::format("* picture of {}: {}{}", NameOf(camera, event.camera), Counted(event.bytes, "byte"), kept));
   }
 
-  void ShowValues(const ValuesEvent& event) override {
-    output_.Write(fmt::format("* values of {}: {}\n", Printable(event.camera), fmt::join(event.values, " ")));
+  void ShowValues(const ValuesEvent& event, const FoundCamera* camera) override {
+    WriteLine(event.at, fmt::format("* values of {}: {}", NameOf(camera, event.camera), fmt::join(event.values, " ")));
   }
 
   void Refresh(const SearchProgress&) override {}
-  void Finish(const SearchProgress& progress) override { output_.Write(Summary(progress) + '\n'); }
+  void Finish(const SearchProgress& progress) override { output_.Write(Remarks(progress) + Summary(progress) + '\n'); }
 
  private:
+  void WriteLine(WallTime at, const std::string& text) {
+    output_.Write((times_ ? PreciseClockTime(at) + ' ' : "") + text + '\n');
+  }
+
   TextOutput& output_;
+  const FoundCameras& cameras_;
+  bool times_;
   CameraTable table_{std::nullopt};
 };
 
 }  // namespace
 
-std::unique_ptr<SearchView> MakePlainView(TextOutput& output) {
-  return std::make_unique<PlainView>(output);
-}
-
-std::string Totals(const SearchProgress& progress) {
-  const FoundCameras& cameras = progress.cameras;
-  return fmt::format("{}: {} new, {} changed, {} gone; {}, {}", Counted(cameras.Size(), "camera"),
-                     cameras.Count(Change::kNew), cameras.Count(Change::kChanged), cameras.Count(Change::kGone),
-                     Counted(progress.pictures, "picture"), Counted(progress.values, "value list"));
-}
-
-std::string Summary(const SearchProgress& progress) {
-  return Totals(progress) + " in " + Seconds(progress.elapsed);
-}
-
-std::string Seconds(std::chrono::milliseconds duration) {
-  return fmt::format("{}.{} s", duration.count() / 1000, duration.count() / 100 % 10);
+std::unique_ptr<SearchView> MakePlainView(TextOutput& output, const FoundCameras& cameras, bool times) {
+  return std::make_unique<PlainView>(output, cameras, times);
 }
 
 }  // namespace tarnfind

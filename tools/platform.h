@@ -1,10 +1,11 @@
-/// What differs between operating systems: arguments, the terminal, Ctrl-C, the library's file, debugger lines. One
-/// source per system, chosen by the build; nothing else in the tool names a system.
+/// What differs between operating systems: arguments, the terminal, Ctrl-C, library files, other programs, debugger
+/// lines. One source per system, chosen by the build; nothing else in the tool names a system.
 ///
 /// Text is UTF-8 on both sides of this header.
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,8 +17,7 @@ std::vector<std::string> Utf8Arguments(int count, char** values);
 
 enum class Stream { kOutput, kError };
 
-/// To be called first. A reader of the output that goes away makes writes fail from here on; it does not end the
-/// process.
+/// To be called first. From here on a write fails where the reader of the output has gone; it does not end the process.
 void PrepareStreams();
 /// Whether the stream is a terminal that obeys control sequences. Requires PrepareStreams.
 bool IsTerminal(Stream stream);
@@ -35,8 +35,14 @@ struct TerminalSize {
 /// Of the terminal at standard output; the default where it does not tell.
 TerminalSize GetTerminalSize();
 
+/// Whether somebody can be asked at standard input.
+bool IsInputTerminal();
+/// A line of the terminal at standard input, without its end. echo: whether what is typed is seen. Empty at the end of
+/// the input and on Ctrl-C. Requires IsInputTerminal and CatchInterrupts.
+std::optional<std::string> ReadLine(bool echo);
+
 /// From here on the first Ctrl-C, or the first request to end, only makes Interrupted() true. A second one ends the
-/// process, so that a call that waits for the server for ever can be left.
+/// process at once.
 void CatchInterrupts();
 bool Interrupted();
 
@@ -44,14 +50,36 @@ bool Interrupted();
 std::filesystem::path ExecutableFolder();
 /// File name of the finder library on this system.
 std::string_view LibraryFileName();
-/// Null on failure, with the system's reason in `error`. A bare file name is looked for where the system looks.
-void* OpenModule(const std::filesystem::path& file, std::string& error);
+/// File name of the platform library, which the finder library brings along.
+std::string_view PlatformLibraryFileName();
+
+struct ModuleFailure {
+  std::string reason;  ///< the system's words
+  std::string
+      missing;  ///< name of another library that the file needs and that is not there; empty: it is the file's own
+};
+/// Null on failure. A bare file name is looked for where the system looks.
+void* OpenModule(const std::filesystem::path& file, ModuleFailure& failure);
+/// The file that a loaded library was read from; empty where there is no library of that name.
+std::string LoadedModuleFile(const std::string& name);
 /// Null where the module has no such name.
 void* FindSymbol(void* module, const char* name);
+
+struct ProgramResult {
+  int exitCode = 0;
+  std::string error;  ///< why it could not be run; empty where it ran
+};
+/// Runs a program without arguments and without a shell, and waits for its end. variables: "NAME=value", beside those
+/// of this process. input: what it reads at standard input.
+ProgramResult RunProgram(const std::string& program, const std::vector<std::string>& variables,
+                         const std::string& input);
 
 /// UTF-8 of a text in the system's code page, which is what the library's exceptions carry. What cannot be converted
 /// stays as it is.
 std::string Utf8FromSystemText(const std::string& text);
+
+/// For this process, and for libraries that are loaded later.
+void SetEnvironment(const std::string& name, const std::string& value);
 
 /// Makes the library's debugger lines appear on standard error. Requires that the library is not loaded yet.
 void ShowDebuggerLines();

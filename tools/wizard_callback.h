@@ -11,9 +11,9 @@
 
 namespace tarnfind {
 
-/// Called on worker threads; the thread that delivers waits, so a slow disk slows the server down instead of filling
-/// the memory with pictures. Begins with one reference, the creator's; when the last one is let go, no delivery is
-/// under way any more and the queue is finished.
+/// Called on worker threads. The thread that delivers waits, so that a slow disk slows the server down instead of
+/// filling the memory with pictures. Begins with one reference, the creator's. When the last one is released, no
+/// delivery is under way any more, and the queue is finished.
 class WizardCallback final : public Tarn::CameraFinding::INewCameraDataCallback {
  public:
   /// pictures: null where none are kept.
@@ -22,6 +22,8 @@ class WizardCallback final : public Tarn::CameraFinding::INewCameraDataCallback 
   HRESULT QueryInterface(const IID& id, void** object) override;
   std::uint32_t AddRef() override;
   std::uint32_t Release() override;
+  /// Whether the library holds it. Requires that the caller holds one reference.
+  bool HasOtherOwners() const { return references_ > 1; }
   HRESULT PictureReceived(const std::uint8_t* picture, std::uint64_t byteCount, BSTR cameraText) override;
   HRESULT ValuesReceived(BSTR cameraText, const std::uint64_t* values, std::uint64_t valueCount) override;
   HRESULT CameraInfoReceived(std::uint32_t eventKind, Tarn::CameraFinding::ICameraInfo* camera,

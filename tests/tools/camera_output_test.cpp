@@ -1,6 +1,8 @@
 /// What is printed of one camera.
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include "tools/camera_details.h"
 #include "tools/camera_table.h"
 #include "tools/display_width.h"
@@ -10,13 +12,15 @@ namespace tarnfind {
 namespace {
 
 TEST(JsonText, EscapesControlCharactersAndMendsInvalidBytes) {
-  EXPECT_EQ(JsonLine(Json("\x7F\xC2\x9B\xE2\x80\xAE\xFF京")), "\"\\u007f\\u009b\\u202e�京\"\n");
+  EXPECT_EQ(JsonLine(Json("\x7F\xC2\x9B\xE2\x80\xAE\xF3\xA0\x80\xA0\xFF京")),
+            "\"\\u007f\\u009b\\u202e\\udb40\\udc20�京\"\n");
 }
 
 TEST(Password, IsShownOnlyOnRequestAndNeverWhereThereIsNone) {
-  CameraSnapshot camera;
+  FoundCamera found;
+  CameraSnapshot& camera = found.camera;
   const auto shown = [&](bool showPasswords) {
-    return JsonLine(CameraObject(camera, showPasswords)) + CameraDetails(camera, 2, showPasswords);
+    return JsonLine(CameraObject(camera, showPasswords)) + CameraDetails(found, showPasswords);
   };
   for (const std::string password : {"päss€7", ""}) {
     camera.user = "operator";
@@ -34,7 +38,10 @@ TEST(Password, IsShownOnlyOnRequestAndNeverWhereThereIsNone) {
 }
 
 TEST(CameraRow, FitsATerminalAndNarrowsTextsOnly) {
-  CameraSnapshot camera;
+  FoundCamera found;
+  found.typeKnown = true;
+  found.type = 6;
+  CameraSnapshot& camera = found.camera;
   camera.mac = "00:40:8C:00:00:07";
   camera.ip = "192.168.0.9";
   camera.dhcp = true;
@@ -43,13 +50,16 @@ TEST(CameraRow, FitsATerminalAndNarrowsTextsOnly) {
   for (int columns = 1; columns <= 200; ++columns) {
     SCOPED_TRACE(columns);
     const CameraTable table(columns);
-    EXPECT_LT(DisplayWidth(table.Row('+', camera, 6)), static_cast<std::size_t>(std::max(columns, 2)));
-    EXPECT_LT(DisplayWidth(table.Header(' ')), static_cast<std::size_t>(std::max(columns, 2)));
+    EXPECT_LT(DisplayWidth(table.Row({'+'}, found)), static_cast<std::size_t>(std::max(columns, 2)));
+    EXPECT_LT(DisplayWidth(table.Header({' '})), static_cast<std::size_t>(std::max(columns, 2)));
   }
-  EXPECT_EQ(CameraTable(80).Row('+', camera, 6),
-            "+ 00:40:8C:00:00:07 192.168.0.9     yes  京京…  京京京…         Axis IPC 6");
+  EXPECT_EQ(CameraTable(80).Row({'+', true}, found),
+            "+!00:40:8C:00:00:07 192.168.0.9     yes  京京…  京京京…         Axis IPC 6");
+  camera.told = Told::kAssembled;
+  EXPECT_EQ(CameraTable(141, true).Row({'-'}, found).substr(0, 90),
+            "- 00:40:8C:00:00:07 192.168.0.9     ?    京京京京京京京…  ?                      ");
   camera.mac = std::string(200, 'x');
-  EXPECT_EQ(CameraTable(std::nullopt).Row(0, camera, 6).substr(0, 216), std::string(200, 'x') + " 192.168.0.9    ");
+  EXPECT_EQ(CameraTable(std::nullopt).Row({}, found).substr(0, 216), std::string(200, 'x') + " 192.168.0.9    ");
 }
 
 }  // namespace

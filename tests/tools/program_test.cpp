@@ -1,4 +1,4 @@
-/// The program as a user runs it, with the built library and the simulated server of scenario.json behind it.
+/// The program as a user runs it, with the built library and a simulated server behind it.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -29,14 +29,20 @@ class Program : public testing::Test {
     std::filesystem::remove_all(folder_);
     std::filesystem::create_directories(folder_);
     std::filesystem::current_path(folder_);
+    Play(Content(TARNFIND_SCENARIO));
   }
   ~Program() override {
     std::filesystem::current_path(folder_.parent_path());
     std::filesystem::remove_all(folder_);
   }
 
-  static Result Run(const std::string& arguments) {
-    const int status = std::system(("\"" TARNFIND_PROGRAM "\" " + arguments + " >output 2>error").c_str());
+  /// The scenario of the runs that follow, where ctest says.
+  static void Play(const std::string& scenario) {
+    std::ofstream(std::getenv("TARN_SIMULATOR_SCENARIO"), std::ios::binary) << scenario;
+  }
+  static Result Run(const std::string& arguments, const std::string& input = "") {
+    std::ofstream("input", std::ios::binary) << input;
+    const int status = std::system(("\"" TARNFIND_PROGRAM "\" " + arguments + " <input >output 2>error").c_str());
     // Where signals exist, the exit code stands in the second byte.
     return {status > 255 ? status >> 8 : status, Content("output"), Content("error")};
   }
@@ -59,6 +65,7 @@ constexpr char kTheCameraAsFound[] =
     R"("ctt":255,"vendor":"北"})";
 
 TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
+  const std::string change = "set-network 00:40:8C:00:00:01 --yes ";
   const struct {
     std::string arguments;
     int code;
@@ -68,20 +75,41 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
       {"--version", 0, "tarnfind 1.", ""},
       {"set-network --help", 0, "\nExamples:\n  tarnfind set-network 00:40:8C:12:34:56 --dhcp\n", ""},
       {"list", 0, "2 cameras\n", ""},
-      {"list --json", 0, R"({"event":"camera","camera":)" + std::string(kTheCameraAsFound) + "}\n", ""},
-      {"list --json", 0, "}\n{\"event\":\"summary\",\"command\":\"list\",\"cameras\":2}\n", ""},
+      {"list --filter vendor=x", 0, "2 cameras; 0 shown\n", ""},
+      {"list --json", 0,
+       R"({"event":"camera","change":"known","type":2,"camera":)" + std::string(kTheCameraAsFound) + "}\n", ""},
+      {"list --json", 0, R"({"event":"summary","command":"list","cameras":2,"shown":2,"sharedIps":[]})", ""},
       {"list --json --show-passwords", 0, "\"password\":\"hunter2\"", ""},
+      {"list --csv --sort ip", 0,
+       "\nknown,00:40:8C:00:00:01,10.0.0.1,255.255.255.0,10.0.0.254,yes,北,M�[2J,5.7.1,Axis IPC,2,", ""},
+      {"list --expect 2 --expect-mac 00408c000002", 0, "2 cameras\n", ""},
+      {"list --expect 3", 4, "2 cameras\n", "tarnfind: expected 3 cameras or more, there are 2\n"},
+      {"list --filter firmware=5.7 --expect-mac 00:40:8C:00:00:02", 4, "",
+       "tarnfind: expected and not there: 00:40:8C:00:00:02\n"},
       {"info 10.0.0.1", 0, "Type          2 (Axis IPC)\nUser          operator\nPassword      ********\n", ""},
-      {"send-mac 00:40:8C:00:00:01", 0, "Sent", ""},
-      {"bare --json", 0, "{\"event\":\"summary\",\"command\":\"bare\"}\n", ""},
-      {"set-network 00-40-8c-00-00-01 --static", 0,
-       "IP 10.0.0.1, mask 255.255.255.0, gateway 10.0.0.254, static. The server lists them.", ""},
-      {"info 10.0.0.3 --for 0.1", 1, "", "tarnfind: nothing arrived about a camera at 10.0.0.3 within 0.1 s\n"},
-      {"set-network 00:40:8C:00:00:09 --dhcp", 1, "", "tarnfind: the server has found no camera 00:40:8C:00:00:09\n"},
+      {"info 0040.8c00.0001 --json", 0, R"("command":"info","address":"00:40:8C:00:00:01","cameras":1})", ""},
+      {"check", 0, "\nThe server answers. It knows 2 cameras.\n", ""},
+      {"send-mac 00:40:8C:00:00:01 --for 0.3", 0, "\nSent 00:40:8C:00:00:01; the library does not tell", ""},
+      {"bare --json --for 0.3", 0, R"({"event":"summary","command":"bare","cameras":2,)", ""},
+      {change + "--static", 0, "00:40:8C:00:00:01 applied\n", "00:40:8C:00:00:01 M�[2J\n  DHCP      yes -> no\n"},
+      {change + "--password x", 0, "00:40:8C:00:00:01 cannot be known: nothing of what was sent can be read back\n",
+       "00:40"},
+      {"info 10.0.0.3 --for 0.1", 1, "", "tarnfind: nothing arrived about a camera at 10.0.0.3 within 0.1 s"},
+      {"set-network 00:40:8C:00:00:09 --dhcp --yes", 1, "",
+       "tarnfind: 00:40:8C:00:00:09 not found: the server's list has no"},
       {"search --for 9 --pictures error/x", 1, "", "tarnfind: cannot make the folder"},
-      {"set-network 00:40:8C:00:00:01", 2, "", "tarnfind: nothing to change"},
-      {"list --library error", 2, "", "tarnfind: cannot load"},
-      {"", 2, "", "tarnfind: A subcommand is required; see tarnfind --help\n"},
+      {change, 2, "", "tarnfind: nothing to change"},
+      {"set-network 00:40:8C:00:00:01 --dhcp", 2, "", "tarnfind: standard input is no terminal"},
+      {change + "--dhcp --ip 10.0.0.3", 2, "", "tarnfind: with DHCP the network chooses the address"},
+      {change + "--static --ip 10.0.0.2", 2, "",
+       "tarnfind: 00:40:8C:00:00:01 refused: 10.0.0.2 belongs to 00:40:8C:00:00:02"},
+      {change + "--static --gateway 10.0.1.1", 2, "",
+       "tarnfind: 00:40:8C:00:00:01 refused: the gateway 10.0.1.1 is outside"},
+      {change + "--static --gateway 10.0.1.1 --force", 0, "applied\n", "00:40"},
+      {"list --library error", 3, "", "tarnfind: the finder library "},
+      {"", 2, "", "tarnfind: a command is missing; see tarnfind --help\n"},
+      {"list --json --colour", 2,
+       R"({"event":"error","error":"\"--colour\" is not understood; see tarnfind list --help","exitCode":2})", "tarn"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.arguments);
@@ -94,6 +122,59 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
   }
 }
 
+TEST_F(Program, TellsTheTruthWhateverFunctionFails) {
+  const std::string create = "TarnServer_CreateLiveStream", open = "TarnLiveStream_Open",
+                    start = "TarnLiveStream_Start";
+  const std::string callback = "TarnLiveStream_SetGenericDataCallback", send = "TarnLiveStream_SendSynchDSPCommand";
+  const std::string error = "true", none = "false", every = "\"every\"", message = R"({"description": "müde\r\n"})";
+  const std::string list = "list", search = "search --for 0.2", check = "check --for 0.2",
+                    info = "info 10.0.0.1 --for 0.2";
+  const std::string change = "set-network 00408c000001 --yes --static --for 0.2",
+                    mac = "send-mac 00408c000001 --for 0.2";
+  const std::vector<std::string> all = {list, search, check, info, change, mac};
+  const std::string closed = "tarnfind: the channel to the server cannot be opened",
+                    listing = "not list its cameras: müde\n";
+  const struct {
+    std::string function, call, error;
+    std::vector<std::string> commands;
+    int code;
+    std::string text;  ///< in one of the two streams
+  } rows[] = {
+      {create, "1", error, all, 3, "tarnfind: the server refused a live stream: The live stream was refused; "},
+      {create, "1", none, all, 3, closed},
+      {open, every, error, all, 3, closed},
+      {start, every, message, all, 3, closed},
+      {open, every, none, all, 0, ""},
+      {callback, "1", error, all, 3, "tarnfind: the server refused the callback: The data callback was refused; "},
+      {callback, "1", none, {list, search, change, mac}, 0, ""},
+      {callback, "1", none, {check}, 1, "answer            failed"},
+      {callback, "1", none, {info}, 1, "tarnfind: nothing arrived about a camera at 10.0.0.1 within"},
+      {send, "1", message, {list, search, check, change, mac}, 1, listing},
+      {send, "1", error, {info}, 1, "whether the server refused the question cannot be known"},
+      {send, "1", none, {list, check}, 0, "The library does not tell whether the server knows no"},
+      {send, "1", none, {change}, 1, "not found: the server's list has no such camera"},
+      {send, "2", error, {check}, 1, "the server sent nothing within 0.2 s"},
+      {send, "2", error, {mac}, 0, "the library does not tell whether the server took it."},
+      {send, "2", error, {change}, 1, "failed: the server refused the command, or did not answer"},
+      {send, "2", none, {change}, 4, "not applied: sent and listed differ: DHCP no -> yes"},
+      {send, "3", error, {change}, 0, "00:40:8C:00:00:01 applied"},  // by the second look
+      {"TarnDBI_ReleaseReference", every, error, all, 0, ""},
+      {"TarnLiveStream_Destroy", "1", error, all, 0, ""},
+      {"TarnDBIGetLastError", every, none, all, 0, ""},
+  };
+  for (const auto& row : rows) {
+    for (const std::string& command : row.commands) {
+      SCOPED_TRACE(row.function + " " + row.call + " " + row.error + ": " + command);
+      Play(R"({"speed": "instant", "cameras": [{"name": "A", "mac": "00:40:8C:00:00:01", "ip": "10.0.0.1",
+               "subnetMask": "255.255.255.0"}], "functionFaults": [{"function": ")" +
+           row.function + R"(", "call": )" + row.call + R"(, "error": )" + row.error + "}]}");
+      const Result result = Run(command);
+      EXPECT_EQ(result.code, row.code) << result.error;
+      EXPECT_NE((result.output + result.error).find(row.text), std::string::npos) << result.output << result.error;
+    }
+  }
+}
+
 TEST_F(Program, SearchesWithAnObjectForEachEventAndKeepsPictures) {
   const Result result = Run("search --for 2 --json --pictures pictures");
   ASSERT_EQ(result.code, 0);
@@ -102,53 +183,76 @@ TEST_F(Program, SearchesWithAnObjectForEachEventAndKeepsPictures) {
   std::string news;
   for (const Json& object : objects)
     news += object.value("change", object.value("event", "")) + std::to_string(object.value("kind", 0)) + " ";
-  ASSERT_EQ(news, "new0 picture0 new0 changed1 values0 gone4 same2 same3 changed3 summary0 ");
-  EXPECT_EQ(objects[0].dump(),
-            R"({"event":"camera","change":"new","kind":0,"type":2,"camera":)" + std::string(kTheCameraAsFound) + "}");
+  ASSERT_EQ(news, "known0 known0 same0 picture0 same0 picture0 changed1 values0 gone4 same2 same3 same3 summary0 ");
+  EXPECT_EQ(objects[2].dump(),
+            R"({"event":"camera","change":"same","kind":0,"type":2,"camera":)" + std::string(kTheCameraAsFound) + "}");
   const std::string picture = Content("pictures/Camera A_-0001.png");
   EXPECT_EQ(picture.substr(0, 8), "\x89PNG\r\n\x1A\n");
-  EXPECT_EQ(objects[1].dump(), R"({"event":"picture","camera":"Camera A\u001b","bytes":)" +
+  EXPECT_EQ(objects[3].dump(), R"({"event":"picture","camera":"Camera A\u001b","mac":null,"bytes":)" +
                                    std::to_string(picture.size()) +
                                    R"(,"crc32":"52e21dfe","file":"Camera A_-0001.png"})");
-  EXPECT_EQ(objects[2]["camera"]["user"], nullptr) << "never supplied";
-  EXPECT_EQ(objects[4]["values"].dump(), "[1,18446744073709551615]");
-  EXPECT_EQ(objects[8]["camera"]["plugin"], "Axis IPC");
-  EXPECT_EQ(objects[9].dump(), R"({"event":"summary","command":"search","cameras":2,"new":2,"changed":2,"same":2,)"
-                               R"("gone":1,"pictures":1,"values":1})");
+  EXPECT_EQ(objects[4]["camera"]["user"], nullptr) << "never supplied";
+  EXPECT_EQ(objects[5]["mac"], "00:40:8C:00:00:02");
+  EXPECT_EQ(objects[5]["file"], "00_40_8C_00_00_02-0002.png");
+  EXPECT_EQ(objects[7]["values"].dump(), "[1,18446744073709551615]");
+  EXPECT_EQ(objects[8]["camera"]["firmware"], "2") << "what was known of the one that has gone";
+  EXPECT_EQ(objects[11]["camera"], objects[2]["camera"]) << "an assembled message changes only what it tells";
+  EXPECT_EQ(objects[12].dump(), R"({"event":"summary","command":"search","cameras":2,"shown":2,"known":2,"new":0,)"
+                                R"("changed":1,"gone":1,"pictures":2,"values":1,"list":"arrived","sharedIps":[],)"
+                                R"("interrupted":false})");
 }
 
 TEST_F(Program, SearchesWithALineForEachEventAndDebuggerLinesOnRequest) {
   const Result result = Run("search --for 2 --debug-output");
   EXPECT_NE(result.error.find("Invalid struct size in read vector"), std::string::npos);
   for (const std::string lines :
-       {"+ 00:40:8C:00:00:01 10.0.0.1        yes  北               M�[2J                  5.7.1      Axis IPC     ",
-        "     2\n* picture of Camera A�: 5500 bytes\n+ 00:40:8C:00:00:02 ",
-        "\n~ 00:40:8C:00:00:02 10.0.0.2        yes ",
-        "\n* values of Camera A�: 1 18446744073709551615\n- 00:40:8C:00:00:02 ",
-        "\n2 cameras: 2 new, 2 changed, 1 gone; 1 picture, 1 value list in "})
+       {". 00:40:8C:00:00:01 10.0.0.1        yes  北               M�[2J                  5.7.1      Axis IPC     ",
+        "     2\n* picture of no known camera, \"Camera A�\": 5500 bytes\n= 00:40:8C:00:00:02 ",
+        "\n* picture of 00:40:8C:00:00:02: 5500 bytes\n~ 00:40:8C:00:00:02 10.0.0.2        yes ",
+        "\n* values of no known camera, \"Camera A�\": 1 18446744073709551615\n- 00:40:8C:00:00:02 ",
+        "\n2 cameras: 2 known, 0 new; 1 changed, 1 gone; 2 pictures, 1 value list in "})
     EXPECT_NE(result.output.find(lines), std::string::npos) << lines << result.output;
 }
 
 TEST_F(Program, ChangesWhatIsGivenAndKeepsTheRest) {
+  const std::string common = " --yes --type 4 --json --show-passwords";
   const Result result =
-      Run("set-network 00:40:8C:00:00:01 --ip 10.0.0.7 --static --password n3w --type 4 --json --show-passwords");
+      Run("set-network 00:40:8C:00:00:01 --ip 10.0.0.7 --static --password-file -" + common, "n3w\r\n");
   ASSERT_EQ(result.code, 0) << result.error;
-  const std::vector<Json> objects = Objects(result.output);
-  ASSERT_EQ(objects.size(), 2U);
-  Json expected = Json::parse(kTheCameraAsFound);
-  expected.update({{"ip", "10.0.0.7"}, {"dhcp", false}, {"password", "n3w"}});
-  EXPECT_EQ(objects[0]["camera"], expected);
-  EXPECT_EQ(objects[1].dump(),
-            R"({"event":"summary","command":"set-network","mac":"00:40:8C:00:00:01","listed":true})");
+  EXPECT_EQ(Objects(result.output)[0].dump(),
+            R"({"event":"set-network","mac":"00:40:8C:00:00:01","outcome":"applied","sent":true,)"
+            R"("text":"the password cannot be read back","changes":[{"setting":"IP","before":"10.0.0.1",)"
+            R"("after":"10.0.0.7"},{"setting":"DHCP","before":"yes","after":"no"},)"
+            R"({"setting":"password","before":"hunter2","after":"n3w"}]})");
 }
 
-/// With refusing_scenario.json.
-using RefusedProgram = Program;
-TEST_F(RefusedProgram, RepeatsWhatTheServerSays) {
-  const Result result = Run("list --json");
+TEST_F(Program, ChangesManyCamerasAndKeepsTheLinesThatFailed) {
+  std::ofstream("batch.csv") << "gateway,mac,ip,dhcp\n10.0.0.254,00-40-8c-00-00-01,10.0.0.8,no\n"
+                                ",00:40:8C:00:00:02,255.255.255.255,no\n,00:40:8C:00:00:03,,yes\n";
+  const Result result = Run("set-network --from batch.csv --yes --remaining again.csv");
   EXPECT_EQ(result.code, 1);
-  EXPECT_EQ(result.output, "{\"event\":\"error\",\"error\":\"Der Server ist müde\"}\n");
-  EXPECT_EQ(result.error, "tarnfind: Der Server ist müde\n");
+  EXPECT_EQ(result.output,
+            "00:40:8C:00:00:01 applied\n"
+            "00:40:8C:00:00:02 refused: \"\" is no subnet mask; give one with --mask\n"
+            "00:40:8C:00:00:03 not found: the server's list has no such camera\n"
+            "3 cameras: 1 applied, 1 refused, 1 not found\n");
+  EXPECT_EQ(Content("again.csv"),
+            "gateway,mac,ip,dhcp\n,00:40:8C:00:00:02,255.255.255.255,no\n,00:40:8C:00:00:03,,yes\n");
+  const std::pair<std::string, std::string> mistakes[] = {
+      {"", ":1: is empty; the first line names the columns: mac, ip, mask, gateway, dhcp, user, password"},
+      {"mac,pi\n", ":1: there is no column \"pi\"; columns are mac, ip, mask, gateway, dhcp, user, password"},
+      {"ip\n", ":1: the column mac is missing"},
+      {"mac,dhcp\n00:40:8C:00:00:01,on\n", ":2: dhcp: \"on\" is neither yes nor no"},
+      {"mac,dhcp\n00:40:8C:00:00:01,yes,\n", ":2: has 3 fields where the header has 2"},
+      {"mac,dhcp\n00:40:8C:00:00:01,yes\n\n00408c000001,no\n", ":4: 00:40:8C:00:00:01 stands there twice"},
+      {"mac,user\n00:40:8C:00:00:01,\"a\"\"b\n", ":2: a quotation mark is not closed"},
+  };
+  for (const auto& [text, mistake] : mistakes) {
+    std::ofstream("bad.csv") << text;
+    const Result bad = Run("set-network --from bad.csv --yes");
+    EXPECT_EQ(bad.code, 2);
+    EXPECT_EQ(bad.error, "tarnfind: bad.csv" + mistake + "\n");
+  }
 }
 
 }  // namespace

@@ -11,6 +11,8 @@ void RunList(const Options& options, TextOutput& output);
 void RunInfo(const Options& options, TextOutput& output);
 void RunSendMac(const Options& options, TextOutput& output);
 void RunBare(const Options& options, TextOutput& output);
+void RunCheck(const Options& options, TextOutput& output);
+void RunScenario(const Options& options, TextOutput& output);
 void RunSetNetwork(const Options& options, TextOutput& output);
 void RunDecode(const Options& options, TextOutput& output);
 void RunEncode(const Options& options, TextOutput& output);

@@ -2,10 +2,8 @@
 
 #include "tools/camera_details.h"
 #include "tools/commands/commands.h"
+#include "tools/commands/receive.h"
 #include "tools/failure.h"
-#include "tools/finder_session.h"
-#include "tools/json_objects.h"
-#include "tools/platform.h"
 #include "tools/text.h"
 
 namespace tarnfind {
@@ -16,46 +14,68 @@ constexpr double kUsualSeconds = 2;
 /// How soon Ctrl-C is noticed.
 constexpr std::chrono::milliseconds kCheckInterval{100};
 
-/// The camera among the events, if it is there. Throws Failure for a picture that could not be kept.
-std::optional<CameraEvent> FindCamera(const std::vector<Event>& events, const std::string& ip) {
-  for (const Event& event : events) {
-    const auto* const picture = std::get_if<PictureEvent>(&event);
-    if (picture && !picture->error.empty()) throw Failure(picture->error);
-    const auto* const camera = std::get_if<CameraEvent>(&event);
-    if (camera && camera->kind != Tarn::CameraFinding::cekGone && camera->camera.ip == ip) return *camera;
+class Enquiry {
+ public:
+  explicit Enquiry(const Options& options) : options_(options) {}
+
+  void Take(const std::vector<Event>& events) {
+    for (const Event& event : events) {
+      if (const auto* const picture = std::get_if<PictureEvent>(&event); picture && pictureError_.empty())
+        pictureError_ = picture->error;
+      const auto* const camera = std::get_if<CameraEvent>(&event);
+      if (!camera || found_) continue;
+      const FoundCamera& seen = cameras_.Apply(*camera);
+      if (seen.IsGone() || !IsAskedFor(seen)) continue;
+      found_ = &seen;
+      kind_ = camera->kind;
+    }
   }
-  return std::nullopt;
-}
+  const FoundCamera* Found() const { return found_; }
+  Json Object() const { return CameraEventObject(*found_, kind_, cameras_, {options_.showPasswords, options_.times}); }
+  const std::string& PictureError() const { return pictureError_; }
 
-std::optional<CameraEvent> AskForCamera(const Options& options, double seconds) {
-  FinderSession session(options.library);
-  session.Watch(options.pictures);
-  session.Finder().RequestInfoByIp(Utf16FromUtf8(options.ip).c_str());
+ private:
+  bool IsAskedFor(const FoundCamera& seen) const {
+    return options_.ip.empty() ? cameras_.FindByText(options_.mac) == &seen : seen.camera.ip == options_.ip;
+  }
 
-  platform::CatchInterrupts();
-  const Clock::time_point deadline =
-      Clock::now() + std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
-  std::optional<CameraEvent> found;
-  while (!found && Clock::now() < deadline && !platform::Interrupted())
-    found = FindCamera(session.TakeUntil(std::min(deadline, Clock::now() + kCheckInterval)), options.ip);
-  return found ? found : FindCamera(session.Close(), options.ip);
-}
+  const Options& options_;
+  FoundCameras cameras_;
+  const FoundCamera* found_ = nullptr;
+  std::uint32_t kind_ = 0;
+  std::string pictureError_;
+};
 
 }  // namespace
 
 void RunInfo(const Options& options, TextOutput& output) {
-  const double seconds = options.seconds.value_or(kUsualSeconds);
-  const std::optional<CameraEvent> found = AskForCamera(options, seconds);
-  if (!found) throw Failure(fmt::format("nothing arrived about a camera at {} within {} s", options.ip, seconds));
-  if (!options.json) {
-    output.Write(CameraDetails(found->camera, found->type, options.showPasswords));
-    return;
+  const std::string& address = options.ip.empty() ? options.mac : options.ip;
+  const auto planned = *ReceivingTime(options, kUsualSeconds);
+  FinderSession session;
+  session.Connect(options.library, options.pictures);
+  session.Call("asking for " + address, [byIp = !options.ip.empty(), text = Utf16FromUtf8(address)](auto& finder) {
+    byIp ? finder.RequestInfoByIp(text.c_str()) : finder.SendMacAddress(text.c_str());
+  });
+
+  Enquiry enquiry(options);
+  const Clock::time_point start = Clock::now();
+  while (!enquiry.Found() && Clock::now() < start + planned && !platform::Interrupted())
+    enquiry.Take(session.TakeUntil(std::min(start + planned, Clock::now() + kCheckInterval)));
+  enquiry.Take(session.Close());
+  if (!enquiry.Found()) {
+    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+    throw Failure(
+        fmt::format("nothing arrived about a camera at {} within {}{}; whether the server refused the question "
+                    "cannot be known, tarnfind list shows the cameras that it knows",
+                    address, Seconds(elapsed), platform::Interrupted() ? " (interrupted)" : ""));
   }
-  output.Write(JsonLine({{"event", "camera"},
-                         {"kind", found->kind},
-                         {"type", found->type},
-                         {"camera", CameraObject(found->camera, options.showPasswords)}}));
-  output.Write(JsonLine({{"event", "summary"}, {"command", "info"}, {"ip", options.ip}, {"cameras", 1}}));
+  if (options.json) {
+    output.Write(JsonLine(enquiry.Object()));
+    output.Write(JsonLine({{"event", "summary"}, {"command", "info"}, {"address", address}, {"cameras", 1}}));
+  } else {
+    output.Write(CameraDetails(*enquiry.Found(), options.showPasswords));
+  }
+  if (!enquiry.PictureError().empty()) throw Failure(enquiry.PictureError());
 }
 
 }  // namespace tarnfind

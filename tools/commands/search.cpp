@@ -1,86 +1,196 @@
+#include <fmt/format.h>
+
 #include <cstdlib>
 
 #include "tools/commands/commands.h"
+#include "tools/commands/receive.h"
+#include "tools/event_program.h"
 #include "tools/failure.h"
-#include "tools/finder_session.h"
-#include "tools/search_view.h"
+#include "tools/text.h"
 
 namespace tarnfind {
 
 namespace {
 
 constexpr double kUsualSeconds = 5;
+constexpr double kUsualAnswerSeconds = 2;
 constexpr std::chrono::milliseconds kRefreshInterval{100};
+/// Events that arrive before the list are kept back so long, so that known cameras do not show as new ones.
+constexpr std::chrono::milliseconds kListPatience{1000};
 
 bool ColoursWanted() {
   const char* const noColour = std::getenv("NO_COLOR");
   return !noColour || !*noColour;
 }
 
-std::unique_ptr<SearchView> MakeView(const Options& options, TextOutput& output) {
-  if (options.json) return MakeJsonView(output, options.showPasswords);
+std::unique_ptr<SearchView> MakeView(const Options& options, const FoundCameras& cameras, const Json& summary,
+                                     TextOutput& output) {
+  if (options.json) return MakeJsonView(output, cameras, {options.showPasswords, options.times}, summary);
+  if (options.csv) return MakeCsvView(output, options.sort);
   // Debugger lines on the same terminal would tear the table apart.
   const bool torn = options.debugOutput && platform::IsTerminal(platform::Stream::kError);
-  if (!platform::IsTerminal(platform::Stream::kOutput) || torn) return MakePlainView(output);
-  return MakeLiveTable(output, {ColoursWanted(), platform::GetTerminalSize});
+  if (!platform::IsTerminal(platform::Stream::kOutput) || torn) return MakePlainView(output, cameras, options.times);
+  return MakeLiveTable(output, {ColoursWanted(), options.sort, platform::GetTerminalSize});
 }
 
 /// Takes events in, one after the other, and shows them.
 class Search {
  public:
-  Search(SearchView& view, std::chrono::milliseconds planned) : view_(view) { progress_.planned = planned; }
+  Search(const Options& options, const Json& summary, TextOutput& output)
+      : options_(options),
+        filtered_(!options.filters.empty()),
+        cameras_(CombinedFilter(options)),
+        view_(MakeView(options, cameras_, summary, output)),
+        program_(options.program) {}
 
-  void Take(const std::vector<Event>& events) {
-    for (const Event& event : events) std::visit([this](const auto& e) { TakeOne(e); }, event);
+  SearchProgress& Progress() { return progress_; }
+  const FoundCameras& Cameras() const { return cameras_; }
+  bool CommandReturned() const { return commandReturned_; }
+
+  void Take(std::vector<Event> events) {
+    for (Event& event : events) {
+      const bool early = !std::holds_alternative<ListedEvent>(event) && keepBack_;
+      if (early)
+        keptBack_.push_back(std::move(event));
+      else
+        std::visit([this](const auto& e) { TakeOne(e); }, event);
+    }
   }
-  void Refresh(std::chrono::milliseconds elapsed) {
-    progress_.elapsed = elapsed;
-    view_.Refresh(progress_);
+  /// Shows what was kept back; nothing is from here on.
+  void StopKeepingBack() {
+    keepBack_ = false;
+    Take(std::exchange(keptBack_, {}));
   }
-  void Finish(std::chrono::milliseconds elapsed) {
-    progress_.elapsed = elapsed;
-    view_.Finish(progress_);
+  void Refresh() {
+    if (keepBack_ && progress_.elapsed > kListPatience) StopKeepingBack();
+    view_->Refresh(progress_);
   }
-  /// Why the first picture that could not be kept was not; empty where all were.
-  const std::string& PictureError() const { return pictureError_; }
+  void Finish() {
+    StopKeepingBack();
+    view_->Finish(progress_);
+  }
+  /// Throws what went wrong beside the search.
+  void CheckPicturesAndProgram() const {
+    if (!pictureError_.empty())
+      throw Failure(
+          fmt::format("{} could not be kept; the first one: {}", Counted(lostPictures_, "picture"), pictureError_));
+    if (!program_.Error().empty()) throw Failure(program_.Error());
+  }
 
  private:
-  void TakeOne(const CameraEvent& event) { view_.ShowCamera(event, cameras_.Apply(event)); }
+  void TakeOne(const CameraEvent& event) {
+    const FoundCamera& found = cameras_.Apply(event);
+    if (!found.shown) return;
+    view_->ShowCamera(found, event.kind);
+    program_.Run(CameraEventObject(found, event.kind, cameras_, JsonOptionsOf()));
+  }
   void TakeOne(const PictureEvent& event) {
+    if (!event.error.empty()) {
+      ++lostPictures_;
+      if (pictureError_.empty()) {
+        pictureError_ = event.error;
+        platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", event.error));
+      }
+    }
+    const FoundCamera* const camera = cameras_.FindByText(event.camera);
+    if (IsHidden(camera)) return;
     ++progress_.pictures;
-    if (pictureError_.empty()) pictureError_ = event.error;
-    view_.ShowPicture(event);
+    view_->ShowPicture(event, camera);
+    program_.Run(PictureObject(event, camera, JsonOptionsOf()));
   }
   void TakeOne(const ValuesEvent& event) {
+    const FoundCamera* const camera = cameras_.FindByText(event.camera);
+    if (IsHidden(camera)) return;
     ++progress_.values;
-    view_.ShowValues(event);
+    view_->ShowValues(event, camera);
+    program_.Run(ValuesObject(event, camera, JsonOptionsOf()));
   }
+  void TakeOne(const ListedEvent& event) {
+    progress_.list = event.error.empty() ? SearchProgress::List::kArrived : SearchProgress::List::kFailed;
+    progress_.listError = event.error;
+    for (const CameraSnapshot& camera : event.cameras) {
+      const FoundCamera* const found = cameras_.ApplyListed(camera, event.at);
+      if (!found || !found->shown) continue;
+      view_->ShowCamera(*found, std::nullopt);
+      program_.Run(CameraEventObject(*found, std::nullopt, cameras_, JsonOptionsOf()));
+    }
+    StopKeepingBack();
+  }
+  void TakeOne(const ReturnedEvent&) { commandReturned_ = true; }
 
-  SearchView& view_;
+  /// With a filter, only the pictures and values of cameras that are shown are shown.
+  bool IsHidden(const FoundCamera* camera) const { return filtered_ && (!camera || !camera->shown); }
+  JsonOptions JsonOptionsOf() const { return {options_.showPasswords, options_.times}; }
+
+  const Options& options_;
+  bool filtered_;
   FoundCameras cameras_;
+  std::unique_ptr<SearchView> view_;
+  EventProgram program_;
   SearchProgress progress_{cameras_};
+  bool keepBack_ = true;
+  std::vector<Event> keptBack_;
+  bool commandReturned_ = false;
+  std::size_t lostPictures_ = 0;
   std::string pictureError_;
 };
 
 }  // namespace
 
-void RunSearch(const Options& options, TextOutput& output) {
-  const std::chrono::milliseconds planned(static_cast<std::int64_t>(options.seconds.value_or(kUsualSeconds) * 1000));
-  const std::unique_ptr<SearchView> view = MakeView(options, output);
-  Search search(*view, planned);
-  FinderSession session(options.library);
+void RunSearchWith(const SentCommand& command, double usualSeconds, const Options& options, TextOutput& output) {
+  const std::optional<std::chrono::milliseconds> planned = ReceivingTime(options, usualSeconds);
+  Search search(options, command.summary, output);
+  FinderSession session;
+  session.Connect(options.library, options.pictures);
+  session.BeginList(command.call);
 
-  platform::CatchInterrupts();
-  const Clock::time_point start = Clock::now();
-  const auto elapsed = [&] { return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start); };
-  session.Watch(options.pictures);
-  while (elapsed() < planned && !platform::Interrupted() && search.PictureError().empty()) {
-    search.Take(session.TakeUntil(std::min(start + planned, Clock::now() + kRefreshInterval)));
-    search.Refresh(elapsed());
+  SearchProgress& progress = search.Progress();
+  progress.planned = planned;
+  const Clock::time_point begin = Clock::now();
+  Clock::time_point start = begin;
+  const auto since = [](Clock::time_point time) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - time);
+  };
+  bool connected = true;
+  while ((!planned || since(start) < *planned) && !platform::Interrupted() && connected) {
+    const Clock::time_point refresh = Clock::now() + kRefreshInterval;
+    const bool returnedBefore = search.CommandReturned();
+    search.Take(session.TakeUntil(planned ? std::min(start + *planned, refresh) : refresh));
+    if (search.CommandReturned() && !returnedBefore) start = Clock::now();
+    progress.elapsed = since(begin);
+    search.Refresh();
+    connected = session.IsRegistered();
   }
+  progress.interrupted = platform::Interrupted();
   search.Take(session.Close());
-  search.Finish(elapsed());
-  if (!search.PictureError().empty()) throw Failure(search.PictureError());
+  progress.elapsed = since(begin);
+  search.Finish();
+  if (command.call && !options.json && !options.csv && search.CommandReturned()) output.Write(command.sent + '\n');
+  if (!connected) throw NoChannel(RowOf(Step::kChannel).name, "the server has ended the channel");
+  if (command.call && !search.CommandReturned())
+    throw Failure("the library had not returned from the command; whether the server took it cannot be known");
+  if (progress.list == SearchProgress::List::kFailed)
+    throw Failure("the server did not list its cameras: " + progress.listError, RowOf(Step::kList).name);
+  search.CheckPicturesAndProgram();
+  CheckExpectations(options, search.Cameras());
+}
+
+void RunSearch(const Options& options, TextOutput& output) {
+  RunSearchWith({{}, {}, {{"command", "search"}}}, kUsualSeconds, options, output);
+}
+
+void RunSendMac(const Options& options, TextOutput& output) {
+  RunSearchWith({[mac = Utf16FromUtf8(options.mac)](auto& finder) { finder.SendMacAddress(mac.c_str()); },
+                 fmt::format("Sent {}; the library does not tell whether the server took it.", options.mac),
+                 {{"command", "send-mac"}, {"mac", options.mac}}},
+                kUsualAnswerSeconds, options, output);
+}
+
+void RunBare(const Options& options, TextOutput& output) {
+  RunSearchWith({[](auto& finder) { finder.SendBareCommand(); },
+                 "Sent the bare command; the library does not tell whether the server took it.",
+                 {{"command", "bare"}}},
+                kUsualAnswerSeconds, options, output);
 }
 
 }  // namespace tarnfind

@@ -2,8 +2,13 @@
 
 #include <dlfcn.h>
 #include <iconv.h>
+#include <link.h>
+#include <poll.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -11,6 +16,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <system_error>
 
 namespace tarnfind::platform {
 
@@ -51,6 +58,55 @@ TerminalSize GetTerminalSize() {
   return {size.ws_col, size.ws_row};
 }
 
+bool IsInputTerminal() {
+  return isatty(STDIN_FILENO) != 0;
+}
+
+namespace {
+
+/// Takes the echo off until it goes.
+class SilentTerminal {
+ public:
+  SilentTerminal() {
+    if (tcgetattr(STDIN_FILENO, &before_) != 0) return;
+    termios silent = before_;
+    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    silent.c_lflag |= ECHONL;
+    taken_ = tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) == 0;
+  }
+  ~SilentTerminal() {
+    if (taken_) tcsetattr(STDIN_FILENO, TCSANOW, &before_);
+  }
+  SilentTerminal(const SilentTerminal&) = delete;
+  SilentTerminal& operator=(const SilentTerminal&) = delete;
+
+ private:
+  termios before_{};
+  bool taken_ = false;
+};
+
+}  // namespace
+
+std::optional<std::string> ReadLine(bool echo) {
+  const auto silent = echo ? nullptr : std::make_unique<SilentTerminal>();
+  std::string line;
+  for (;;) {
+    // Polling ends on Ctrl-C; reading would begin anew.
+    pollfd input = {STDIN_FILENO, POLLIN, 0};
+    constexpr int kCheckIntervalMs = 100;
+    const int ready = poll(&input, 1, kCheckIntervalMs);
+    if (Interrupted()) return std::nullopt;
+    if (ready <= 0) continue;
+    char part[256];
+    const ssize_t count = read(STDIN_FILENO, part, sizeof part);
+    if (count <= 0) return std::nullopt;
+    line.append(part, static_cast<std::size_t>(count));
+    if (!line.ends_with('\n')) continue;
+    line.pop_back();
+    return line;
+  }
+}
+
 void CatchInterrupts() {
   struct sigaction action {};
   action.sa_handler = [](int) { interrupted.store(true); };
@@ -72,13 +128,29 @@ std::string_view LibraryFileName() {
   return "libTarnCameraFinding.so";
 }
 
-void* OpenModule(const std::filesystem::path& file, std::string& error) {
+std::string_view PlatformLibraryFileName() {
+  return "libTarnDBI.so";
+}
+
+void* OpenModule(const std::filesystem::path& file, ModuleFailure& failure) {
   void* const module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module) return module;
-  error = dlerror();
-  const std::string prefix = file.string() + ": ";
-  if (error.starts_with(prefix)) error.erase(0, prefix.size());
+  // "NAME: reason", where NAME is another library's where that one is missing.
+  const std::string error = dlerror();
+  const std::size_t colon = error.find(": ");
+  const std::string name = error.substr(0, colon);
+  failure.reason = colon == std::string::npos ? error : error.substr(colon + 2);
+  if (name != file.string() && failure.reason.starts_with("cannot open shared object file")) failure.missing = name;
   return nullptr;
+}
+
+std::string LoadedModuleFile(const std::string& name) {
+  void* const module = dlopen(name.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+  if (!module) return {};
+  const link_map* map = nullptr;
+  std::string file = dlinfo(module, RTLD_DI_LINKMAP, &map) == 0 ? map->l_name : "";
+  dlclose(module);
+  return file;
 }
 
 void* FindSymbol(void* module, const char* name) {
@@ -106,8 +178,49 @@ std::string Utf8FromSystemText(const std::string& text) {
   return result;
 }
 
+ProgramResult RunProgram(const std::string& program, const std::vector<std::string>& variables,
+                         const std::string& input) {
+  const auto failed = [](int code) { return ProgramResult{0, std::generic_category().message(code)}; };
+  // A file, because a program that does not read would hold up the writer of a pipe.
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), &std::fclose);
+  if (!file || std::fwrite(input.data(), 1, input.size(), file.get()) != input.size()) return failed(errno);
+  std::rewind(file.get());
+
+  std::vector<char*> environment;
+  for (const std::string& variable : variables) environment.push_back(const_cast<char*>(variable.c_str()));
+  for (char** variable = environ; *variable; ++variable) environment.push_back(*variable);
+  environment.push_back(nullptr);
+  char* arguments[] = {const_cast<char*>(program.c_str()), nullptr};
+
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, fileno(file.get()), STDIN_FILENO);
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGPIPE);  // this process ignores it
+  posix_spawnattr_setsigdefault(&attributes, &signals);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+  pid_t child = 0;
+  const int code = posix_spawnp(&child, program.c_str(), &actions, &attributes, arguments, environment.data());
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  if (code != 0) return failed(code);
+
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0)
+    if (errno != EINTR) return failed(errno);
+  constexpr int kBySignal = 128;
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : kBySignal + WTERMSIG(status), ""};
+}
+
+void SetEnvironment(const std::string& name, const std::string& value) {
+  setenv(name.c_str(), value.c_str(), 1);
+}
+
 void ShowDebuggerLines() {
-  setenv("TARN_DEBUGGER", "stderr", 1);
+  SetEnvironment("TARN_DEBUGGER", "stderr");
 }
 
 }  // namespace tarnfind::platform

@@ -163,6 +163,28 @@ TerminalSize GetTerminalSize() {
   return {info.srWindow.Right - info.srWindow.Left + 1, info.srWindow.Bottom - info.srWindow.Top + 1};
 }
 
+bool IsInputTerminal() {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
+}
+
+std::optional<std::string> ReadLine(bool echo) {
+  const HANDLE console = GetStdHandle(STD_INPUT_HANDLE);
+  DWORD before = 0;
+  GetConsoleMode(console, &before);
+  const DWORD silent = before & ~static_cast<DWORD>(ENABLE_ECHO_INPUT);
+  SetConsoleMode(console, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT | (echo ? before : silent));
+  WCHAR line[1024];
+  DWORD units = 0;
+  const bool read = ReadConsoleW(console, line, static_cast<DWORD>(std::size(line)), &units, nullptr) && units > 0;
+  SetConsoleMode(console, before);
+  if (!echo) WriteToConsole(errorTarget.console, "\r\n");
+  if (!read || Interrupted()) return std::nullopt;
+  std::string text = Utf8(line, static_cast<int>(units));
+  text.erase(std::min(text.find_first_of("\r\n"), text.size()));
+  return text;
+}
+
 void CatchInterrupts() {
   SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
 }
@@ -185,18 +207,51 @@ std::string_view LibraryFileName() {
   return "TarnCameraFinding.dll";
 }
 
+std::string_view PlatformLibraryFileName() {
+  return "TarnDBI.dll";
+}
+
+namespace {
+
+std::string ErrorText(DWORD code) {
+  WCHAR text[512];
+  const DWORD units = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text,
+                                     static_cast<DWORD>(std::size(text)), nullptr);
+  std::string error = "error " + std::to_string(code) + (units ? ", " + Utf8(text, static_cast<int>(units)) : "");
+  error.erase(error.find_last_not_of(" .\r\n") + 1);
+  return error;
+}
+
+/// Whether a library would be found where one in `folder` looks for it.
+bool IsThere(const std::filesystem::path& folder, const std::filesystem::path& name) {
+  std::error_code unknown;
+  return std::filesystem::exists(folder / name, unknown) ||
+         SearchPathW(nullptr, name.c_str(), nullptr, 0, nullptr, nullptr) > 0;
+}
+
+}  // namespace
+
 // With a folder in its path, a library's own libraries are looked for beside it.
-void* OpenModule(const std::filesystem::path& file, std::string& error) {
+void* OpenModule(const std::filesystem::path& file, ModuleFailure& failure) {
   const HMODULE module =
       LoadLibraryExW(file.c_str(), nullptr, file.has_parent_path() ? LOAD_WITH_ALTERED_SEARCH_PATH : 0);
   if (module) return module;
   const DWORD code = GetLastError();
-  WCHAR text[512];
-  const DWORD units = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text,
-                                     static_cast<DWORD>(std::size(text)), nullptr);
-  error = "error " + std::to_string(code) + (units ? ", " + Utf8(text, static_cast<int>(units)) : "");
-  error.erase(error.find_last_not_of(" .\r\n") + 1);
+  failure.reason = ErrorText(code);
+  // The code is the same where the file itself is missing; the system does not name the one that is.
+  std::error_code unknown;
+  const std::filesystem::path platformLibrary(PlatformLibraryFileName());
+  if (code == ERROR_MOD_NOT_FOUND && std::filesystem::exists(file, unknown) &&
+      !IsThere(file.parent_path(), platformLibrary))
+    failure.missing = PlatformLibraryFileName();
   return nullptr;
+}
+
+std::string LoadedModuleFile(const std::string& name) {
+  WCHAR path[1024];
+  const HMODULE module = GetModuleHandleW(std::filesystem::path(name).c_str());
+  const DWORD units = module ? GetModuleFileNameW(module, path, static_cast<DWORD>(std::size(path))) : 0;
+  return Utf8(path, static_cast<int>(units));
 }
 
 void* FindSymbol(void* module, const char* name) {
@@ -206,6 +261,73 @@ void* FindSymbol(void* module, const char* name) {
 std::string Utf8FromSystemText(const std::string& text) {
   const std::vector<WCHAR> wide = Wide(CP_ACP, text);
   return Utf8(wide.data(), static_cast<int>(wide.size()));
+}
+
+namespace {
+
+struct CloseHandleOf {
+  void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+using OwnedHandle = std::unique_ptr<void, CloseHandleOf>;
+
+/// "NAME=value" texts, each with a NUL behind it, and one more NUL.
+std::vector<WCHAR> EnvironmentBlock(const std::vector<std::string>& variables) {
+  std::vector<WCHAR> block;
+  for (const std::string& variable : variables) {
+    const std::vector<WCHAR> wide = Wide(CP_UTF8, variable);
+    block.insert(block.end(), wide.begin(), wide.end());
+    block.push_back(L'\0');
+  }
+  WCHAR* const own = GetEnvironmentStringsW();
+  for (const WCHAR* variable = own; *variable; variable += lstrlenW(variable) + 1)
+    block.insert(block.end(), variable, variable + lstrlenW(variable) + 1);
+  FreeEnvironmentStringsW(own);
+  block.push_back(L'\0');
+  return block;
+}
+
+}  // namespace
+
+ProgramResult RunProgram(const std::string& program, const std::vector<std::string>& variables,
+                         const std::string& input) {
+  const auto failed = [] { return ProgramResult{0, ErrorText(GetLastError())}; };
+  SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+  HANDLE read = nullptr;
+  HANDLE write = nullptr;
+  // With room for all of it, so that a program that does not read holds nobody up.
+  if (!CreatePipe(&read, &write, &inherited, static_cast<DWORD>(input.size()) + 1)) return failed();
+  const OwnedHandle reader(read);
+  OwnedHandle writer(write);
+  SetHandleInformation(write, HANDLE_FLAG_INHERIT, 0);
+  DWORD written = 0;
+  if (!WriteFile(write, input.data(), static_cast<DWORD>(input.size()), &written, nullptr)) return failed();
+  writer.reset();
+
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdInput = read;
+  startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+  startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+  std::vector<WCHAR> commandLine = Wide(CP_UTF8, '"' + program + '"');
+  commandLine.push_back(L'\0');
+  std::vector<WCHAR> environment = EnvironmentBlock(variables);
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, CREATE_UNICODE_ENVIRONMENT,
+                      environment.data(), nullptr, &startup, &process))
+    return failed();
+  const OwnedHandle processHandle(process.hProcess);
+  const OwnedHandle threadHandle(process.hThread);
+  DWORD exitCode = 0;
+  if (WaitForSingleObject(process.hProcess, INFINITE) != WAIT_OBJECT_0 ||
+      !GetExitCodeProcess(process.hProcess, &exitCode))
+    return failed();
+  return {static_cast<int>(exitCode), ""};
+}
+
+void SetEnvironment(const std::string& name, const std::string& value) {
+  _wputenv_s(std::filesystem::path(std::u8string(name.begin(), name.end())).c_str(),
+             std::filesystem::path(std::u8string(value.begin(), value.end())).c_str());
 }
 
 void ShowDebuggerLines() {

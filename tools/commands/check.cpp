@@ -1,0 +1,115 @@
+/// How far the way to the server goes, step by step.
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tools/commands/commands.h"
+#include "tools/commands/receive.h"
+#include "tools/failure.h"
+#include "tools/text.h"
+
+namespace tarnfind {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr double kUsualSeconds = 2;
+constexpr milliseconds kCheckInterval{100};
+
+milliseconds Since(Clock::time_point start) {
+  return std::chrono::duration_cast<milliseconds>(Clock::now() - start);
+}
+
+/// Prints each step as it ends.
+class StepPrinter {
+ public:
+  StepPrinter(const Options& options, TextOutput& output) : json_(options.json), output_(output) {}
+
+  void PrintDone(Step step, milliseconds duration, const std::string& detail) { Print(step, "ok", duration, detail); }
+  /// Steps before the failed one that nobody has reported have succeeded; those after it were not tried.
+  void PrintFailed(const std::string& stepName, const std::string& error) {
+    while (next_ < std::size(kSteps) && kSteps[next_].name != stepName) Print(kSteps[next_].step, "ok", {}, {});
+    if (next_ < std::size(kSteps)) Print(kSteps[next_].step, "failed", {}, error);
+    while (next_ < std::size(kSteps)) Print(kSteps[next_].step, "-", {}, "not tried");
+    PrintMeaning(false, error);
+  }
+  void PrintMeaning(bool good, const std::string& meaning) {
+    if (json_)
+      output_.Write(JsonLine({{"event", "summary"}, {"command", "check"}, {"good", good}, {"meaning", meaning}}));
+    else if (good)  // what is bad stands on standard error
+      output_.Write(meaning + '\n');
+  }
+
+ private:
+  void Print(Step step, const char* result, milliseconds duration, const std::string& detail) {
+    const char* const name = RowOf(step).name;
+    output_.Write(json_ ? JsonLine({{"event", "step"},
+                                    {"step", name},
+                                    {"result", result},
+                                    {"milliseconds", duration.count()},
+                                    {"detail", detail}})
+                        : fmt::format("{:<17} {:<7} {:>6} ms{}{}\n", name, result, duration.count(),
+                                      detail.empty() ? "" : "  ", Printable(detail)));
+    next_ = static_cast<std::size_t>(step) + 1;
+  }
+
+  bool json_;
+  TextOutput& output_;
+  std::size_t next_ = 0;  ///< the first step that is not printed yet
+};
+
+/// Asks about a camera that the server knows, so that an answer is due.
+void AskAbout(const CameraSnapshot& camera, FinderSession& session) {
+  const bool byIp = !camera.ip.empty();
+  session.Call(RowOf(Step::kAnswer).doing, [byIp, text = Utf16FromUtf8(byIp ? camera.ip : camera.mac)](auto& finder) {
+    byIp ? finder.RequestInfoByIp(text.c_str()) : finder.SendMacAddress(text.c_str());
+  });
+}
+
+bool AnythingArrives(FinderSession& session, milliseconds planned) {
+  const Clock::time_point deadline = Clock::now() + planned;
+  while (Clock::now() < deadline && !platform::Interrupted())
+    if (!session.TakeUntil(std::min(deadline, Clock::now() + kCheckInterval)).empty()) return true;
+  return false;
+}
+
+}  // namespace
+
+void RunCheck(const Options& options, TextOutput& output) {
+  StepPrinter printer(options, output);
+  FinderSession session;
+  try {
+    session.Connect(options.library, {}, [&](Step step, milliseconds took, const std::string& detail) {
+      printer.PrintDone(step, took, detail);
+    });
+    const Clock::time_point listing = Clock::now();
+    const std::vector<CameraSnapshot> cameras = session.List().cameras;
+    printer.PrintDone(Step::kList, Since(listing), Counted(cameras.size(), "camera"));
+
+    const Clock::time_point asking = Clock::now();
+    if (!cameras.empty()) AskAbout(cameras.front(), session);
+    const milliseconds planned = *ReceivingTime(options, kUsualSeconds);
+    if (AnythingArrives(session, planned)) {
+      printer.PrintDone(Step::kAnswer, Since(asking), "the server sends");
+      printer.PrintMeaning(true, fmt::format("The server answers. It knows {}.", Counted(cameras.size(), "camera")));
+    } else if (platform::Interrupted()) {
+      throw Failure("interrupted while waiting for an answer", RowOf(Step::kAnswer).name);
+    } else if (cameras.empty()) {
+      printer.PrintDone(Step::kAnswer, Since(asking), "nothing arrived, and nothing was due");
+      printer.PrintMeaning(
+          true, fmt::format("The channel is open. {}; nothing arrived within {}.", kEmptyList, Seconds(planned)));
+    } else {
+      throw Failure(
+          fmt::format("the channel is open and the list arrives, but the server sent nothing within {} when it "
+                      "was asked about {}; it may have refused the callback or the question without a word",
+                      Seconds(planned), Printable(cameras.front().mac)),
+          RowOf(Step::kAnswer).name);
+    }
+  } catch (const CommandError& error) {
+    printer.PrintFailed(error.Step(), error.what());
+    throw;
+  }
+}
+
+}  // namespace tarnfind

@@ -1,0 +1,33 @@
+/// What the commands share that show cameras.
+#pragma once
+
+#include <cstddef>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "tools/finder_session.h"
+#include "tools/options.h"
+#include "tools/search_view.h"
+
+namespace tarnfind {
+
+/// The time that a command receives: what --for says, else `usual`; empty with --watch.
+std::optional<std::chrono::milliseconds> ReceivingTime(const Options& options, double usual);
+
+/// Whether a camera passes all filters.
+FoundCameras::Filter CombinedFilter(const Options& options);
+
+/// Throws Missed where --expect or --expect-mac is not met by the cameras that are shown and have not gone.
+void CheckExpectations(const Options& options, const FoundCameras& cameras);
+
+/// A command of the finder that a search sends when it has begun.
+struct SentCommand {
+  FinderSession::FinderCall call;
+  std::string sent;  ///< what is said of it afterwards
+  Json summary;      ///< its first keys in JSON
+};
+/// Searches, and sends the command once the server's list has arrived. The time begins when the library has returned
+/// from it. usualSeconds: where --for is not given.
+void RunSearchWith(const SentCommand& command, double usualSeconds, const Options& options, TextOutput& output);
+
+}  // namespace tarnfind
