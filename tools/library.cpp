@@ -45,7 +45,8 @@ std::string Utf8Of(const std::filesystem::path& path) {
 [[noreturn]] void RefuseUnloaded(const std::filesystem::path& path, const platform::ModuleFailure& failure) {
   std::error_code unknown;
   const std::string file = Utf8Of(path);
-  if (failure.missing.empty() && !std::filesystem::exists(path, unknown))
+  // A bare name was looked for where the system looks, not in this folder.
+  if (failure.missing.empty() && (!path.has_parent_path() || !std::filesystem::exists(path, unknown)))
     Refuse(Step::kLibrary,
            fmt::format("the finder library {} is missing ({}); put it beside tarnfind, or name its file "
                        "with --library PATH",

@@ -72,8 +72,7 @@ class Search {
   /// Throws what went wrong beside the search.
   void CheckPicturesAndProgram() const {
     if (!pictureError_.empty())
-      throw Failure(
-          fmt::format("{} could not be kept; the first one: {}", Counted(lostPictures_, "picture"), pictureError_));
+      throw Failure(Counted(lostPictures_, "picture") + " could not be kept");  // the reason was told at once
     if (!program_.Error().empty()) throw Failure(program_.Error());
   }
 
