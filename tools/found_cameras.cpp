@@ -99,18 +99,27 @@ const FoundCamera& FoundCameras::Apply(const CameraEvent& event) {
 const FoundCamera* FoundCameras::ApplyListed(const CameraSnapshot& camera, WallTime at) {
   const auto [entry, added] = BeginChange(camera, at);
   FoundCamera& found = *entry;
-  const bool twice = found.listed;
+  const bool twice = found.listedWhole;
   const bool completes = !twice && found.camera.told < camera.told;
   if (twice) {
     found.listedTwiceAt = camera.ip;
   } else {
-    found.listed = true;
+    found.listed = found.listedWhole = true;
     if (completes) found.camera = Merge(camera, found.camera);
     if (!found.typeKnown && camera.type != 0) TakeType(found, camera.type, camera.told);
     if (added) found.lastChange = found.lastNews = Change::kKnown;
   }
   EndChange(found);
   return added || completes || twice ? &found : nullptr;
+}
+
+void FoundCameras::MarkListed(const CameraSnapshot& camera, WallTime at) {
+  CameraSnapshot address = camera;
+  address.told = Told::kMac;
+  const auto [entry, added] = BeginChange(address, at);
+  entry->listed = true;
+  if (added) entry->lastChange = entry->lastNews = Change::kKnown;
+  EndChange(*entry);
 }
 
 std::vector<const FoundCamera*> FoundCameras::Latest(std::size_t most) const {

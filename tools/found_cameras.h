@@ -40,7 +40,8 @@ struct FoundCamera {
   CameraSnapshot camera;  ///< what all messages together have told
   std::int32_t type = 0;
   bool typeKnown = false;
-  bool listed = false;  ///< the server knew it when the search began
+  bool listed = false;       ///< the server knew it when the search began
+  bool listedWhole = false;  ///< and what its list tells has been taken in
   bool everChanged = false;
   bool shown = true;  ///< passes the filter
   Change lastChange = Change::kNew;
@@ -71,9 +72,12 @@ class FoundCameras {
   /// Takes the event in. A camera is known by its MAC address in any spelling; those without one ("UNKNOWN") by their
   /// IP address too. One that has gone keeps what was known of it, and is new when it comes again.
   const FoundCamera& Apply(const CameraEvent& event);
-  /// Takes in a camera that the server listed when the search began. Events count more: they came later. Null where the
-  /// list tells nothing new.
+  /// Takes in a camera that the server listed when the search began. Events count more, because they came later: what
+  /// they have told stays, and the list completes it. Null where the list tells nothing new.
   const FoundCamera* ApplyListed(const CameraSnapshot& camera, WallTime at);
+  /// Takes in that the server listed a camera, and nothing else of it, because an event that is still to be applied
+  /// tells the rest. ApplyListed may follow that event.
+  void MarkListed(const CameraSnapshot& camera, WallTime at);
 
   std::size_t Size() const { return shown_.size() + hidden_.size(); }
   /// Of all cameras.

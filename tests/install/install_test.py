@@ -26,7 +26,7 @@ PREFIX = os.path.join(WORK, "moved here")  # with a blank, and not where it was 
 EXAMPLES = os.path.join(PREFIX, "share/doc/tarn-camera-finding/examples")
 EXE, LIBRARIES, LIBRARY = (".exe", "bin", "Tarn{}.dll") if A.windows else ("", "lib", "libTarn{}.so")
 WARNINGS = "-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror"
-CAMERA = r"(?m)^(listed|camera|\+) +00:40:8C:[0-9A-F:]{8} "
+CAMERA = r"(?m)^(listed|camera|[.+]) +00:40:8C:[0-9A-F:]{8} "
 
 
 def need(*programs):

@@ -28,7 +28,7 @@ def check_output():
         scenario = json.load(file)
     functions = ["TarnServer_CreateLiveStream", "TarnLiveStream_Open", "TarnLiveStream_SetGenericDataCallback",
                  "TarnLiveStream_SendSynchDSPCommand"]
-    commands = ["search --for 0.2", f"search --for 0.2 --times --pictures {folder}", "list --expect 9", "list --nothing",
+    commands = ["search --for 1", f"search --for 1 --times --pictures {folder}", "list --expect 9", "list --nothing",
                 "info 10.0.0.1 --for 0.2", "check --for 0.2", "send-mac 00408c000001 --for 0.1", "bare --for 0.1",
                 "set-network 00408c000001 --static --yes --for 0.1", "scenario check SCENARIO"]
     for fault in [[]] + [[{"function": f, "call": 1, "error": e}] for f in functions for e in (True, False)]:

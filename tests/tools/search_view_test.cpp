@@ -94,6 +94,10 @@ TEST(FoundCameras, AListAfterTheEventsCompletesWithoutOverriding) {
   EXPECT_EQ(cameras.ApplyListed(Camera("B", "10.0.0.1"), {}), nullptr);
   EXPECT_EQ(cameras.FindByText("B")->camera.ip, "10.0.0.3");
   EXPECT_EQ(cameras.Shown().size(), 2U);
+  cameras.MarkListed(Camera("C"), {});  // its event waits
+  EXPECT_EQ(cameras.Apply(Event(0, Camera("C", "10.0.0.4"))).lastChange, Change::kSame);
+  EXPECT_EQ(cameras.ApplyListed(Camera("C", "10.0.0.5"), {}), nullptr);
+  EXPECT_EQ(cameras.FindByText("C")->camera.ip, "10.0.0.4");
 }
 
 class Text final : public TextOutput {

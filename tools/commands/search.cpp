@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <cstdlib>
+#include <unordered_set>
 
 #include "tools/commands/commands.h"
 #include "tools/commands/receive.h"
@@ -107,13 +108,25 @@ class Search {
   void TakeOne(const ListedEvent& event) {
     progress_.list = event.error.empty() ? SearchProgress::List::kArrived : SearchProgress::List::kFailed;
     progress_.listError = event.error;
-    for (const CameraSnapshot& camera : event.cameras) {
-      const FoundCamera* const found = cameras_.ApplyListed(camera, event.at);
-      if (!found || !found->shown) continue;
-      view_->ShowCamera(*found, std::nullopt);
-      program_.Run(CameraEventObject(*found, std::nullopt, cameras_, JsonOptionsOf()));
-    }
+    // Which is newer, the list or an event that is kept back, cannot be known; but the events are in their order.
+    const std::unordered_set<std::string> awaited = AddressesKeptBack();
+    for (const CameraSnapshot& camera : event.cameras)
+      awaited.contains(camera.mac) ? cameras_.MarkListed(camera, event.at) : TakeListed(camera, event.at);
     StopKeepingBack();
+    for (const CameraSnapshot& camera : event.cameras)
+      if (awaited.contains(camera.mac)) TakeListed(camera, event.at);
+  }
+  void TakeListed(const CameraSnapshot& camera, WallTime at) {
+    const FoundCamera* const found = cameras_.ApplyListed(camera, at);
+    if (!found || !found->shown) return;
+    view_->ShowCamera(*found, std::nullopt);
+    program_.Run(CameraEventObject(*found, std::nullopt, cameras_, JsonOptionsOf()));
+  }
+  std::unordered_set<std::string> AddressesKeptBack() const {
+    std::unordered_set<std::string> addresses;
+    for (const Event& event : keptBack_)
+      if (const auto* const camera = std::get_if<CameraEvent>(&event)) addresses.insert(camera->camera.mac);
+    return addresses;
   }
   void TakeOne(const ReturnedEvent&) { commandReturned_ = true; }
 
