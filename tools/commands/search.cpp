@@ -74,7 +74,7 @@ class Search {
   void CheckPicturesAndProgram() const {
     if (!pictureError_.empty())
       throw Failure(Counted(lostPictures_, "picture") + " could not be kept");  // the reason was told at once
-    if (!program_.Error().empty()) throw Failure(program_.Error());
+    if (!program_.Error().empty()) throw Failure("the program of --exec did not do its work");  // told at once, too
   }
 
  private:

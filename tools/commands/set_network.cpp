@@ -161,7 +161,8 @@ bool IsAgreed(const std::vector<Plan>& plans, const Options& options) {
     if (plan.settled) continue;
     question += fmt::format("{} {}\n", plan.change.mac, Printable(plan.before.model));
     for (const Difference& d : Differences(plan.before, plan.wanted, options.showPasswords))
-      question += fmt::format("  {:<9} {} -> {}\n", d.label, d.before, d.after);
+      question += d.before == d.after ? fmt::format("  {:<9} another one\n", d.label)  // both are hidden
+                                      : fmt::format("  {:<9} {} -> {}\n", d.label, d.before, d.after);
   }
   if (question.empty()) return true;
   platform::Write(platform::Stream::kError, question);
