@@ -243,7 +243,7 @@ TEST(TimeZones, TellTheBiasInForce) {
   const auto in2025 = Zone(-60, {2025, 10, 0, 26, 3, 0, 0, 0}, {2025, 3, 0, 30, 2, 0, 0, 0});
   EXPECT_EQ(BiasAt(static_cast<std::uint64_t>(Milliseconds(u"2024-12-31 23:30")), in2025), -60) << "2025 there";
 
-  const auto localChange = [](const platform::TimeZoneInformation& zone, std::u16string_view local) {
+  const auto localChange = [](const auto& zone, std::u16string_view local) {
     return std::pair<int, int>(BiasAtLocal(Milliseconds(local) - 1, zone), BiasAtLocal(Milliseconds(local), zone));
   };
   EXPECT_EQ(BiasAtLocal(0, Zone(30, {}, {})), 30);

@@ -1,5 +1,5 @@
 /// Programs that end in the middle of everything: while blocks are pushed and refused, cameras delivered and commands
-/// sent on several threads. TARN_EXIT_ROUNDS programs are started, 40 unless set.
+/// sent on several threads. TARN_EXIT_ROUNDS programs are started, 30 unless set.
 #include <chrono>
 #include <cstdlib>
 #include <thread>
@@ -48,7 +48,7 @@ struct Running {
 TEST(ExitDeathTest, InTheMiddleOfEverythingIsAsCleanAsAnyOther) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const char* const asked = std::getenv("TARN_EXIT_ROUNDS");
-  const int rounds = asked ? std::atoi(asked) : 40;
+  const int rounds = asked ? std::atoi(asked) : 30;
   for (int round = 0; round < rounds; ++round) {
     EXPECT_EXIT(EndInTheMiddle(round), testing::ExitedWithCode(0), "^$") << "round " << round;
   }
