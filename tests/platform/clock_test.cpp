@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -35,7 +36,10 @@ TEST(Calendar, ConvertsBothWaysOnEveryDayOfFourCenturies) {
   ExpectSame({30827, 12, 5, 31, 23, 59, 59, 999}, 9223149887999990000);
   FileTime fileTime{};
   SystemTime time{};
-  EXPECT_FALSE(SystemTimeToFileTime({2023, 13, 0, 1, 0, 0, 0, 0}, &fileTime));
+  const SystemTime bad[] = {{2023, 13, 0, 1, 0, 0, 0, 0},  {1600, 12, 0, 31, 0, 0, 0, 0}, {2023, 1, 0, 1, 24, 0, 0, 0},
+                            {2023, 1, 0, 1, 0, 60, 0, 0},  {2023, 1, 0, 1, 0, 0, 60, 0},  {2023, 1, 0, 0, 0, 0, 0, 0},
+                            {2023, 1, 0, 1, 0, 0, 0, 1000}};
+  for (const SystemTime& row : bad) EXPECT_FALSE(SystemTimeToFileTime(row, &fileTime)) << &row - bad;
   EXPECT_FALSE(FileTimeToSystemTime({0, 0x80000000}, &time));
   constexpr std::uint16_t kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   std::int64_t day = 0;
@@ -48,6 +52,20 @@ TEST(Calendar, ConvertsBothWaysOnEveryDayOfFourCenturies) {
         if (HasFatalFailure()) return;
       }
     }
+}
+
+/// The tests run with TZ naming UTC.
+TEST(Clock, TellsTheTimeOfTheStandardLibrary) {
+  SystemTime local{};
+  FileTime system{}, fromLocal{};
+  const std::chrono::duration<double> now = std::chrono::system_clock::now().time_since_epoch();
+  GetSystemTimeAsFileTime(&system);
+  GetLocalTime(&local);
+  ASSERT_TRUE(SystemTimeToFileTime(local, &fromLocal));
+  for (const FileTime& time : {system, fromLocal}) {
+    const auto intervals = static_cast<std::int64_t>(time.high) << 32 | time.low;
+    EXPECT_NEAR(static_cast<double>(intervals - 116444736000000000) / 1e7, now.count(), 0.5);
+  }
 }
 
 /// The tests run with LC_ALL naming a locale without a user.

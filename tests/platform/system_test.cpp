@@ -2,11 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/accounts.h"
 #include "platform/com.h"
+#include "platform/critical_section.h"
 #include "platform/error_codes.h"
 #include "platform/errors.h"
 #include "platform/modules.h"
@@ -23,6 +26,23 @@ TEST(Errors, SystemTextEndsWithALineEnd) {
   ASSERT_GT(units, 2U);
   EXPECT_TRUE(std::u16string(text, units).ends_with(u"\r\n"));
   LocalFree(text);
+  EXPECT_EQ(FormatMessageW(0xDEADBEEF, &text), 0U);
+  EXPECT_EQ(GetLastError(), ERROR_MR_MID_NOT_FOUND);
+}
+
+TEST(CriticalSection, ItsThreadEntersAgainAndNoOther) {
+  CriticalSection section(10);
+  int count = 0;
+  const auto add = [&] {
+    for (int i = 0; i < 10000; ++i) {
+      const std::lock_guard outer(section), inner(section);
+      ++count;
+    }
+  };
+  std::thread other(add);
+  add();
+  other.join();
+  EXPECT_EQ(count, 20000);
 }
 
 TEST(Bstr, LengthStandsBeforeTheText) {
@@ -31,6 +51,8 @@ TEST(Bstr, LengthStandsBeforeTheText) {
   std::memcpy(&length, reinterpret_cast<char*>(text) - 4, 4);
   EXPECT_EQ(length, 3U);
   EXPECT_EQ(std::memcmp(text, "abc\0\0", 5), 0);
+  EXPECT_EQ(SysStringByteLen(text), 3U);
+  EXPECT_EQ(SysStringByteLen(nullptr), 0U);
   SysFreeString(text);
   EXPECT_EQ(SysAllocString(nullptr), nullptr);
 }
@@ -43,11 +65,16 @@ TEST(Modules, OwnFileNameIsCutToTheRoom) {
   char16_t small[8];
   EXPECT_EQ(GetModuleFileNameW(nullptr, small, 8), 8U);
   EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+  GetModuleFileNameW(nullptr, path, 1024);
+  EXPECT_EQ(std::u16string(small, 7), std::u16string(path, 7));
 }
 
 TEST(Modules, SocketLibraryIsFoundInTheSystemDirectoryAndByItsName) {
   char16_t directory[260];
-  ASSERT_GT(GetSystemDirectoryW(directory, 260), 0U);
+  const std::uint32_t length = GetSystemDirectoryW(directory, 260);
+  ASSERT_EQ(std::u16string(directory).size(), length);
+  EXPECT_EQ(GetSystemDirectoryW(directory + length, 2), length + 1) << "the room needed";
+  directory[length] = u'\0';
   const ModuleHandle module = LoadLibraryExW((std::u16string(directory) + u"\\ws2_32.dll").c_str(), 0);
   ASSERT_NE(module, nullptr);
   EXPECT_EQ(GetModuleHandleW(u"Ws2_32"), module);
@@ -69,11 +96,18 @@ TEST(Accounts, CurrentUserHasASecurityIdentifier) {
   ASSERT_TRUE(GetUserNameExSamCompatible(user, &units));
   EXPECT_NE(std::u16string(user).find(u'\\'), std::u16string::npos);
 
+  std::uint32_t needed = 2;
+  EXPECT_FALSE(GetUserNameExSamCompatible(user + 200, &needed));
+  EXPECT_EQ(GetLastError(), ERROR_MORE_DATA);
+  EXPECT_EQ(needed, units + 1);
+
   std::uint32_t sidBytes = 0, domainUnits = 0;
   EXPECT_FALSE(LookupAccountNameW(user, nullptr, &sidBytes, nullptr, &domainUnits));
   EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
   std::vector<std::uint8_t> sid(sidBytes);
   std::u16string domain(domainUnits, u'\0');
+  --domainUnits;
+  EXPECT_FALSE(LookupAccountNameW(user, sid.data(), &sidBytes, domain.data(), &domainUnits));
   ASSERT_TRUE(LookupAccountNameW(user, sid.data(), &sidBytes, domain.data(), &domainUnits));
   EXPECT_EQ(sid.at(0), 1) << "revision";
   EXPECT_EQ(sidBytes, 8U + 4U * sid.at(1));

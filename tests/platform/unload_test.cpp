@@ -32,6 +32,7 @@ TEST(Unload, LeavesNoWorkerInTheModulesCode) {
     std::thread other([module] { EXPECT_EQ(Function(module)(5), 5); });
     EXPECT_EQ(Function(module)(5), 5);
     other.join();
+    EXPECT_EQ(GetModuleHandleW(path.c_str()), module) << "which is not counted";
     ASSERT_TRUE(FreeLibrary(module));
     ASSERT_EQ(GetModuleHandleW(path.c_str()), nullptr) << "it must really be gone";
   }

@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "platform/sockets.h"
+
 static int outcome = 0;
 
 /// The resolver of this program: the name and an address twice, or a failure.
@@ -42,4 +44,10 @@ TEST(AddressInfo, EntriesAreCopiedAndFailuresAreThoseOfWindows) {
     EXPECT_EQ(platform::GetAddrInfoW(nullptr, nullptr, &hints, &list), socketError);
     EXPECT_EQ(list, nullptr);
   }
+}
+
+TEST(Sockets, StopsAreCounted) {
+  EXPECT_EQ(platform::WSAStartup(), 0);
+  EXPECT_EQ(platform::WSACleanup(), 0);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(platform::WSACleanup(), 10093);
 }

@@ -45,9 +45,11 @@ TEST(TimeZones, RulesKeepTheirFormInEveryYear) {
       {"CET-1CEST,M3.5.0,M10.5.0/3", -60, -60, {0, 10, 0, 5, 3, 0, 0, 0}, {0, 3, 0, 5, 2, 0, 0, 0}},
       {"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", -630, -30, {0, 4, 0, 1, 2, 0, 0, 0}, {0, 10, 0, 1, 2, 0, 0, 0}},
   };
+  TimeZoneCache cache;
   for (const auto& row : rows) {
     setenv("TZ", row.setting, 1);
     tzset();
+    EXPECT_EQ(cache.Get(1000000000).rules.bias, row.bias) << "what is kept belongs to another setting";
     for (std::time_t now = 1000000000; now < 1000000000 + 30LL * 31556952; now += 31556952) {
       const TimeZoneInformation rules = TimeZonePeriodAt(now).rules;
       EXPECT_EQ(rules.bias, row.bias) << now;
