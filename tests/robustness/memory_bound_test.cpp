@@ -3,92 +3,17 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <string>
+#include <string_view>
 
-#include "base/base64.h"
 #include "base/exception_history.h"
 #include "fakes/counting_allocator.h"
-#include "protocol/record_wire.h"
+#include "robustness/worst_messages.h"
 #include "wizard/finder_library.h"
 
 namespace wizard {
 namespace {
 
-using namespace std::string_literals;
-
-/// A little-endian number of at most 8 bytes.
-std::string Number(std::uint64_t value, int bytes) {
-  std::string text;
-  for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> 8 * i);
-  return text;
-}
-
-/// About that many bytes of one piece.
-std::string Repeated(const std::string& piece, std::size_t size) {
-  std::string pieces;
-  for (std::size_t i = 0; i < size / piece.size(); ++i) pieces += piece;
-  return pieces;
-}
-
-std::string Counted(const std::string& piece, std::size_t size) {
-  return Number(size / piece.size(), 4) + Repeated(piece, size);
-}
-
-const std::string kUnnamed = "VLIS\0\0"s;
-const std::string kEmptyRecord = kUnnamed + Number(0, 4);
-const std::string kCameraChunk = Number(1, 4) + Number(0, 8);
-
-/// A record with one entry: a list of records, or of texts, with these elements.
-std::string RecordOf(const std::string& key, const std::string& element, std::size_t size) {
-  const std::string list = Number(Tarn::CameraFinding::ListMarker, 4) + Counted(element, size);
-  const std::string name = "\x0B" + Number(key.size() + 1, 4) + key + '\0';
-  return kUnnamed + Number(1, 4) + name + '\x0D' + Number(list.size(), 4) + list;
-}
-
-std::string BlockOfEntries(const std::string& entry, std::size_t size) {
-  return kCameraChunk + kUnnamed + Counted(entry, size);
-}
-
-/// A list as the server answers it: base64 in UTF-16, behind its tag and length.
-std::string ReplyOf(const std::string& list) {
-  std::string units;
-  for (const char character : Kestrel::Base64Encode(list.data(), list.size())) units += {character, '\0'};
-  return '\x0C' + Number(units.size() + 2, 4) + units + "\0\0"s;
-}
-
-constexpr std::uint32_t kReply = 0;  ///< in place of a block's type: the answer to the list command
-
-struct GeneratorRow {
-  const char* name;
-  std::uint32_t messageType;
-  std::string (*make)(std::size_t size);
-};
-
-const GeneratorRow kGenerators[] = {
-    {"SmallestEntries", 3, [](std::size_t n) { return BlockOfEntries("\0\0\0\0"s, n); }},
-    {"EntriesOfOneByte", 3, [](std::size_t n) { return BlockOfEntries("\0\0\x0D\1\0\0\0\7"s, n); }},
-    {"NamesOfLongDigits", 3,  // 1e308
-     [](std::size_t n) { return BlockOfEntries("\x0A\xA0\xC8\xEB\x85\xF3\xCC\xE1\x7F\0\0"s, n); }},
-    {"EmptyRecords", 3, [](std::size_t n) { return kCameraChunk + RecordOf("CAMERAINFOLIST", kEmptyRecord, n); }},
-    {"EmptyTexts", 3,
-     [](std::size_t n) {
-       const std::string record = RecordOf("NI2", kEmptyRecord, n);
-       return kCameraChunk + RecordOf("CAMERAINFOLIST", record, record.size());
-     }},
-    {"ACountThatLies", 3,
-     [](std::size_t n) { return kCameraChunk + kUnnamed + Number(~0U, 4) + std::string(n, '\0'); }},
-    {"ManyChunks", 7, [](std::size_t n) { return Repeated(Number(10, 4) + Number(0, 8) + Number(0, 2), n); }},
-    {"ManySingleValues", 2,
-     [](std::size_t n) {
-       return Repeated(Number(7, 4) + Number(24, 8) + Number(1, 8) + Number(8, 8) + Number(1, 8), n);
-     }},
-    {"ReplyOfSmallestEntries", kReply, [](std::size_t n) { return ReplyOf(kUnnamed + Counted("\0\0\0\0"s, n)); }},
-    {"ReplyOfEmptyRecords", kReply, [](std::size_t n) { return ReplyOf(RecordOf("CAMERAINFOLIST", kEmptyRecord, n)); }},
-    {"BinaryAsText", 1,
-     [](std::size_t n) { return Number(5, 4) + Number(0, 8) + '\x0D' + Number(n, 4) + std::string(n, 'x'); }},
-};
-
-class MemoryBound : public WizardTest, public testing::WithParamInterface<GeneratorRow> {
+class MemoryBound : public WizardTest, public testing::WithParamInterface<WorstMessage> {
  protected:
   MemoryBound() { finder_->SetNewCameraDataCallback(&callback_); }
   void TearDown() override {
@@ -96,18 +21,7 @@ class MemoryBound : public WizardTest, public testing::WithParamInterface<Genera
     WizardTest::TearDown();
   }
 
-  static Bytes MessageOf(std::size_t size) {
-    const std::string text = GetParam().make(size);
-    return Bytes(text.begin(), text.end());
-  }
-  void Send(const Bytes& message) {
-    if (GetParam().messageType != kReply) {
-      dbi.Push(GetParam().messageType, message);
-      return;
-    }
-    dbi.SetReply(message);
-    finder_->ListFoundCameras(nullptr);
-  }
+  void Send(const Bytes& message) { GetParam().Send(dbi, finder_, message); }
   /// The shortest of some runs.
   double SecondsFor(const Bytes& message) {
     double shortest = 1e9;
@@ -128,7 +42,7 @@ TEST_P(MemoryBound, IsKeptAndAllocationsGrowWithTheLength) {
   std::int64_t allocationsBefore = 0;
   for (const std::size_t size : {4096U, 65536U, 131072U, 262144U, 1048576U}) {
     SCOPED_TRACE(size);
-    const Bytes message = MessageOf(size);
+    const Bytes message = GetParam().OfSize(size);
     const std::int64_t held = fakes::GetHeapUse().bytes, allocationsSoFar = fakes::CountAllocations();
     fakes::ResetHeapPeak();
     Send(message);
@@ -140,7 +54,7 @@ TEST_P(MemoryBound, IsKeptAndAllocationsGrowWithTheLength) {
     allocationsBefore = allocations;
   }
   std::printf("twice the length takes %.2f times as long\n",
-              SecondsFor(MessageOf(524288)) / SecondsFor(MessageOf(262144)));
+              SecondsFor(GetParam().OfSize(524288)) / SecondsFor(GetParam().OfSize(262144)));
 }
 
 /// 512 exceptions with a text that the server chose: the history, which the library makes at its load, keeps a part.
@@ -148,10 +62,8 @@ TEST_F(WizardTest, LongTextsOfRefusedBlocksDoNotStay) {
   const auto finder = MakeFinderBy(GetFindingInterface);
   CountingCallback callback;
   finder->SetNewCameraDataCallback(&callback);
-  const std::string record = kUnnamed + Number(1, 4) + "\x0B" + Number(4, 4) + "ICB\0\x0B"s + Number((1 << 16) + 1, 4) +
-                             std::string(1 << 16, 'x') + '\0';
-  const std::string text = kCameraChunk + RecordOf("CAMERAINFOLIST", record, record.size());
-  const Bytes block(text.begin(), text.end());
+  const auto worst = std::ranges::find(kWorstMessages, std::string_view("NumberIsAText"), &WorstMessage::name);
+  const Bytes block = worst->OfSize(1 << 16);
   dbi.Push(3, block);  // fills the pool of buffers
   const Kestrel::ExceptionHistory history;
   const std::int64_t before = fakes::GetHeapUse().bytes;
@@ -160,7 +72,7 @@ TEST_F(WizardTest, LongTextsOfRefusedBlocksDoNotStay) {
   EXPECT_LE(fakes::GetHeapUse().bytes - before, static_cast<std::int64_t>(Kestrel::ExceptionHistory::kMostBytes));
 }
 
-INSTANTIATE_TEST_SUITE_P(Worst, MemoryBound, testing::ValuesIn(kGenerators),
+INSTANTIATE_TEST_SUITE_P(Worst, MemoryBound, testing::ValuesIn(kWorstMessages),
                          [](const auto& row) { return row.param.name; });
 
 }  // namespace
