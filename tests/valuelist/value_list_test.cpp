@@ -148,6 +148,25 @@ TEST(ValueListGet, TakesTheFirstOfANameAndLeavesTheOutputWithoutOne) {
   EXPECT_TRUE(list.GetName() == "10" && list.GetEntries().empty());
 }
 
+TEST(WideString, IsReadFromARecordOfAnyType) {
+  // a record, what follows it, and the text or the error
+  for (const auto& [record, unread, text, error] :
+       {std::tuple("0C 06000000 6100 6200 FFFF"s, 0u, u"ab"s, ""s),
+        std::tuple("0C 07000000 6100 6200 0000 FF"s, 0u, u"ab"s, ""s),
+        std::tuple("0C 02000000 0000 FF"s, 1u, u""s, ""s),
+        std::tuple("0C 01000000 0000"s, 2u, u"before"s, std::string(kTooFewBytes)),
+        std::tuple("0C 04000000 6100 00"s, 3u, u"before"s, std::string(kTooFewBytes)),
+        std::tuple("0B 03000000 C3A4 00"s, 0u, u"\u00E4"s, ""s), std::tuple("06 2A000000"s, 0u, u"42"s, ""s),
+        std::tuple("15 00"s, 1u, u"before"s, std::string(kInvalidType))}) {
+    SCOPED_TRACE(record);
+    const auto buffer = Holding(Hex(record));
+    std::u16string read = u"before";
+    EXPECT_EQ(ErrorOf([&] { ReadWideString(*buffer, read); }), error);
+    EXPECT_EQ(read, text);
+    EXPECT_EQ(buffer->GetUnreadLength(), unread);
+  }
+}
+
 TEST(ValueListFromText, ReadsWhatStandsBeforeTheFirstForeignCharacter) {
   const std::u16string text = kExampleText;
   const std::string empty = kUnnamed + "00000000", first = kUnnamed + "01000000 0B 04000000 434D4400 06 06000000";

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
@@ -45,6 +46,7 @@ TEST(VariantText, IsWrittenInTheFormOfTheType) {
                                                   {Variant(u"\u00E4\0b"s), "\u00E4"},
                                                   {Variant(static_cast<unsigned char>(200)), "200"},
                                                   {Variant(BlobPtr()), "blobptr 00000000000000000"},
+                                                  {Variant(BlobPtr(nullptr, 0x100000005)), "blobptr 50000000000000000"},
                                                   {Variant(-kNan), "-nan(ind)"},
                                                   {Variant(0.05), "5.e-002"},
                                                   {Variant(123456.0), "123456."},
@@ -54,6 +56,13 @@ TEST(VariantText, IsWrittenInTheFormOfTheType) {
                                                   {Variant(kNan), "nan"},
                                                   {Variant(5e-324), "4.94065645841247e-324"}};
   for (const auto& [value, text] : rows) EXPECT_EQ(TextOrError([&value = value] { return value.ToString(); }), text);
+}
+
+TEST(VariantText, OfTextAndBytesTellsThatMemoryIsMissing) {
+  for (const Variant& value : {Variant(std::string(100, 'x')), Variant(BlobPtr())}) {
+    const fakes::FailingAllocation failing(1);
+    EXPECT_THROW(value.ToString(), std::bad_alloc);
+  }
 }
 
 TEST(VariantText, IsReadByTheRuleOfTheType) {
@@ -92,14 +101,17 @@ TEST(VariantText, IsReadByTheRuleOfTheType) {
       {"", {Case{"\u00E4", "\u00E4"}}},
       {"binarydata 0 ",
        {Case{"binarydata 2 QUJD", "binarydata 2 QUI="}, Case{" binarydata\t4\nQUJD x", "binarydata 4 QUJDAA=="},
-        Case{"binarydata x", "binarydata 0 "}, Case{"binarydata 5 x QUJD", "binarydata 5 AAAAAAA="},
-        Case{"binarydata 4294967296 QQ==", "binarydata 0 "}, Case{"binarydata -4294967296 QQ==", "binarydata 0 "},
+        Case{"binarydata x", "binarydata 0 "},
+        Case{"binarydatax 2 QUI=",
+             kNoValue + "Tried to convert string to BinaryData: std::string = binarydatax 2 QUI="s},
+        Case{"binarydata 5 x QUJD", "binarydata 5 AAAAAAA="}, Case{"binarydata 4294967296 QQ==", "binarydata 0 "},
+        Case{"binarydata -4294967296 QQ==", "binarydata 0 "},
         Case{"binarydata 65537 QQ==",
              kNoValue + "Tried to convert string to BinaryData: std::string = binarydata 65537 QQ=="s}}},
       {"blobptr 00000000000000000",
        {Case{"blobptr 3 26", "blobptr 3000000000000001A"}, Case{"blobptr 3", "blobptr 30000000000000000"},
         Case{"blobptr", "blobptr 00000000000000000"},
-        Case{"blob 3 26", kNoValue + "Tried to convert string to BlobPtr: string = blob 3 26"s}}},
+        Case{"blobptrx 3 26", kNoValue + "Tried to convert string to BlobPtr: string = blobptrx 3 26"s}}},
       {instant, {Case{"2024-05-01T10:20:30.121", "2024/05/01 10:20:30,121"}, Case{"2024-02-30", kNoText}}},
       {instant + " GMT+00:00", {Case{"2024/05/01 10:20 GMT+02:00", "2024/05/01 10:20:00,000 GMT+02:00"}}},
       {"<nullref/>", {Case{"<nullref/>", kNoValue + "Tried to read VariantReferencePointer from string<nullref/>"s}}},
