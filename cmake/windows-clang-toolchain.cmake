@@ -10,6 +10,9 @@ set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_C_COMPILER_TARGET x86_64-w64-windows-gnu)
 set(CMAKE_CXX_COMPILER_TARGET x86_64-w64-windows-gnu)
 
+# Extensions are named: with warnings as errors this build has none.
+string(APPEND CMAKE_CXX_FLAGS_INIT " -Wgnu")
+
 # clang does not find the other compiler's folder by itself, because Debian names it after the thread variant.
 string(APPEND CMAKE_CXX_FLAGS_INIT " -isystem ${cxx_headers} -isystem ${cxx_headers}/x86_64-w64-mingw32")
 # The other compiler's library holds a function of std::type_info that its header defines inline as well.

@@ -15,9 +15,9 @@
 ///      means that there was no memory for the text. A text that the system cannot convert is empty.
 ///   5. Every object may be called and released on any thread.
 ///   6. The library may be unloaded once every object of it has been released. Where a delivery is still under way
-///      then, it ends as usual, and the library stays in the process. The first SetNewCameraDataCallback of a finder and
-///      its last Release take the loader's lock, so no thread may wait for them with that lock held. A Release while a
-///      delivery is under way, for example inside a callback, does not take it.
+///      then, it ends as usual, and the library stays in the process. The first SetNewCameraDataCallback of a finder
+///      and its last Release take the loader's lock, so no thread may wait for them with that lock held. A Release
+///      while a delivery is under way, for example inside a callback, does not take it.
 ///
 /// Errors
 ///   GetFindingInterface, ListFoundCameras and SetNewCameraDataCallback let C++ exceptions through, all derived from
@@ -133,14 +133,13 @@ struct ICameraInfo : IUnknown {
 
 /// Implemented by the wizard.
 ///
-/// Thread  Called on worker threads, without any lock held (but see AddRef below); an operation may call back into the finder, also Release.
-///         The thread that delivers waits for it, so a slow wizard slows the server down. Blocks that arrive on several
-///         threads are delivered at the same time.
+/// Thread  Positions 3 to 5 are called on worker threads, without any lock held; they may call back into the finder,
+///         also Release. The thread that delivers waits for them, so a slow wizard slows the server down. Blocks that
+///         arrive on several threads are delivered at the same time.
 /// Errors  Results are ignored. An exception thrown here goes no further: it ends the delivery of that block (out of
 ///         ValuesReceived, of that call only). It must be of the library's compiler family; any other one ends the
-///         process.
-///         An exception out of Release is discarded. AddRef must not throw, nor wait for another thread, because the
-///         library calls it with a lock held.
+///         process. An exception out of Release is discarded. AddRef must not throw, nor wait for another thread,
+///         because the library calls it with a lock held.
 /// Life    A delivery under way keeps a reference of its own: the last Release may come after that of the finder.
 struct INewCameraDataCallback : IUnknown {
   /// A picture arrived.
