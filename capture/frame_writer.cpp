@@ -58,6 +58,13 @@ void FrameParts::Add(PartKind kind, std::span<const std::byte> payload) {
   size_ += sizeof(PartHead) + length;
 }
 
+void FrameParts::AddEncoded(std::span<const std::byte> parts) {
+  pieces_[2 * count_] = parts;
+  pieces_[2 * count_ + 1] = {};
+  ++count_;
+  size_ += parts.size();
+}
+
 bool FrameWriter::WriteSectionStart() {
   constexpr SectionStart start;
   const platform::BytePiece piece = BytesOf(start);

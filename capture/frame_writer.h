@@ -31,6 +31,8 @@ class FrameParts {
 
   /// Leaves out a part without bytes, unless it is a reply or a block: that it was empty is worth knowing.
   void Add(PartKind kind, std::span<const std::byte> payload);
+  /// Parts that are encoded already, as a frame that was read holds them.
+  void AddEncoded(std::span<const std::byte> parts);
   std::span<const platform::BytePiece> GetPieces() const { return {pieces_.data(), 2 * count_}; }
   std::uint64_t GetSize() const { return size_; }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/byte_order.h"
 #include "protocol/camera_record.h"
 #include "valuelist/variant_types.h"
 
@@ -113,6 +114,32 @@ EmbeddedText TextOfReply(std::span<const std::uint8_t> reply) {
   if (reply.empty()) return {0, 0};
   if (reply[0] == Kestrel::vtWString) return {5, 2};
   return {5, reply[0] == Kestrel::vtString ? std::size_t{1} : 0};
+}
+
+bool RedactPart(PartKind kind, std::span<std::uint8_t> payload) {
+  switch (kind) {
+    case PartKind::kRequest:
+      return RedactText(payload, kTextOfRequest);
+    case PartKind::kReply:
+      return RedactText(payload, TextOfReply(payload));
+    case PartKind::kBlock:
+      return RedactBinary(payload);
+    default:
+      return false;
+  }
+}
+
+bool RedactBody(std::span<std::uint8_t> body) {
+  bool any = false;
+  while (body.size() >= sizeof(PartHead)) {
+    const auto head = Kestrel::LoadLittleEndian<PartHead>(body.data());
+    body = body.subspan(sizeof head);
+    const std::uint64_t length = std::uint64_t{head.lengthHigh} << 32 | head.lengthLow;
+    const auto here = static_cast<std::size_t>(std::min<std::uint64_t>(length, body.size()));
+    any = RedactPart(head.kind, body.first(here)) || any;
+    body = body.subspan(here);
+  }
+  return any;
 }
 
 bool MayHoldCredentials(std::span<const std::uint8_t> bytes) {

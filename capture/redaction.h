@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <span>
 
+#include "capture/format.h"
+
 namespace capture {
 
 /// The text form of a value list inside a request or reply: where it begins, and how wide a character is. Requests and
@@ -21,6 +23,11 @@ struct EmbeddedText {
 inline constexpr EmbeddedText kTextOfRequest = {4, 2};
 /// Of a reply: by its type. unitSize 0 where it holds no text.
 EmbeddedText TextOfReply(std::span<const std::uint8_t> reply);
+
+/// The credentials of a part of a frame, in place. Whether there were any. Throws std::bad_alloc.
+bool RedactPart(PartKind kind, std::span<std::uint8_t> payload);
+/// The same for all parts of a frame's body.
+bool RedactBody(std::span<std::uint8_t> body);
 
 /// Where a credential may stand; false is certain.
 bool MayHoldCredentials(std::span<const std::uint8_t> bytes);

@@ -67,15 +67,10 @@ void Say(const std::string& text) {
 /// A part's bytes without credentials: as they stand where there are none, else a copy that room holds.
 std::span<const std::byte> WithoutCredentials(const Part& part, std::vector<std::uint8_t>& room) {
   const std::span bytes(reinterpret_cast<const std::uint8_t*>(part.bytes.data()), part.bytes.size());
-  if (part.kind == PartKind::kBlock) {
-    if (!capture::MayHoldCredentials(bytes)) return part.bytes;
-    room.assign(bytes.begin(), bytes.end());
-    return capture::RedactBinary(room) ? std::as_bytes(std::span(room)) : part.bytes;
-  }
-  if (part.kind != PartKind::kRequest && part.kind != PartKind::kReply) return part.bytes;
+  if (part.kind == PartKind::kArguments || part.kind == PartKind::kError) return part.bytes;
+  if (part.kind == PartKind::kBlock && !capture::MayHoldCredentials(bytes)) return part.bytes;
   room.assign(bytes.begin(), bytes.end());
-  const auto text = part.kind == PartKind::kRequest ? capture::kTextOfRequest : capture::TextOfReply(bytes);
-  return capture::RedactText(room, text) ? std::as_bytes(std::span(room)) : part.bytes;
+  return capture::RedactPart(part.kind, room) ? std::as_bytes(std::span(room)) : part.bytes;
 }
 
 constinit std::atomic<Recording*> current{nullptr};
