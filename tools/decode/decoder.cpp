@@ -260,8 +260,13 @@ class Decoder {
     std::uint64_t size = Kestrel::kVariantTypes[tag].fixedSize;
     const bool variable = size == Kestrel::kVariableSize;
     if (variable) size = cursor.TakeNumber<std::uint32_t>(node, "length");
-    if (size > cursor.GetRemaining())
-      cursor.Fail(node, fmt::format("{} of {}", node.type, Counted(size)), Counted(cursor.GetRemaining()));
+    if (size > cursor.GetRemaining()) {
+      const std::size_t here = cursor.GetRemaining();
+      // The elements that are there tell which camera was meant.
+      if (tag == Kestrel::vtBinaryData && depth < kDeepest && IsListBlock(cursor.Peek()))
+        DecodeListBlock(cursor, node, here, depth);
+      cursor.Fail(node, fmt::format("{} of {}", node.type, Counted(size)), Counted(here));
+    }
     const std::size_t terminator = tag == Kestrel::vtString ? 1 : tag == Kestrel::vtWString ? 2 : 0;
     if (size < terminator) cursor.Fail(node, "room for a terminator", fmt::format("length {}", size));
     if (tag == Kestrel::vtBinaryData && depth < kDeepest && IsListBlock(cursor.Peek().first(size)))

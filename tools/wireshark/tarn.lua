@@ -144,10 +144,10 @@ local function value_of(range, tag)
   return tostring(range:len() == 8 and range:le_uint64() or range:le_uint())
 end
 
-local list -- below: lists stand in lists
+local list, elements -- below: lists stand in lists
 
 -- A variant record. Returns the range of its payload, nil where that is empty, and its tag.
-local function record(cursor, tree)
+local function record(cursor, tree, seen, depth)
   local tag = take(cursor, tree, 1, "a type"):uint()
   local size = SIZES[tag]
   if not size then
@@ -157,7 +157,28 @@ local function record(cursor, tree)
   local least = tag == 11 and 1 or tag == 12 and 2 or 0
   if size < least then fail(cursor, tree, "room for a terminator", size) end
   if size == 0 then return nil, tag end
+  if tag == 13 and depth and size > left(cursor) then
+    -- The elements that are there tell which camera was meant.
+    local there = left(cursor)
+    if there >= 8 and cursor.tvb(cursor.at, 4):le_uint() == LIST_MARKER then
+      elements(cursor.tvb(cursor.at, there), cursor, tree, seen, depth)
+      cursor.at = cursor.stop
+    end
+    fail(cursor, tree, string.format("%s, %d bytes", TYPES[tag], size), there)
+  end
   return take(cursor, tree, size, TYPES[tag]), tag
+end
+
+-- The elements of a list in binary data; damage ends them alone.
+elements = function(range, cursor, tree, seen, depth)
+  local inner = cursor_of(cursor.tvb, range:offset() + 8, range:offset() + range:len())
+  local damage = contained(function()
+    for i = 1, range(4, 4):le_uint() do
+      if left(inner) == 0 then fail(inner, tree, "element " .. i, "the end") end
+      list(inner, tree, seen, depth + 1)
+    end
+  end)
+  seen.damage = seen.damage or damage
 end
 
 local function entry(cursor, tree, seen, depth)
@@ -165,17 +186,10 @@ local function entry(cursor, tree, seen, depth)
   local name = value_of(name_range, name_tag)
   local branch = add_text(tree, f.name, name_range, name)
   if left(cursor) > 0 and SIZES[cursor.tvb(cursor.at, 1):uint()] then branch:add(f.type, cursor.tvb(cursor.at, 1)) end
-  local range, tag = record(cursor, branch)
+  local range, tag = record(cursor, branch, seen, depth < DEEPEST and depth or nil)
   local is_list = tag == 13 and depth < DEEPEST and range and range:len() >= 8 and range(0, 4):le_uint() == LIST_MARKER
   if is_list then
-    local inner = cursor_of(cursor.tvb, range:offset() + 8, range:offset() + range:len())
-    local damage = contained(function()
-      for i = 1, range(4, 4):le_uint() do
-        if left(inner) == 0 then fail(inner, branch, "element " .. i, "the end") end
-        list(inner, branch, seen, depth + 1)
-      end
-    end)
-    seen.damage = seen.damage or damage
+    elements(range, cursor, branch, seen, depth)
     return
   end
   local value = value_of(range, tag)
