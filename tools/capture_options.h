@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace tarnfind {
 
@@ -9,6 +10,11 @@ struct CaptureOptions {
   std::string file = "-";  ///< "-": standard input
   std::string form;        ///< what decode takes its input for; empty: recognise it
   bool hex = false;
+  std::string capture;  ///< explain: the capture; empty: the one that TARN_CAPTURE names
+  std::string target;   ///< redact: the file to write; diff: the second one
+  std::string address;  ///< explain: of a camera
+  std::vector<std::string> filters;
+  bool follow = false;
 };
 
 }  // namespace tarnfind

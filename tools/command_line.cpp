@@ -220,6 +220,19 @@ constexpr Command kCommands[] = {
      "  tarnfind decode --json request.bin > request.json\n"},
     {"encode", "Make the bytes of a message from the JSON of decode", DefineEncode, RunEncode,
      "  tarnfind encode request.json > request.bin\n"},
+    {"show", "Show a recorded conversation, a line for each call and block", DefineShow, RunShow,
+     "  tarnfind show case.pcapng\n"
+     "  tarnfind show case.pcapng --follow --filter mac=00:40:8C:12:34:56\n"},
+    {"stats", "Count the calls and blocks of a recorded conversation", DefineStats, RunStats,
+     "  tarnfind stats case.pcapng\n"},
+    {"redact", "Take credentials out of a recorded conversation", DefineRedact, RunRedact,
+     "  tarnfind redact case.pcapng clean.pcapng\n"},
+    {"explain", "Tell where a camera is, by a recorded conversation", DefineExplain, RunExplain,
+     "  tarnfind explain 00:40:8C:12:34:56 case.pcapng\n"
+     "  tarnfind explain 192.168.0.9 case.pcapng --json\n"},
+    {"diff", "Compare the cameras of two captures or searches; 1: they differ", DefineDiff, RunDiff,
+     "  tarnfind diff monday.pcapng tuesday.pcapng\n"
+     "  tarnfind diff before.jsonl after.jsonl --json\n"},
 };
 
 constexpr char kGeneralExamples[] =

@@ -16,5 +16,10 @@ void RunScenario(const Options& options, TextOutput& output);
 void RunSetNetwork(const Options& options, TextOutput& output);
 void RunDecode(const Options& options, TextOutput& output);
 void RunEncode(const Options& options, TextOutput& output);
+void RunShow(const Options& options, TextOutput& output);
+void RunStats(const Options& options, TextOutput& output);
+void RunRedact(const Options& options, TextOutput& output);
+void RunExplain(const Options& options, TextOutput& output);
+void RunDiff(const Options& options, TextOutput& output);
 
 }  // namespace tarnfind

@@ -1,0 +1,33 @@
+/// What the finder does with a pushed block: worked out by its own parser, with a wizard that notes what it gets.
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace tarnfind {
+
+/// A camera as the wizard gets it; texts are UTF-8.
+struct DeliveredCamera {
+  std::string mac;
+  std::string ip;
+  std::string model;
+  nlohmann::ordered_json object;  ///< as `tarnfind search --json` shows it, without its password
+};
+
+struct BlockOutcome {
+  bool delivered = false;
+  std::string what;  ///< what the wizard gets; else why it gets nothing, beginning with a word of the dissector's
+  std::string mac;   ///< also of a dropped block, where one is to be found in it
+  std::string ip;
+  std::optional<DeliveredCamera> camera;
+  bool isGone = false;  ///< the camera was reported gone
+};
+
+/// hasCallback: whether the finder's callback still takes blocks.
+BlockOutcome OutcomeOf(std::int32_t blockKind, std::uint32_t messageType, std::span<const std::uint8_t> block,
+                       bool hasCallback);
+
+}  // namespace tarnfind

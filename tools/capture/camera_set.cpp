@@ -1,0 +1,131 @@
+#include "tools/capture/camera_set.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string_view>
+
+#include "protocol/camera_info.h"
+#include "tools/camera_snapshot.h"
+#include "tools/capture/capture_file.h"
+#include "tools/capture/conversation.h"
+#include "tools/failure.h"
+#include "tools/json_objects.h"
+#include "tools/text.h"
+
+namespace tarnfind {
+namespace {
+
+/// More cameras than any server has; a file with more is no search.
+constexpr std::size_t kMostCameras = 1'000'000;
+constexpr std::size_t kLongestLine = 1 << 20;
+
+std::string Upper(std::string text) {
+  std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  return text;
+}
+
+void Put(CameraSet& cameras, const std::string& mac, Json camera) {
+  if (mac.empty()) return;
+  if (cameras.size() == kMostCameras) throw WrongUse(fmt::format("there are more than {} cameras", kMostCameras));
+  cameras.insert_or_assign(Upper(mac), std::move(camera));
+}
+
+CameraSet ReadCapturedCameras(const std::string& path) {
+  CameraSet cameras;
+  CaptureFile file(path);
+  Conversation conversation;
+  ReadFrames(file, [&](const capture::Frame& frame) {
+    const RecordedEvent event = conversation.Read(frame);
+    if (event.command && !event.failed)
+      for (const auto& record : event.command->cameras)
+        Put(cameras, record.mac, CameraObject(SnapshotOf(*Tarn::CameraFinding::MakeCameraInfo(record).Get()), false));
+    if (!event.block || !event.block->camera) return;
+    if (event.block->isGone)
+      cameras.erase(Upper(event.block->camera->mac));
+    else
+      Put(cameras, event.block->camera->mac, event.block->camera->object);
+  });
+  return cameras;
+}
+
+CameraSet ReadSavedCameras(std::istream& file, const std::string& path) {
+  CameraSet cameras;
+  std::string line;
+  for (std::uint64_t number = 1; std::getline(file, line); ++number) {
+    const auto wrong = [&](const char* what) {
+      return WrongUse(fmt::format("{}: line {} {}", Printable(path), number, what));
+    };
+    if (line.size() > kLongestLine) throw wrong("is too long");
+    if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
+    const Json object = Json::parse(line, nullptr, false);
+    if (!object.is_object()) throw wrong("is neither JSON nor the beginning of a capture");
+    const auto camera = object.find("camera");
+    if (camera == object.end() || !camera->is_object()) continue;
+    const auto mac = camera->find("mac");
+    if (mac == camera->end() || !mac->is_string()) throw wrong("shows a camera without an address");
+    if (object.value("change", Json()) == "gone" || object.value("event", Json()) == "gone")
+      cameras.erase(Upper(mac->get<std::string>()));
+    else
+      Put(cameras, mac->get<std::string>(), *camera);
+  }
+  return cameras;
+}
+
+bool IsMasked(const Json& value) {
+  if (!value.is_string()) return false;
+  const auto& text = value.get_ref<const std::string&>();
+  return !text.empty() && text.find_first_not_of('*') == std::string::npos;
+}
+
+std::vector<FieldChange> ChangedFields(const Json& before, const Json& after) {
+  std::set<std::string> fields;
+  for (const auto& [field, value] : before.items()) fields.insert(field);
+  for (const auto& [field, value] : after.items()) fields.insert(field);
+  std::vector<FieldChange> changes;
+  for (const std::string& field : fields) {
+    const Json old = before.value(field, Json());
+    const Json fresh = after.value(field, Json());
+    const bool credential = field == "user" || field == "password";
+    if (old != fresh && !(credential && (IsMasked(old) || IsMasked(fresh)))) changes.push_back({field, old, fresh});
+  }
+  return changes;
+}
+
+}  // namespace
+
+CameraSet ReadCameraSet(const std::string& path) {
+  std::ifstream file(std::filesystem::path(Utf16FromUtf8(path)), std::ios::binary);
+  if (!file) throw WrongUse(fmt::format("{} cannot be read", Printable(path)));
+  char begin[4] = {};
+  file.read(begin, sizeof begin);
+  if (std::string_view(begin, sizeof begin) == "\x0A\x0D\x0D\x0A") return ReadCapturedCameras(path);
+  file.clear();
+  file.seekg(0);
+  return ReadSavedCameras(file, path);
+}
+
+std::vector<CameraDifference> Compare(const CameraSet& before, const CameraSet& after) {
+  std::vector<CameraDifference> differences;
+  for (const auto& [mac, camera] : before) {
+    const auto other = after.find(mac);
+    if (other == after.end()) {
+      differences.push_back({mac, CameraDifference::kGone, {}});
+      continue;
+    }
+    auto fields = ChangedFields(camera, other->second);
+    if (fields.empty()) continue;
+    const bool moved = std::ranges::any_of(fields, [](const FieldChange& change) { return change.field == "ip"; });
+    differences.push_back({mac, moved ? CameraDifference::kMoved : CameraDifference::kChanged, std::move(fields)});
+  }
+  for (const auto& [mac, camera] : after)
+    if (!before.contains(mac)) differences.push_back({mac, CameraDifference::kAppeared, {}});
+  std::ranges::sort(differences, {}, &CameraDifference::mac);
+  return differences;
+}
+
+}  // namespace tarnfind

@@ -1,0 +1,36 @@
+/// The cameras that a capture or a saved search leaves behind, and how two such sets differ.
+#pragma once
+
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace tarnfind {
+
+/// By hardware address, in capitals: the camera as `tarnfind search --json` shows it.
+using CameraSet = std::map<std::string, nlohmann::ordered_json>;
+
+/// Reads a capture, or the lines of `tarnfind search --json` or `list --json`. What was reported gone is not in it.
+/// Throws WrongUse for anything else.
+CameraSet ReadCameraSet(const std::string& path);
+
+struct FieldChange {
+  std::string field;
+  nlohmann::ordered_json before;
+  nlohmann::ordered_json after;
+};
+struct CameraDifference {
+  enum Kind { kAppeared, kGone, kMoved, kChanged };
+
+  std::string mac;
+  Kind kind;
+  std::vector<FieldChange> fields;  ///< of a camera that is in both
+};
+inline constexpr const char* kDifferenceWords[] = {"appeared", "gone", "moved", "changed"};
+
+/// In the order of the addresses. A camera with another IP address has moved, whatever else has changed. Credentials
+/// that were masked on either side are not compared.
+std::vector<CameraDifference> Compare(const CameraSet& before, const CameraSet& after);
+
+}  // namespace tarnfind

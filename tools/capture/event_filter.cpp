@@ -1,0 +1,79 @@
+#include "tools/capture/event_filter.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <string_view>
+
+#include "tools/arguments.h"
+
+namespace tarnfind {
+namespace {
+
+/// Compared without regard to case, as people write addresses and names.
+std::string Lower(std::string_view text) {
+  std::string lower(text);
+  std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return lower;
+}
+
+bool Holds(const std::vector<std::string>& texts, const std::string& wanted) {
+  return std::ranges::any_of(texts, [&](const std::string& text) { return Lower(text) == wanted; });
+}
+
+bool MatchesMac(const RecordedEvent& event, const std::string& value) {
+  return Holds(event.macs, value);
+}
+bool MatchesIp(const RecordedEvent& event, const std::string& value) {
+  return Holds(event.ips, value);
+}
+bool MatchesFunction(const RecordedEvent& event, const std::string& value) {
+  return Lower(ShortName(*event.frame) + " " + event.what).find(value) != std::string::npos;
+}
+bool MatchesType(const RecordedEvent& event, const std::string& value) {
+  return event.block && std::to_string(event.frame->header.messageType) == value;
+}
+
+std::string AcceptAnything(std::string&) {
+  return {};
+}
+std::string CheckIp(std::string& text) {
+  return CheckIpAddress(text);
+}
+
+struct FilterRow {
+  std::string_view key;
+  std::string (*normalise)(std::string& value);
+  bool (*matches)(const RecordedEvent& event, const std::string& value);
+};
+constexpr auto kFilters = std::to_array<FilterRow>({
+    {"mac", NormaliseMac, MatchesMac},
+    {"ip", CheckIp, MatchesIp},
+    {"function", AcceptAnything, MatchesFunction},
+    {"type", AcceptAnything, MatchesType},
+});
+
+const FilterRow* RowOf(std::string_view filter) {
+  const auto row = std::ranges::find(kFilters, filter.substr(0, filter.find('=')), &FilterRow::key);
+  return row == kFilters.end() || filter.find('=') == std::string_view::npos ? nullptr : &*row;
+}
+
+}  // namespace
+
+std::string NormaliseEventFilter(std::string& text) {
+  const FilterRow* const row = RowOf(text);
+  if (!row) return "must be mac=ADDRESS, ip=ADDRESS, function=NAME or type=NUMBER";
+  std::string value = text.substr(row->key.size() + 1);
+  if (std::string complaint = row->normalise(value); !complaint.empty()) return complaint;
+  text = std::string(row->key) + '=' + Lower(value);
+  return {};
+}
+
+bool Matches(const RecordedEvent& event, const std::vector<std::string>& filters) {
+  return std::ranges::all_of(filters, [&](const std::string& filter) {
+    const FilterRow& row = *RowOf(filter);
+    return row.matches(event, filter.substr(row.key.size() + 1));
+  });
+}
+
+}  // namespace tarnfind

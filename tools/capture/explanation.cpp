@@ -1,0 +1,365 @@
+#include "tools/capture/explanation.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <utility>
+
+#include "dbi/dbi.h"
+#include "protocol/block_format.h"
+#include "protocol/finder_messages.h"
+#include "tools/text.h"
+
+namespace tarnfind {
+namespace {
+
+using capture::FrameEvent;
+using capture::Function;
+
+constexpr std::size_t kFullLines = 20;
+constexpr std::size_t kMostOthers = 100'000;
+constexpr std::uint64_t kSlow = 1'000'000'000;
+constexpr std::size_t kMakersPrefix = 8;  // "00:40:8C"
+constexpr std::size_t kNearestShown = 5;
+
+std::string Upper(std::string text) {
+  std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  return text;
+}
+
+double Seconds(std::uint64_t nanoseconds) {
+  return static_cast<double>(nanoseconds) / 1e9;
+}
+
+std::string Name(Function function) {
+  return std::string(capture::kFunctionNames[static_cast<std::size_t>(function)]);
+}
+
+/// In how many places two addresses of the same length differ.
+std::size_t Distance(const std::string& a, const std::string& b) {
+  if (a.size() != b.size()) return a.size() + b.size();
+  std::size_t distance = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) distance += a[i] != b[i];
+  return distance;
+}
+
+constexpr auto kCommandsThatReportBack = "tarnfind send-mac or tarnfind info";
+
+}  // namespace
+
+void Explainer::Lines::Add(std::string line) {
+  if (first.size() < kFullLines) first.push_back(std::move(line));
+  ++count;
+}
+
+std::string Explainer::Lines::Join() const {
+  std::string text;
+  for (const std::string& line : first) text += "\n  " + line;
+  if (count > first.size()) text += fmt::format("\n  and {} more", count - first.size());
+  return text;
+}
+
+Explainer::Explainer(const std::string& address) : address_(address) {
+  (address.find(':') == std::string::npos ? ips_ : macs_).insert(Upper(address));
+}
+
+std::string Explainer::At(const RecordedEvent& event) const {
+  return fmt::format("at {:.3f} s, packet {}", Seconds(event.frame->GetStart() - start_), event.frame->number);
+}
+
+bool Explainer::IsAbout(const RecordedEvent& event) const {
+  return std::ranges::any_of(event.macs, [&](const std::string& mac) { return macs_.contains(Upper(mac)); }) ||
+         std::ranges::any_of(event.ips, [&](const std::string& ip) { return ips_.contains(ip); });
+}
+
+/// The camera's other address. The one that was asked for stays, although a camera can take another one.
+void Explainer::Learn(const std::string& mac, const std::string& ip) {
+  const bool isIt = macs_.contains(Upper(mac)) || ips_.contains(ip);
+  if (isIt && !mac.empty() && macs_.size() < kFullLines) macs_.insert(Upper(mac));
+  if (isIt && !ip.empty() && ips_.size() < kFullLines) ips_.insert(ip);
+}
+
+void Explainer::Add(const RecordedEvent& event) {
+  if (frames_++ == 0) start_ = event.frame->GetStart();
+  if (event.command)
+    for (const auto& camera : event.command->cameras) Learn(camera.mac, camera.ip);
+  if (event.block && event.block->camera) Learn(event.block->camera->mac, event.block->camera->ip);
+  const bool about = IsAbout(event);
+  if (event.block) return AddBlock(event, about);
+  if (event.frame->header.event == FrameEvent::kDelivered && event.failed) thrown_.Add(At(event));
+  if (event.frame->header.event == FrameEvent::kDetach) registered_[event.frame->header.stream] = 0;
+  if (event.frame->header.event == FrameEvent::kCall) AddCall(event);
+  if (event.command) AddCommand(event, about);
+}
+
+void Explainer::AddCall(const RecordedEvent& event) {
+  const capture::FrameHeader& header = event.frame->header;
+  if (header.function >= capture::kFunctionCount) return;
+  const auto function = static_cast<Function>(header.function);
+  if (function == Function::kGetLastError) {
+    const auto failure = lastFailure_.find(header.thread);
+    if (failure == lastFailure_.end()) return;
+    Calls& calls = calls_[failure->second];
+    if (event.error) {
+      ++calls.failedWithRecord;
+      --calls.failedWithoutRecord;
+      calls.lastFailed = true;
+      calls.lastError = event.outcome;
+      if (failure->second == Function::kSendSynchDSPCommand && !failedCommands_.first.empty())
+        failedCommands_.first.back() += ": " + event.outcome;
+    }
+    lastFailure_.erase(failure);
+    return;
+  }
+  Calls& calls = calls_[function];
+  ++calls.count;
+  calls.longest = std::max(calls.longest, header.duration);
+  calls.lastFailed = false;  // a failure without a record counts as success
+  if (event.failed && lastFailure_.size() < kFullLines) {
+    ++calls.failedWithoutRecord;
+    lastFailure_[header.thread] = function;
+  }
+  if (function != Function::kSetGenericDataCallback || event.failed) return;
+  const auto arguments = event.frame->GetArguments();
+  const bool registers = !arguments.empty() && arguments[0] == kRegisterDataCallback;
+  everRegistered_ += registers;
+  if (registered_.size() < kMostOthers) registered_[header.stream] += registers ? 1 : -1;
+}
+
+void Explainer::AddCommand(const RecordedEvent& event, bool about) {
+  const RecordedCommand& command = *event.command;
+  if (event.failed) failedCommands_.Add(fmt::format("{} {}", event.what, At(event)));
+  const bool names = !command.argument.empty() && about;
+  if (names) commands_.Add(fmt::format("{} {}: {}", event.what, At(event), event.outcome));
+  lists_ += command.code == Tarn::CameraFinding::fcListFoundCameras && !event.failed;
+  for (const auto& camera : command.cameras) {
+    if (!macs_.contains(Upper(camera.mac)) && !ips_.contains(camera.ip)) {
+      if (others_.size() < kMostOthers)
+        others_.try_emplace(Upper(camera.mac), Printable(camera.ip + " " + camera.model));
+      continue;
+    }
+    replies_.Add(Printable(
+        fmt::format("answer to {} {}: {} {} \"{}\"", command.name, At(event), camera.mac, camera.ip, camera.model)));
+  }
+}
+
+void Explainer::AddBlock(const RecordedEvent& event, bool about) {
+  const BlockOutcome& block = *event.block;
+  const std::uint64_t time = event.frame->time;
+  if (blocks_++ > 0 && time > lastBlockTime_) longestSilence_ = std::max(longestSilence_, time - lastBlockTime_);
+  lastBlockTime_ = time;
+  const std::string line =
+      fmt::format("block type {} {}: {}", event.frame->header.messageType, At(event), Printable(block.what));
+  if (!block.delivered) {
+    const bool nobody = event.macs.empty() && event.ips.empty();
+    if (about)
+      droppedOfIt_.Add(line);
+    else if (nobody)
+      droppedOfNobody_.Add(line);
+    else
+      ++droppedOfOthers_;
+    return;
+  }
+  if (!block.camera) return;
+  if (!about) {
+    if (others_.size() < kMostOthers)
+      others_.try_emplace(Upper(block.camera->mac), Printable(block.camera->ip + " " + block.camera->model));
+    return;
+  }
+  deliveries_.Add(line);
+  lastDelivery_ = line;
+  lastWasGone_ = event.frame->header.messageType == Tarn::CameraFinding::fmtCameraKind4;
+}
+
+ExplainedStep Explainer::ExplainCalls(const char* name, Function function, const char* done, const char* never) const {
+  const auto found = calls_.find(function);
+  if (found == calls_.end()) return {name, never, false};
+  const Calls& calls = found->second;
+  std::string text = calls.lastFailed ? fmt::format("{} failed: {}.", Name(function), calls.lastError) : done;
+  if (calls.failedWithRecord > 0 && !calls.lastFailed)
+    text += fmt::format(" It had failed {} before: {}.", Counted(calls.failedWithRecord, "time"), calls.lastError);
+  if (calls.failedWithoutRecord > 0)
+    text += fmt::format(" {} failed {} without an error record, which the finder takes for success.", Name(function),
+                        Counted(calls.failedWithoutRecord, "time"));
+  if (calls.longest >= kSlow) text += fmt::format(" The longest call took {:.1f} s.", Seconds(calls.longest));
+  return {name, text, !calls.lastFailed && calls.failedWithoutRecord == 0};
+}
+
+ExplainedStep Explainer::ExplainCallback() const {
+  ExplainedStep step = ExplainCalls("callback", Function::kSetGenericDataCallback, "A callback was registered.",
+                                    "No callback was registered, so the server's blocks reach nobody.");
+  const bool registered = std::ranges::any_of(registered_, [](const auto& stream) { return stream.second > 0; });
+  if (everRegistered_ > 0)
+    step.text += registered ? " It was still registered at the end." : " It was let go at the end.";
+  if (thrown_.count > 0) {
+    step.text += fmt::format(" {} ended in an exception of the finder's callback:{}",
+                             Counted(thrown_.count, "delivery"), thrown_.Join());
+    step.fine = false;
+  }
+  return step;
+}
+
+ExplainedStep Explainer::ExplainNearest() const {
+  std::vector<std::pair<std::size_t, std::string>> near;
+  std::size_t sameMaker = 0;
+  for (const auto& [other, name] : others_) {
+    for (const std::string& mac : macs_) {
+      const std::size_t distance = Distance(mac, other);
+      sameMaker += mac.substr(0, kMakersPrefix) == other.substr(0, kMakersPrefix);
+      if (distance <= 2)
+        near.emplace_back(distance, fmt::format("{} differs in {}: {}", Printable(other),
+                                                distance == 1 ? "one digit" : "two digits", name));
+    }
+  }
+  std::ranges::sort(near);
+  ExplainedStep step{"nearest", "", near.empty()};
+  for (std::size_t i = 0; i < near.size() && i < kNearestShown; ++i) step.text += "\n  " + near[i].second;
+  if (!near.empty()) step.text = "Cameras with nearly this address:" + step.text;
+  if (sameMaker > 0)
+    step.text += fmt::format("{}{} of the same maker's prefix {} heard of.", near.empty() ? "" : "\n",
+                             Counted(sameMaker, "camera"), sameMaker == 1 ? "was" : "were");
+  return step;
+}
+
+Explanation Explainer::Explain() const {
+  Explanation explanation;
+  auto& steps = explanation.steps;
+  steps.push_back({"library",
+                   frames_ == 0
+                       ? "Nothing was recorded: no finder was made, or the recorder is not in the library's place."
+                       : fmt::format("{} recorded.", Counted(frames_, "event")),
+                   frames_ > 0});
+  steps.push_back(ExplainCalls("stream", Function::kCreateLiveStream, "The live stream was created.",
+                               "No live stream was created: the wizard has made no finder."));
+  steps.push_back(
+      ExplainCalls("open", Function::kOpen, "The stream was opened.",
+                   "The stream was never opened: nothing was asked of the finder, or the call has not returned."));
+  steps.push_back(ExplainCalls("start", Function::kStart, "The stream was started.",
+                               "The stream was never started, or the call has not returned."));
+  steps.push_back(ExplainCallback());
+
+  ExplainedStep commands = ExplainCalls("commands", Function::kSendSynchDSPCommand, "Commands were sent.",
+                                        "No command was sent, or none has been answered.");
+  if (failedCommands_.count > 0) {
+    commands.text += fmt::format("\n{} failed:{}", Counted(failedCommands_.count, "command"), failedCommands_.Join());
+    commands.fine = false;
+  }
+  commands.text +=
+      commands_.count == 0
+          ? " None names it."
+          : fmt::format("\n{} it:{}", commands_.count == 1 ? "One names" : fmt::format("{} name", commands_.count),
+                        commands_.Join());
+  steps.push_back(commands);
+  if (const auto release = calls_.find(Function::kReleaseReference);
+      release != calls_.end() && release->second.failedWithRecord + release->second.failedWithoutRecord > 0)
+    steps.push_back(
+        {"replies",
+         fmt::format("{} could not be released, which costs memory and no cameras.",
+                     Counted(release->second.failedWithRecord + release->second.failedWithoutRecord, "reply")),
+         false});
+  steps.push_back(
+      {"replies",
+       replies_.count > 0
+           ? fmt::format("It stands in {}:{}", Counted(replies_.count, "answer"), replies_.Join())
+           : fmt::format("It stands in no answer; {} asked for.",
+                         lists_ == 0 ? "no list was" : Counted(lists_, "list") + (lists_ == 1 ? " was" : " were")),
+       replies_.count > 0});
+  std::string blocks =
+      deliveries_.count > 0
+          ? fmt::format("{} about it reached the wizard:{}", Counted(deliveries_.count, "block"), deliveries_.Join())
+          : fmt::format("None of {} about it reached the wizard.", Counted(blocks_, "block"));
+  if (longestSilence_ >= kSlow)
+    blocks += fmt::format("\nThe longest time without a block was {:.1f} s.", Seconds(longestSilence_));
+  steps.push_back({"blocks", blocks, deliveries_.count > 0});
+  if (droppedOfIt_.count + droppedOfNobody_.count + droppedOfOthers_ > 0) {
+    std::string text;
+    if (droppedOfIt_.count > 0)
+      text += fmt::format("{} about it dropped without a word:{}", Counted(droppedOfIt_.count, "block"),
+                          droppedOfIt_.Join());
+    if (droppedOfNobody_.count > 0)
+      text += fmt::format("{}{} dropped that tell no camera:{}", text.empty() ? "" : "\n",
+                          Counted(droppedOfNobody_.count, "block"), droppedOfNobody_.Join());
+    if (droppedOfOthers_ > 0)
+      text += fmt::format("{}{} about other cameras dropped.", text.empty() ? "" : "\n",
+                          Counted(droppedOfOthers_, "block"));
+    steps.push_back({"dropped", text, false});
+  }
+  if (ExplainedStep nearest = ExplainNearest(); !nearest.text.empty() && deliveries_.count == 0)
+    steps.push_back(std::move(nearest));
+  Judge(explanation);
+  return explanation;
+}
+
+/// The first of these that holds is the answer.
+void Explainer::Judge(Explanation& explanation) const {
+  const auto failed = [&](Function function) {
+    const auto found = calls_.find(function);
+    return found != calls_.end() && found->second.lastFailed;
+  };
+  const auto never = [&](Function function) { return !calls_.contains(function); };
+  const bool hasNear = std::ranges::any_of(
+      explanation.steps, [](const ExplainedStep& step) { return step.name == "nearest" && !step.fine; });
+  struct Row {
+    bool holds;
+    std::string verdict;
+    std::vector<std::string> next;
+  };
+  const Row rows[] = {
+      {deliveries_.count > 0 && !lastWasGone_,
+       "The wizard has it: " + lastDelivery_ + ".",
+       {"If the wizard does not show it, look at its own filters."}},
+      {deliveries_.count > 0,
+       "The server has reported it gone: " + lastDelivery_ + ".",
+       {"See whether the camera has power and network.", "Search again."}},
+      {frames_ == 0 || never(Function::kCreateLiveStream),
+       "The finder was never made.",
+       {"Put TarnCameraFinding-recorder in the library's place and start the search in the wizard."}},
+      {failed(Function::kCreateLiveStream),
+       "The finder has no stream to the server.",
+       {"See whether the wizard is connected to the server and may use it."}},
+      {failed(Function::kOpen) || failed(Function::kStart),
+       "The stream could not be opened or started, so nothing was sent and nothing arrives.",
+       {"See why the server refuses, by the error above.", "tarnfind check shows the same from here."}},
+      {never(Function::kOpen), "Nothing was asked of the finder.", {"Start the search in the wizard."}},
+      {droppedOfIt_.count > 0,
+       "The server has sent it, and the finder dropped it without a word.",
+       {"Look at the block: tarnfind show CAPTURE --filter mac=" + address_ + ", then tarnfind decode --hex.",
+        "The server's camera finder makes blocks that the finder cannot read: compare their versions."}},
+      {failed(Function::kSetGenericDataCallback),
+       "The callback was refused, so no block reaches the wizard.",
+       {"See why the server refuses, by the error above."}},
+      {replies_.count > 0,
+       "It stands in an answer, and no block about it was pushed.",
+       {"A wizard that shows pushed cameras alone does not show it: ask for the list, as tarnfind list does."}},
+      {never(Function::kSetGenericDataCallback),
+       "No callback was registered, so what the server finds reaches nobody.",
+       {"Start the search in the wizard; a list alone shows what the server knew before."}},
+      {failedCommands_.count > 0 && blocks_ == 0,
+       "Commands failed, and no block arrived.",
+       {"See why the server refuses, by the errors above."}},
+      {droppedOfNobody_.count > 0,
+       "Blocks were dropped before they told which camera they are about; it may be among them.",
+       {"Look at the dropped blocks: tarnfind show CAPTURE, then tarnfind decode --hex."}},
+      {hasNear,
+       "The server has found a camera with nearly this address.",
+       {"Compare the address with the label on the camera."}},
+      {blocks_ == 0,
+       "No block arrived: the server has pushed nothing.",
+       {"Let the search run longer.", std::string("Tell the server about it: ") + kCommandsThatReportBack + "."}},
+      {true,
+       "The server has never named it: it has not found it.",
+       {"See whether the camera has power and network, and stands in the server's network.",
+        std::string("Tell the server about it: ") + kCommandsThatReportBack + "."}},
+  };
+  for (const Row& row : rows) {
+    if (!row.holds) continue;
+    explanation.verdict = row.verdict;
+    explanation.next = row.next;
+    break;
+  }
+  explanation.found = deliveries_.count > 0 && !lastWasGone_;
+}
+
+}  // namespace tarnfind

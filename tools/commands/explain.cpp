@@ -1,0 +1,58 @@
+#include <fmt/format.h>
+
+#include <cstdlib>
+
+#include "tools/capture/capture_file.h"
+#include "tools/capture/explanation.h"
+#include "tools/commands/commands.h"
+#include "tools/failure.h"
+#include "tools/json_objects.h"
+
+namespace tarnfind {
+
+namespace {
+
+/// The capture that is named, or the one that is being recorded.
+std::string PathOf(const Options& options) {
+  if (!options.capture.capture.empty()) return options.capture.capture;
+  const char* const recorded = std::getenv("TARN_CAPTURE");
+  if (!recorded || !*recorded) throw WrongUse("name a capture, or set TARN_CAPTURE");
+  return recorded;
+}
+
+void WriteText(const std::string& address, const Explanation& explanation, const std::string& note,
+               TextOutput& output) {
+  output.Write(fmt::format("Where is {}?\n\n", address));
+  for (const ExplainedStep& step : explanation.steps)
+    output.Write(fmt::format("{} {:<9} {}\n", step.fine ? " " : "!", step.name, step.text));
+  output.Write(fmt::format("\n{}\n", explanation.verdict));
+  for (const std::string& next : explanation.next) output.Write(fmt::format("Try: {}\n", next));
+  if (!note.empty()) output.Write(fmt::format("Note: {}\n", note));
+}
+
+void WriteJson(const std::string& address, const Explanation& explanation, TextOutput& output) {
+  Json steps = Json::array();
+  for (const ExplainedStep& step : explanation.steps)
+    steps.push_back({{"step", step.name}, {"fine", step.fine}, {"text", step.text}});
+  output.Write(JsonLine({{"event", "explanation"},
+                         {"address", address},
+                         {"found", explanation.found},
+                         {"verdict", explanation.verdict},
+                         {"steps", steps},
+                         {"next", explanation.next}}));
+}
+
+}  // namespace
+
+void RunExplain(const Options& options, TextOutput& output) {
+  const std::string& address = options.capture.address;
+  CaptureFile file(PathOf(options));
+  Conversation conversation;
+  Explainer explainer(address);
+  const std::string note =
+      ReadFrames(file, [&](const capture::Frame& frame) { explainer.Add(conversation.Read(frame)); });
+  const Explanation explanation = explainer.Explain();
+  options.json ? WriteJson(address, explanation, output) : WriteText(address, explanation, note, output);
+}
+
+}  // namespace tarnfind
