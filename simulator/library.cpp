@@ -1,12 +1,15 @@
 #include "simulator/library.h"
 
 #include <array>
+#include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <string_view>
 #include <utility>
 
 #include "simulator/default_scenario.h"
+#include "simulator/recorded_conversation.h"
 #include "simulator/scenario_reader.h"
 #include "valuelist/buffer_pool.h"
 
@@ -14,7 +17,20 @@ namespace simulator {
 namespace {
 
 constexpr char kScenarioVariable[] = "TARN_SIMULATOR_SCENARIO";
+constexpr char kSpeedVariable[] = "TARN_SIMULATOR_SPEED";
 constexpr char kDefaultPath[] = "default scenario";
+
+/// How much faster a capture is played than it was recorded; 0: nothing is waited for.
+double ReplaySpeed() {
+  const char* const text = std::getenv(kSpeedVariable);
+  if (!text || !*text) return 1;
+  double speed = -1;
+  const char* const end = text + std::strlen(text);
+  const auto [last, error] = std::from_chars(text, end, speed);
+  if (error != std::errc() || last != end || !(speed >= 0 && speed <= 1e6))
+    throw ScenarioMistake(std::string(kSpeedVariable) + " must be a number from 0 to 1000000");
+  return speed;
+}
 
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -62,7 +78,9 @@ void Library::LoadScenario() {
   std::string text = isFile ? ReadFile(path) : std::string(kDefaultScenario);
   const std::lock_guard guard(lock_);
   if (scenario_ && path == scenarioPath_ && text == scenarioText_) return;
-  auto scenario = std::make_shared<const Scenario>(ReadScenario(text, path));
+  auto scenario = std::make_shared<const Scenario>(IsCapture(text) ? ReadRecordedConversation(text, path, ReplaySpeed())
+                                                                   : ReadScenario(text, path));
+  streamsCreated_ = 0;
   faults_ = std::make_shared<FunctionFaults>(scenario);
   scenario_ = std::move(scenario);
   scenarioPath_ = std::move(path);
@@ -80,7 +98,7 @@ Outcome Library::EnterCall(Function function) {
 
 Tarn::TTarnLiveStream* Library::CreateStream() {
   const std::lock_guard guard(lock_);
-  auto stream = std::make_shared<Stream>(scenario_, threads_);
+  auto stream = std::make_shared<Stream>(scenario_, threads_, streamsCreated_++);
   auto* const handle = reinterpret_cast<Tarn::TTarnLiveStream*>(stream.get());
   streams_.emplace(handle, std::move(stream));
   return handle;

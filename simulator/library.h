@@ -53,6 +53,7 @@ class Library {
   std::string scenarioText_;
   std::shared_ptr<const Scenario> scenario_;
   std::shared_ptr<FunctionFaults> faults_;
+  std::size_t streamsCreated_ = 0;  ///< since the scenario was loaded
   std::map<Tarn::TTarnLiveStream*, std::shared_ptr<Stream>> streams_;
   std::map<void*, Kestrel::ReferencePointer<Kestrel::Buffer>> replies_;
 };

@@ -69,6 +69,8 @@ struct BlockFault {
   std::uint32_t delayMs = 0;
 };
 
+struct RecordedStream;
+
 struct Scenario {
   std::uint64_t seed = 1;
   double speed = 1;  ///< how many times faster than written; 0: without waiting
@@ -76,6 +78,8 @@ struct Scenario {
   std::vector<Event> events;  ///< by time, then as written
   std::vector<FunctionFault> functionFaults;
   std::vector<BlockFault> blockFaults;
+  /// A capture that is played in place of cameras and events; null for none.
+  std::shared_ptr<const std::vector<RecordedStream>> recording;
 
   Milliseconds Scaled(std::uint64_t milliseconds) const {
     return speed == 0 ? Milliseconds::zero() : Milliseconds(static_cast<double>(milliseconds)) / speed;

@@ -7,6 +7,7 @@
 #include "protocol/request_wire.h"
 #include "simulator/commands.h"
 #include "simulator/faults.h"
+#include "valuelist/buffer_pool.h"
 
 namespace simulator {
 
@@ -29,8 +30,10 @@ class Stream::Registration {
   std::atomic<bool> abandoned_{false};
 };
 
-Stream::Stream(std::shared_ptr<const Scenario> scenario, ThreadGroup& threads)
-    : scenario_(std::move(scenario)), threads_(threads), world_(scenario_) {}
+Stream::Stream(std::shared_ptr<const Scenario> scenario, ThreadGroup& threads, std::size_t number)
+    : scenario_(std::move(scenario)), threads_(threads), world_(scenario_, number) {
+  if (scenario_->recording) replay_.emplace(*scenario_->recording, number);
+}
 
 void Stream::Register(IGenericDataReceivedCallback& callback) {
   // Declared before the lock, so that the registration that is replaced is released after the lock.
@@ -56,6 +59,11 @@ void Stream::Unregister(IGenericDataReceivedCallback& callback) {
 }
 
 Kestrel::ReferencePointer<Kestrel::Buffer> Stream::Send(std::span<const std::uint8_t> request) {
+  if (replay_) {
+    const std::lock_guard guard(lock_);
+    const std::vector<std::uint8_t> reply = replay_->Answer(request);
+    return Kestrel::CreateBuffer(reply.data(), reply.size());
+  }
   Kestrel::ValueList command;
   Tarn::CameraFinding::DecodeRequest(request, command);
   Answer answer;

@@ -18,10 +18,12 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 
 #include "dbi/dbi.h"
 #include "simulator/platform/threads.h"
+#include "simulator/recorded_conversation.h"
 #include "simulator/scenario.h"
 #include "simulator/world.h"
 #include "valuelist/buffer.h"
@@ -31,7 +33,8 @@ namespace simulator {
 class Stream : public std::enable_shared_from_this<Stream> {
  public:
   /// threads must outlive every stream that has had a registration.
-  Stream(std::shared_ptr<const Scenario> scenario, ThreadGroup& threads);
+  /// number: how many streams were created before; a capture has its own events for each.
+  Stream(std::shared_ptr<const Scenario> scenario, ThreadGroup& threads, std::size_t number = 0);
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
 
@@ -59,6 +62,7 @@ class Stream : public std::enable_shared_from_this<Stream> {
   std::mutex lock_;
   std::condition_variable changed_;
   World world_;
+  std::optional<CommandReplay> replay_;
   std::shared_ptr<Registration> registration_;
   bool threadStarted_ = false;
   bool ended_ = false;

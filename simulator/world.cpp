@@ -1,16 +1,19 @@
 #include "simulator/world.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "simulator/picture.h"
 #include "simulator/random.h"
 #include "simulator/record_fields.h"
+#include "simulator/recorded_conversation.h"
 
 namespace simulator {
 
 using namespace Tarn::CameraFinding;
 
-World::World(std::shared_ptr<const Scenario> scenario) : scenario_(std::move(scenario)) {
+World::World(std::shared_ptr<const Scenario> scenario, std::size_t stream) : scenario_(std::move(scenario)) {
+  if (const auto& recording = scenario_->recording) recorded_ = &(*recording)[std::min(stream, recording->size() - 1)];
   cameras_.reserve(scenario_->cameras.size());
   for (const CameraPlan& plan : scenario_->cameras) cameras_.push_back({plan.record, plan.present});
 }
@@ -22,8 +25,9 @@ void World::StartTimeline() {
 
 std::optional<World::Clock::time_point> World::NextBlockTime() const {
   if (!pushes_.empty()) return Clock::time_point::min();
-  if (nextEvent_ == scenario_->events.size()) return std::nullopt;
-  const Milliseconds at = scenario_->Scaled(scenario_->events[nextEvent_].atMs);
+  if (nextEvent_ == (recorded_ ? recorded_->blocks.size() : scenario_->events.size())) return std::nullopt;
+  const Milliseconds at =
+      scenario_->Scaled(recorded_ ? recorded_->blocks[nextEvent_].atMs : scenario_->events[nextEvent_].atMs);
   return timelineStart_ + std::chrono::duration_cast<Clock::duration>(at);
 }
 
@@ -33,6 +37,7 @@ Block World::TakeBlock() {
     pushes_.pop_front();
     return MakeBlock(push.camera, push.type, {});
   }
+  if (recorded_) return recorded_->blocks[nextEvent_++].block;
   const Event& event = scenario_->events[nextEvent_++];
   Apply(event);
   return MakeBlock(event.camera, event.type, event.values);

@@ -27,7 +27,8 @@ class World {
   /// Records never change; a camera that changes gets a new record. So a record is read without the lock.
   using Record = std::shared_ptr<const CameraRecord>;
 
-  explicit World(std::shared_ptr<const Scenario> scenario);
+  /// stream: which one of a capture is played; the last one where it has fewer.
+  explicit World(std::shared_ptr<const Scenario> scenario, std::size_t stream = 0);
 
   /// Starts the events, or starts them again, at this moment.
   void StartTimeline();
@@ -68,6 +69,7 @@ class World {
   std::optional<std::size_t> FindPresent(Predicate predicate) const;
 
   std::shared_ptr<const Scenario> scenario_;
+  const RecordedStream* recorded_ = nullptr;  ///< played in place of the events; null for none
   std::vector<Camera> cameras_;  ///< in the order of the scenario
   std::deque<PendingPush> pushes_;
   std::size_t nextEvent_ = 0;
