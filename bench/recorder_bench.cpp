@@ -1,0 +1,73 @@
+/// What recording costs: the same operations through the finder library and through the recorder, over a scripted
+/// platform library. Use: TARN_CAPTURE=FILE recorder_bench
+///
+/// A bare command is two calls of the platform library, and a picture one block and the end of its delivery.
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "wizard/finder_library.h"
+
+namespace {
+
+using wizard::CountingCallback;
+using wizard::FinderLibrary;
+
+constexpr std::size_t kPictureSize = 100 * 1024;
+
+/// The library that is measured, with a callback installed.
+struct Wizard {
+  explicit Wizard(const char* file) {
+    setenv("TARN_LIBRARY_UNDER_TEST", file, 1);
+    library = std::make_unique<FinderLibrary>();
+    finder = library->MakeFinder();
+    finder->SetNewCameraDataCallback(&callback);
+  }
+  CountingCallback callback;
+  std::unique_ptr<FinderLibrary> library;
+  Kestrel::ComPtr<wizard::ICameraFinder> finder;
+};
+
+void BareCommand(benchmark::State& state, const char* file) {
+  GetScriptedDbi()->Reset();
+  GetScriptedDbi()->StopNotingCalls();
+  const Wizard wizard(file);
+  for (auto _ : state) wizard.finder->SendBareCommand();
+}
+
+scripted::Bytes PictureBlock() {
+  scripted::Bytes block = {5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x0B, 2, 0, 0, 0, 'A', 0, 6, 0, 0, 0};
+  for (int shift = 0; shift < 64; shift += 8)
+    block.push_back(static_cast<std::uint8_t>(std::uint64_t{kPictureSize} >> shift));
+  for (std::size_t i = 0; i < kPictureSize; ++i) block.push_back(static_cast<std::uint8_t>(i * 2654435761U >> 13));
+  return block;
+}
+
+void Picture(benchmark::State& state, const char* file) {
+  GetScriptedDbi()->Reset();
+  GetScriptedDbi()->StopNotingCalls();
+  const Wizard wizard(file);
+  const scripted::Bytes block = PictureBlock();
+  for (auto _ : state) GetScriptedDbi()->Push(1, block);
+  if (wizard.callback.count == 0) state.SkipWithError("no picture was delivered");
+}
+
+/// What one copy of the block costs, for comparison: to memory, and to a file as the recording writes it.
+void CopyToMemory(benchmark::State& state) {
+  const scripted::Bytes block = PictureBlock();
+  scripted::Bytes copy(block.size());
+  for (auto _ : state) {
+    std::copy(block.begin(), block.end(), copy.begin());
+    benchmark::DoNotOptimize(copy.data());
+  }
+}
+
+BENCHMARK_CAPTURE(BareCommand, finder, TARN_FINDER_FILE);
+BENCHMARK_CAPTURE(BareCommand, recorder, TARN_RECORDER_FILE);
+BENCHMARK_CAPTURE(Picture, finder, TARN_FINDER_FILE)->UseRealTime();
+BENCHMARK_CAPTURE(Picture, recorder, TARN_RECORDER_FILE)->UseRealTime();
+BENCHMARK(CopyToMemory);
+
+}  // namespace
