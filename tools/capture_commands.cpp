@@ -15,12 +15,6 @@ void AddRequiredFile(CLI::App& command, const char* name, std::string& file, con
   command.add_option(name, file, purpose)->required()->type_name("")->check(CheckText);
 }
 
-/// A hardware or an IP address, in its standard form.
-std::string NormaliseCameraAddress(std::string& text) {
-  if (CheckIpAddress(text).empty()) return {};
-  return NormaliseMac(text).empty() ? "" : "is neither a hardware nor an IP address";
-}
-
 }  // namespace
 
 void DefineDecode(CLI::App& command, Options& options) {
@@ -62,7 +56,7 @@ void DefineExplain(CLI::App& command, Options& options) {
   command.add_option("ADDRESS", options.capture.address, "Hardware or IP address of the camera")
       ->required()
       ->type_name("")
-      ->transform(CLI::Validator(NormaliseCameraAddress, ""));
+      ->transform(CLI::Validator(NormaliseAddress, ""));
   command.add_option("CAPTURE", options.capture.capture, "The capture; else the one that TARN_CAPTURE names")
       ->type_name("")
       ->check(CheckText);

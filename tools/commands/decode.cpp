@@ -1,8 +1,10 @@
+#include <nlohmann/json.hpp>
+
+#include "tools/commands/commands.h"
 #include "tools/decode/decoder.h"
 #include "tools/decode/input.h"
-#include "tools/decode/views.h"
-#include "tools/commands/commands.h"
 #include "tools/decode/message_json.h"
+#include "tools/decode/views.h"
 #include "tools/json_objects.h"
 
 namespace tarnfind {

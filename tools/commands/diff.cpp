@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <nlohmann/json.hpp>
+
 #include "tools/capture/camera_set.h"
 #include "tools/commands/commands.h"
 #include "tools/failure.h"

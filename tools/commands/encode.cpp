@@ -1,8 +1,10 @@
 #include <fmt/format.h>
 
-#include "tools/decode/input.h"
+#include <nlohmann/json.hpp>
+
 #include "tools/commands/commands.h"
 #include "tools/decode/hex_text.h"
+#include "tools/decode/input.h"
 #include "tools/decode/message_json.h"
 #include "tools/failure.h"
 

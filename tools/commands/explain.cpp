@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 
 #include "tools/capture/capture_file.h"
 #include "tools/capture/explanation.h"

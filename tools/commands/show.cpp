@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <nlohmann/json.hpp>
+
 #include "tools/capture/capture_file.h"
 #include "tools/capture/conversation.h"
 #include "tools/capture/event_filter.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <nlohmann/json.hpp>
 
 #include "tools/capture/capture_file.h"
 #include "tools/capture/conversation.h"
