@@ -28,7 +28,8 @@ def main():
             search = run("search", "--for", "1", "--json")
             with open(played, "wb") as file:
                 file.write(search.stdout)
-            summary = search.stdout.decode().splitlines()[-1]
+            #  Behind the summary stands what failed, such as a list that the server refused.
+            summary = next((line for line in search.stdout.decode().splitlines() if '"summary"' in line), "no summary")
             if f'"cameras":{cameras},' not in summary:
                 wrong.append(f"{name}: {cameras} cameras expected: {summary}")
             same = run("diff", capture, played)
