@@ -133,7 +133,8 @@ TEST(BufferPool, IsPrivateOnceTheSharedOneIsClosed) {
     pool->GetBuffer(SmallBufferList);
     std::exit(privatePools && live > 1 && GetBufferStatistics().liveBlocks == 1 && *early->GetData() == 'a' ? 0 : 1);
   };
-  GetBuffer(SmallBufferList);
+  // Two at once, so that one waits in the shared pool while the other is in use.
+  { const auto first = GetBuffer(SmallBufferList), second = GetBuffer(SmallBufferList); }
   EXPECT_EXIT(useAfterClosing(), testing::ExitedWithCode(0), "");
 }
 
