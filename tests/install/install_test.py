@@ -191,7 +191,7 @@ def step_msvc_abi():
                      "values|1|", "picture 137|"):
         if not any(line.startswith(expected) for line in lines):
             sys.exit(f"missing: {expected}")
-    refused = os.environ | {"TARN_SIMULATOR_SCENARIO": os.path.join(A.source, "tests/tools/refusing_scenario.json")}
+    refused = os.environ | {"TARN_SIMULATOR_SCENARIO": os.path.join(A.source, "tests/install/refusing_scenario.json")}
     done = subprocess.run([A.run, program + ".exe"], capture_output=True, env=refused, check=False)
     if (done.returncode, done.stdout.strip()) != (1, b"Der Server ist m\xfcde"):
         sys.exit(f"refused: {done}")
