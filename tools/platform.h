@@ -17,7 +17,8 @@ std::vector<std::string> Utf8Arguments(int count, char** values);
 
 enum class Stream { kOutput, kError };
 
-/// To be called first. From here on a write fails where the reader of the output has gone; it does not end the process.
+/// To be called first. From here on standard input gives its bytes unchanged, and a write fails where the reader of the
+/// output has gone; it does not end the process.
 void PrepareStreams();
 /// Whether the stream is a terminal that obeys control sequences. Requires PrepareStreams.
 bool IsTerminal(Stream stream);

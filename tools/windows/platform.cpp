@@ -135,6 +135,8 @@ std::vector<std::string> Utf8Arguments(int count, char** values) {
 }
 
 void PrepareStreams() {
+  // Messages and captures come in that way, and text mode would end them at the first byte 1A.
+  _setmode(_fileno(stdin), _O_BINARY);
   Prepare(outputTarget);
   Prepare(errorTarget);
 }
