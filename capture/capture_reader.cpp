@@ -128,8 +128,15 @@ bool CaptureReader::Next(Frame& frame) {
   frame.number = packets_;
   frame.offset = packet.offset;
   frame.time = packet.time;
-  frame.body.assign(packet.bytes.begin(), packet.bytes.end());
-  std::uint64_t seen = frame.body.size();
+  frame.body.clear();
+  // A packet may hold more than its frame says; those bytes belong to nothing.
+  const std::uint64_t most = std::min<std::uint64_t>(kLargestBody, frame.header.bodySize);
+  const auto take = [&frame, most](std::span<const std::uint8_t> bytes) {
+    const auto taken = bytes.first(std::min<std::size_t>(most - frame.body.size(), bytes.size()));
+    frame.body.insert(frame.body.end(), taken.begin(), taken.end());
+  };
+  take(packet.bytes);
+  std::uint64_t seen = packet.bytes.size();
   while (seen < frame.header.bodySize) {
     if (!NextPacket(packet)) break;
     if (packet.header.bodyOffset != seen || packet.header.bodySize != frame.header.bodySize ||
@@ -138,9 +145,7 @@ bool CaptureReader::Next(Frame& frame) {
       break;
     }
     seen += packet.bytes.size();
-    const std::size_t room = kLargestBody - std::min(kLargestBody, frame.body.size());
-    const auto taken = packet.bytes.first(std::min(room, packet.bytes.size()));
-    frame.body.insert(frame.body.end(), taken.begin(), taken.end());
+    take(packet.bytes);
   }
   return true;
 }
