@@ -4,8 +4,8 @@
 /// Errors   CaptureError where the file is no capture, or damaged: frames before that have been returned. A file that
 ///          ends inside a block, as after a kill, is no error: the frames before it are returned, and
 ///          GetBytesBehindLastBlock tells.
-/// Input    Any bytes: packets of other interfaces, frames of later versions and unknown blocks are skipped and
-/// counted.
+/// Input    Any bytes. Packets of other interfaces, frames of later versions and unknown blocks are skipped, and their
+///          number is kept.
 #pragma once
 
 #include <cstddef>

@@ -2,8 +2,7 @@
 ///
 /// Text getters return a new BSTR of the member's text up to its first NUL.
 ///
-/// Errors   No operation throws. A getter's text is null where there is no memory, and empty where the system refuses
-/// to
+/// Errors   No operation throws. A getter's text is null where there is no memory, and empty where the system cannot
 ///          convert it. A setter that fails changes nothing.
 /// Threads  No lock inside: one thread at a time uses an object.
 #pragma once

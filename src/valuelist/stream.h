@@ -28,9 +28,8 @@ inline constexpr char kReadFailed[] = "RawStreamer - read failed";
 
 /// Reads memory that it does not own; the memory must outlive it.
 ///
-/// Errors  IKestrelStreamException: kReadFailed where fewer than n bytes are left, the position stays; from Write
-/// always
-///         "RawReader - write not allowed".
+/// Errors  IKestrelStreamException. Read: kReadFailed where fewer than n bytes are left; the position stays. Write:
+///         always "RawReader - write not allowed".
 class RawReader final : public IKestrelStream {
  public:
   RawReader(const void* bytes, std::uint64_t size) : bytes_(static_cast<const std::uint8_t*>(bytes)), size_(size) {}
