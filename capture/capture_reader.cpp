@@ -1,13 +1,12 @@
 #include "capture/capture_reader.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstring>
+
+#include "base/byte_order.h"
+#include "base/hex_digits.h"
 
 namespace capture {
 namespace {
-
-static_assert(std::endian::native == std::endian::little, "numbers are read as they stand in the file");
 
 constexpr std::uint64_t kNanosecondsPerSecond = 1'000'000'000;
 /// More than the largest packet with all its options; a larger block of ours is damage.
@@ -19,17 +18,15 @@ constexpr std::size_t kInterfaceFixedSize = 8;
 constexpr std::size_t kPacketFixedSize = sizeof(PacketHead) - kBlockHeadSize;
 constexpr std::uint16_t kResolutionOption = 9;
 
+/// Requires that the bytes reach so far.
 template <class Number>
 Number NumberAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
-  Number number;
-  std::memcpy(&number, bytes.data() + offset, sizeof number);
-  return number;
+  return Kestrel::LoadLittleEndian<Number>(bytes.data() + offset);
 }
 
 std::string Hex(std::uint32_t number) {
-  constexpr char kDigits[] = "0123456789abcdef";
   std::string text = "0x";
-  for (int shift = 28; shift >= 0; shift -= 4) text += kDigits[number >> shift & 15];
+  for (int shift = 28; shift >= 0; shift -= 4) text += Kestrel::kLowerHexDigits[number >> shift & 15];
   return text;
 }
 
@@ -66,7 +63,7 @@ class PayloadCursor {
   bool Take(Number& number) {
     std::span<const std::uint8_t> bytes;
     if (!Take(sizeof number, bytes)) return false;
-    std::memcpy(&number, bytes.data(), sizeof number);
+    number = Kestrel::LoadLittleEndian<Number>(bytes.data());
     return true;
   }
   template <class Unit>
@@ -75,7 +72,7 @@ class PayloadCursor {
     std::span<const std::uint8_t> bytes;
     if (!Take(size) || !Take(size, bytes)) return false;
     text.resize(size / sizeof(Unit));
-    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(Unit));
+    Kestrel::LoadLittleEndian(bytes.data(), std::span(text));
     return true;
   }
 
@@ -101,7 +98,7 @@ std::optional<std::span<const std::uint8_t>> Frame::Find(PartKind kind) const {
 std::vector<std::uint64_t> Frame::GetArguments() const {
   const auto payload = Find(PartKind::kArguments).value_or(std::span<const std::uint8_t>());
   std::vector<std::uint64_t> arguments(payload.size() / sizeof(std::uint64_t));
-  if (!arguments.empty()) std::memcpy(arguments.data(), payload.data(), arguments.size() * sizeof(std::uint64_t));
+  Kestrel::LoadLittleEndian(payload.data(), std::span(arguments));
   return arguments;
 }
 
@@ -186,8 +183,7 @@ bool CaptureReader::ReadBlock(std::uint32_t length) {
     return false;
   }
   block_.resize(block_.size() - kBlockTailSize);
-  std::uint32_t again;
-  std::memcpy(&again, block_.data() + block_.size(), sizeof again);
+  const auto again = Kestrel::LoadLittleEndian<std::uint32_t>(block_.data() + block_.size());
   if (again != length)
     Refuse("the block's length " + std::to_string(length) + " again at its end", std::to_string(again));
   return true;

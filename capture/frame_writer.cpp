@@ -5,10 +5,10 @@
 #include <cstring>
 #include <string_view>
 
+#include "base/byte_order.h"  // asserts that numbers have the byte order of the file
+
 namespace capture {
 namespace {
-
-static_assert(std::endian::native == std::endian::little, "numbers go into the file as they stand in memory");
 
 template <class Value>
 platform::BytePiece BytesOf(const Value& value) {

@@ -73,11 +73,9 @@ bool MaskRecord(std::span<std::uint8_t> record) {
     length = static_cast<std::size_t>(Kestrel::kVariantTypes[tag].fixedSize);
   } else {
     // An unknown tag is treated as a text: better too much is taken out than too little.
-    std::uint32_t stated = 0;
-    if (value.size() < sizeof stated) return false;
-    std::memcpy(&stated, value.data(), sizeof stated);
-    value = value.subspan(sizeof stated);
-    length = stated;
+    if (value.size() < sizeof(std::uint32_t)) return false;
+    length = Kestrel::LoadLittleEndian<std::uint32_t>(value.data());
+    value = value.subspan(sizeof(std::uint32_t));
   }
   const std::size_t unitSize = tag == Kestrel::vtWString ? 2 : 1;
   const bool isText = tag == Kestrel::vtString || tag == Kestrel::vtWString;
