@@ -3,20 +3,19 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 
 #include "base/base64.h"
 #include "base/byte_order.h"
-#include "base/exceptions.h"
 #include "capture/capture_reader.h"
 #include "protocol/block_format.h"
 #include "protocol/record_format.h"
 #include "protocol/request_wire.h"
+#include "tools/decode/cursor.h"
 #include "tools/decode/hex_text.h"
 #include "tools/decode/meanings.h"
+#include "tools/decode/values.h"
 #include "tools/text.h"
 #include "valuelist/value_list.h"
-#include "valuelist/variant.h"
 #include "valuelist/variant_types.h"
 
 namespace tarnfind {
@@ -24,64 +23,6 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 namespace wire = Tarn::CameraFinding;
-
-/// Thrown where a layer stops making sense; the node that it happened in holds the damage.
-struct Stop {};
-
-std::string Counted(std::size_t bytes) {
-  return fmt::format("{} byte{}", bytes, bytes == 1 ? "" : "s");
-}
-
-/// Reads forward over a part of a layer.
-class Cursor {
- public:
-  Cursor(Bytes bytes, std::size_t layer, std::size_t offset, std::size_t end)
-      : bytes_(bytes), layer_(layer), at_(offset), end_(end) {}
-
-  std::size_t GetLayer() const { return layer_; }
-  std::size_t GetOffset() const { return at_; }
-  std::size_t GetRemaining() const { return end_ - at_; }
-  Bytes Peek() const { return bytes_.subspan(at_, GetRemaining()); }
-
-  /// Takes that many bytes; where they are not there, the node gets the damage.
-  Bytes Take(std::size_t size, Node& node, const std::string& what) {
-    if (size > GetRemaining()) Fail(node, fmt::format("{}, {}", what, Counted(size)), Counted(GetRemaining()));
-    const Bytes taken = bytes_.subspan(at_, size);
-    at_ += size;
-    return taken;
-  }
-  /// The same, and notes it as a field of the node.
-  Bytes TakeField(std::size_t size, Node& node, const std::string& what) {
-    const std::size_t offset = at_;
-    const Bytes taken = Take(size, node, what);
-    if (size > 0) node.fields.push_back({offset, size, what});
-    return taken;
-  }
-  template <class Number>
-  Number TakeNumber(Node& node, const std::string& what) {
-    const std::size_t offset = at_;
-    const auto number = Kestrel::LoadLittleEndian<Number>(Take(sizeof(Number), node, what).data());
-    node.fields.push_back({offset, sizeof number, fmt::format("{} {}", what, number)});
-    return number;
-  }
-  /// The next bytes as a cursor of their own, which need not be used up.
-  Cursor Split(std::size_t size) {
-    const Cursor part(bytes_, layer_, at_, at_ + size);
-    at_ += size;
-    return part;
-  }
-  [[noreturn]] void Fail(Node& node, std::string expected, std::string found) const {
-    node.damage = Damage{at_, std::move(expected), std::move(found)};
-    node.size = at_ - node.offset;
-    throw Stop();
-  }
-
- private:
-  Bytes bytes_;
-  std::size_t layer_;
-  std::size_t at_;
-  std::size_t end_;
-};
 
 class Decoder {
  public:
@@ -293,85 +234,6 @@ class Decoder {
         DecodeList(block, Add(node, block, "list"), depth + 1);
       }
     });
-  }
-
-  void SetValue(Node& node, std::uint8_t tag, Bytes payload) {
-    switch (tag) {
-      case Kestrel::vtString: {
-        const std::string text(reinterpret_cast<const char*>(payload.data()), payload.size() - 1);
-        node.value = Printable(text);
-        if (IsValidUtf8(text)) node.value = text;
-        return;
-      }
-      case Kestrel::vtWString: {
-        std::u16string text(payload.size() / 2 - 1, u'\0');
-        Kestrel::LoadLittleEndian(payload.data(), std::span(text));
-        node.value = Utf8FromUtf16(text);
-        return;
-      }
-      case Kestrel::vtBinaryData:
-      case Kestrel::vtBlobPtr:
-        node.value = HexText(payload);
-        return;
-      case Kestrel::vtGuid:
-      case Kestrel::vtFileTime:
-      case Kestrel::vtDateTime:
-        SetByText(node, tag, payload);
-        return;
-      case Kestrel::vtBool:
-        node.value = payload[0] != 0;
-        return;
-      case Kestrel::vtFloat:
-        SetFloating<float>(node, payload);
-        return;
-      case Kestrel::vtDouble:
-        SetFloating<double>(node, payload);
-        return;
-      default:
-        SetInteger(node, tag, payload);
-        return;
-    }
-  }
-
-  template <class Number>
-  static void SetFloating(Node& node, Bytes payload) {
-    const auto number = Kestrel::LoadLittleEndian<Number>(payload.data());
-    if (std::isfinite(number)) node.value = number;
-    node.meaning = std::isfinite(number) ? "" : "no finite number";
-  }
-
-  static void SetInteger(Node& node, std::uint8_t tag, Bytes payload) {
-    std::uint64_t number = 0;
-    for (std::size_t i = 0; i < payload.size(); ++i) number |= std::uint64_t{payload[i]} << 8 * i;
-    const bool isSigned = tag == Kestrel::vtChar || tag == Kestrel::vtSChar || tag == Kestrel::vtShort ||
-                          tag == Kestrel::vtInt || tag == Kestrel::vtInt64 || tag == Kestrel::vtLong;
-    const auto shift = static_cast<int>(64 - 8 * payload.size());
-    if (isSigned)
-      node.value = static_cast<std::int64_t>(number << shift) >> shift;
-    else
-      node.value = number;
-  }
-
-  /// The types whose text form says more than their number. The number is what is encoded again.
-  static void SetByText(Node& node, std::uint8_t tag, Bytes payload) {
-    if (tag == Kestrel::vtGuid)
-      node.value = HexText(payload);
-    else
-      node.value = Kestrel::LoadLittleEndian<std::uint64_t>(payload.data());
-    try {
-      Kestrel::Variant variant = Kestrel::Variant::Create(tag);
-      variant.ReadRaw(payload.data(), payload.size());
-      node.meaning = variant.ToString();
-    } catch (const Kestrel::KestrelException&) {
-      node.meaning = "no date";
-    }
-  }
-
-  static void Explain(Node& node) {
-    const std::uint64_t number = node.value.is_number_integer() ? node.value.get<std::uint64_t>() : 0;
-    const std::string text = node.value.is_string() ? node.value.get<std::string>() : std::string();
-    const std::string meaning = MeaningOfEntry(node.name.value_or(""), number, text);
-    if (!meaning.empty()) node.meaning += (node.meaning.empty() ? "" : "; ") + meaning;
   }
 
   void DecodeBlock(Cursor& cursor, Node& node, std::uint32_t messageType) {
