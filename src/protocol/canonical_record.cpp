@@ -1,12 +1,12 @@
 #include "protocol/canonical_record.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <type_traits>
 
 #include "base/byte_order.h"
 #include "base/text_conversion.h"
+#include "protocol/canonical_bytes.h"
 #include "protocol/record_format.h"
 #include "valuelist/value_list.h"
 
@@ -22,7 +22,7 @@ constexpr bool kIsTexts = std::is_same_v<Value, Texts>;
 
 /// The tag of a member's value.
 template <class Value>
-constexpr std::uint8_t kMemberTag = [] {
+constexpr Kestrel::VariantType kMemberTag = [] {
   if constexpr (kIsText<Value>) return Kestrel::vtString;
   if constexpr (kIsTexts<Value>) return Kestrel::vtBinaryData;
   if constexpr (std::is_same_v<Value, bool>) return Kestrel::vtBool;
@@ -30,45 +30,15 @@ constexpr std::uint8_t kMemberTag = [] {
   if constexpr (std::is_same_v<Value, std::uint32_t>) return Kestrel::vtUInt;
   if constexpr (std::is_same_v<Value, std::uint64_t>) return Kestrel::vtInt64;  // of the same width; see value_list.h
 }();
-constexpr std::size_t kLengthSize = sizeof(std::uint32_t);
 
-/// Bytes that are the same in every message: what stands before a value, or at the head of an element.
-struct Fixed {
-  std::array<std::uint8_t, 24> bytes{};
-  std::size_t size = 0;
-
-  constexpr Fixed& Byte(std::size_t byte) {
-    bytes[size++] = static_cast<std::uint8_t>(byte);
-    return *this;
-  }
-  constexpr Fixed& Number(std::uint32_t number) {
-    for (std::size_t i = 0; i < sizeof number; ++i) Byte(number >> 8 * i & 0xFF);
-    return *this;
-  }
-  constexpr Fixed& Text(std::string_view text) {
-    Byte(Kestrel::vtString).Number(static_cast<std::uint32_t>(text.size() + 1));
-    for (const char c : text) Byte(static_cast<unsigned char>(c));
-    return Byte(0);
-  }
-};
-
-/// A value list without a name, up to its first entry.
-constexpr Fixed Head(std::uint32_t entries) {
-  return Fixed().Number(Kestrel::ValueListIdentifier).Text("").Number(entries);
-}
-/// An entry up to its value.
-constexpr Fixed Entry(std::string_view key, std::uint8_t tag) {
-  return Fixed().Text(key).Byte(tag);
-}
-
-constexpr Fixed kRecordHead = Head(kRecordKeys.size());
-constexpr Fixed kOneEntryHead = Head(1);
-constexpr Fixed kTextEntry = Entry(kListElementKey, Kestrel::vtString);
-constexpr Fixed kCameraListEntry = Entry(kCameraInfoListKey, Kestrel::vtBinaryData);
-constexpr Fixed kListHead = Fixed().Number(ListMarker);
+constexpr FixedBytes kRecordHead = ValueListHead(kRecordKeys.size());
+constexpr FixedBytes kOneEntryHead = ValueListHead(1);
+constexpr FixedBytes kTextEntry = FixedBytes().Entry(kListElementKey, Kestrel::vtString);
+constexpr FixedBytes kCameraListEntry = FixedBytes().Entry(kCameraInfoListKey, Kestrel::vtBinaryData);
+constexpr FixedBytes kListHead = FixedBytes().Number(ListMarker);
 
 template <std::size_t row, class Value>
-constexpr Fixed kRecordEntry = Entry(kRecordKeys[row].key, kMemberTag<Value>);
+constexpr FixedBytes kRecordEntry = FixedBytes().Entry(kRecordKeys[row].key, kMemberTag<Value>);
 
 constexpr std::size_t kListHeadSize = kListHead.size + kLengthSize;
 
@@ -82,41 +52,21 @@ static_assert([] {
   for (const RecordKey& row : kRecordKeys)
     size += std::visit(
         [&row]<class Value>(Value CameraRecord::*) {
-          return Entry(row.key, kMemberTag<Value>).size + kSmallestValue<Value>;
+          return FixedBytes().Entry(row.key, kMemberTag<Value>).size + kSmallestValue<Value>;
         },
         row.member);
   return size == kSmallestElement<CameraRecord>;
 }());
 
-class Writer {
+class Writer : public CanonicalWriter {
  public:
-  explicit Writer(std::uint8_t* target) : at_(target) {}
+  using CanonicalWriter::CanonicalWriter;
+  using CanonicalWriter::PutValue;
 
-  template <const Fixed& fixed>
-  void Put() {
-    Put(fixed.bytes.data(), fixed.size);
-  }
-  void Put(const void* bytes, std::size_t size) {
-    std::memcpy(at_, bytes, size);
-    at_ += size;
-  }
-  void PutNumber(std::size_t number) { PutValue(static_cast<std::uint32_t>(number)); }
-
-  void PutValue(const std::string& text) {
-    PutNumber(text.size() + 1);
-    Put(text.c_str(), text.size() + 1);
-  }
   void PutValue(const Texts& texts) {
     PutNumber(EncodedListSize(texts));
     PutList(texts);
   }
-  template <class Number>
-  requires std::is_arithmetic_v<Number>
-  void PutValue(Number number) {
-    Kestrel::StoreLittleEndian(at_, number);
-    at_ += sizeof number;
-  }
-
   void PutElement(const std::string& text) {
     Put<kOneEntryHead>();
     Put<kTextEntry>();
@@ -135,20 +85,11 @@ class Writer {
     PutNumber(Kestrel::ClipSizeT(elements.size()));
     for (const Element& element : elements) PutElement(element);
   }
-
- private:
-  std::uint8_t* at_;
 };
 
-std::size_t ValueSize(const std::string& text) {
-  return kLengthSize + text.size() + 1;
-}
+using CameraFinding::ValueSize;
 std::size_t ValueSize(const Texts& texts) {
   return kLengthSize + EncodedListSize(texts);
-}
-template <class Number>
-requires std::is_arithmetic_v<Number> std::size_t ValueSize(Number) {
-  return sizeof(Number);
 }
 
 std::size_t ElementSize(const std::string& text) {
@@ -176,7 +117,7 @@ class Reader {
 
   std::size_t GetRemaining() const { return static_cast<std::size_t>(end_ - at_); }
 
-  template <const Fixed& fixed>
+  template <const FixedBytes& fixed>
   bool Skip() {
     if (GetRemaining() < fixed.size || std::memcmp(at_, fixed.bytes.data(), fixed.size) != 0) return false;
     at_ += fixed.size;
