@@ -14,7 +14,6 @@
 #include "protocol/finder_messages.h"
 #include "protocol/record_wire.h"
 #include "protocol/request_wire.h"
-#include "valuelist/buffer.h"
 
 namespace Tarn::CameraFinding {
 namespace {
@@ -46,13 +45,6 @@ CameraRecord RecordFromCamera(ICameraInfo& camera) {
                                     std::move(firmwareVersion), std::string()));
 }
 
-template <class Message>
-Kestrel::ValueList CommandOf(Message message) {
-  Kestrel::ValueList command;
-  Serialize(command, Direction::kWrite, message);
-  return command;
-}
-
 }  // namespace
 
 IPCFinder::IPCFinder(void* server, void* channelArgument) : streamInfo_(CreateLiveStream(server, channelArgument)) {}
@@ -66,14 +58,14 @@ IPCFinder::~IPCFinder() {
 void IPCFinder::SendMacAddress(const OLECHAR* macAddress) {
   Kestrel::SwallowExceptions([&] {
     Kestrel::ValueList reply;
-    SendCommand(CommandOf(MacAddressMessage{Kestrel::Utf8FromNulTerminated(macAddress)}), reply);
+    Exchange(*EncodeRequest(MacAddressMessage{Kestrel::Utf8FromNulTerminated(macAddress)}), reply);
   });
 }
 
 void IPCFinder::RequestInfoByIp(const OLECHAR* ipAddress) {
   Kestrel::SwallowExceptions([&] {
     Kestrel::ValueList reply;
-    SendCommand(CommandOf(InfoByIpMessage{Kestrel::Utf8FromNulTerminated(ipAddress)}), reply);
+    Exchange(*EncodeRequest(InfoByIpMessage{Kestrel::Utf8FromNulTerminated(ipAddress)}), reply);
     // Dropped, because what the server found arrives at the callback.
     CameraRecord record;
     ReadRecord(reply, record);
@@ -83,7 +75,7 @@ void IPCFinder::RequestInfoByIp(const OLECHAR* ipAddress) {
 void IPCFinder::ListFoundCameras(IFoundCameraReceiver* receiver) {
   if (!HasStartedStream()) return;
   std::vector<CameraRecord> cameras;
-  Exchange(CommandOf(ListFoundMessage{}),
+  Exchange(*EncodeRequest(ListFoundMessage{}),
            [&cameras](std::span<const std::uint8_t> reply) { cameras = ReadCameraReply(reply); });
   if (!receiver) return;
   for (CameraRecord& record : cameras) {
@@ -106,7 +98,7 @@ std::uint8_t IPCFinder::SendNetworkCommandType1(ICameraInfo* camera) {
 void IPCFinder::SendBareCommand() {
   Kestrel::SwallowExceptions([this] {
     Kestrel::ValueList reply;
-    SendCommand(CommandOf(BareMessage{}), reply);
+    Exchange(*EncodeRequest(BareMessage{}), reply);
   });
 }
 
@@ -120,20 +112,23 @@ std::uint8_t IPCFinder::SendNetworkCommand(ICameraInfo* camera, std::uint32_t ne
     static_cast<CameraRecord&>(command) = RecordFromCamera(*camera);
     command.networkCommandType = networkCommandType;
     Kestrel::ValueList reply;
-    SendCommand(CommandOf(std::move(command)), reply);
+    Exchange(*EncodeRequest(command), reply);
   });
 }
 
 void IPCFinder::SendCommand(const Kestrel::ValueList& command, Kestrel::ValueList& reply) {
-  Exchange(command, [&reply](std::span<const std::uint8_t> bytes) { DecodeReply(bytes, reply); });
+  Exchange(*EncodeRequest(command), reply);
 }
 
-void IPCFinder::Exchange(const Kestrel::ValueList& command,
+void IPCFinder::Exchange(const Kestrel::Buffer& request, Kestrel::ValueList& reply) {
+  Exchange(request, [&reply](std::span<const std::uint8_t> bytes) { DecodeReply(bytes, reply); });
+}
+
+void IPCFinder::Exchange(const Kestrel::Buffer& request,
                          const std::function<void(std::span<const std::uint8_t>)>& read) {
   if (!HasStartedStream()) return;
-  const Kestrel::ReferencePointer<Kestrel::Buffer> request = EncodeRequest(command);
   DspReply reply;
-  SendRequest(*streamInfo_, request->GetBytes(), reply);
+  SendRequest(*streamInfo_, request.GetBytes(), reply);
   if (!reply.GetBytes().empty()) read(reply.GetBytes());
 }
 

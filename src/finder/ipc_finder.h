@@ -17,6 +17,7 @@
 #include "finder/module_hold.h"
 #include "protocol/camera_record.h"
 #include "tarn/camera_finding.h"
+#include "valuelist/buffer.h"
 #include "valuelist/value_list.h"
 
 namespace Tarn::CameraFinding {
@@ -44,12 +45,15 @@ class IPCFinder : public ICameraFinder, public IPCFindingSender {
   void SendBareCommand() override;
   std::uint8_t SendNetworkCommandType4(ICameraInfo* camera) override;
 
+  /// For a command that stands in a list. The finder's own operations make none (request_wire.h).
   void SendCommand(const Kestrel::ValueList& command, Kestrel::ValueList& reply) override;
 
  private:
-  /// Sends the command, and calls read with the reply's bytes if there are any. Returns without sending where the
+  /// Sends the request, and calls read with the reply's bytes if there are any. Returns without sending where the
   /// channel cannot be opened. Throws DBIException, and what read throws.
-  void Exchange(const Kestrel::ValueList& command, const std::function<void(std::span<const std::uint8_t>)>& read);
+  void Exchange(const Kestrel::Buffer& request, const std::function<void(std::span<const std::uint8_t>)>& read);
+  /// The same, with the reply read into a list.
+  void Exchange(const Kestrel::Buffer& request, Kestrel::ValueList& reply);
   std::uint8_t SendNetworkCommand(ICameraInfo* camera, std::uint32_t networkCommandType);
   bool HasStartedStream();
 

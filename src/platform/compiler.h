@@ -11,6 +11,9 @@
 #define TARN_AVX2
 #endif
 
+/// All calls in the function are inlined: then what is a local object of it lies in registers.
+#define TARN_FLATTEN [[gnu::flatten]]
+
 /// Of the function's arguments, counted from 1, one is a printf format, and those from firstValue on are its values.
 #define TARN_PRINTF_FORMAT(formatText, firstValue) [[gnu::format(printf, formatText, firstValue)]]
 

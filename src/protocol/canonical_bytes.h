@@ -75,13 +75,16 @@ class CanonicalWriter {
     at_ += sizeof number;
   }
 
+  std::uint8_t* GetEnd() const { return at_; }
+
+ protected:
+  std::uint8_t* at_;
+
  private:
   void Put(const void* bytes, std::size_t size) {
     std::memcpy(at_, bytes, size);
     at_ += size;
   }
-
-  std::uint8_t* at_;
 };
 
 }  // namespace Tarn::CameraFinding

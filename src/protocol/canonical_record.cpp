@@ -6,6 +6,7 @@
 
 #include "base/byte_order.h"
 #include "base/text_conversion.h"
+#include "platform/compiler.h"
 #include "protocol/canonical_bytes.h"
 #include "protocol/record_format.h"
 #include "valuelist/value_list.h"
@@ -74,10 +75,7 @@ class Writer : public CanonicalWriter {
   }
   void PutElement(const CameraRecord& record) {
     Put<kRecordHead>();
-    ForEachMember(record, [this](auto row, const auto& value) {
-      Put<kRecordEntry<row, std::remove_cvref_t<decltype(value)>>>();
-      PutValue(value);
-    });
+    at_ = EncodeEntries(record, at_);
   }
   template <class Element>
   void PutList(const std::vector<Element>& elements) {
@@ -96,11 +94,7 @@ std::size_t ElementSize(const std::string& text) {
   return kOneEntryHead.size + kTextEntry.size + ValueSize(text);
 }
 std::size_t ElementSize(const CameraRecord& record) {
-  std::size_t size = kRecordHead.size;
-  ForEachMember(record, [&size](auto row, const auto& value) {
-    size += kRecordEntry<row, std::remove_cvref_t<decltype(value)>>.size + ValueSize(value);
-  });
-  return size;
+  return kRecordHead.size + EncodedEntriesSize(record);
 }
 
 template <class Element>
@@ -199,6 +193,22 @@ std::optional<CameraListHead> DecodeCameraListHead(std::span<const std::uint8_t>
       !reader.Skip<kListHead>() || !reader.Read(count) || blockSize < kListHeadSize)
     return std::nullopt;
   return CameraListHead{bytes.size() - reader.GetRemaining(), count, blockSize - kListHeadSize};
+}
+
+std::size_t EncodedEntriesSize(const CameraRecord& record) {
+  std::size_t size = 0;
+  ForEachMember(record, [&size](auto row, const auto& value) {
+    size += kRecordEntry<row, std::remove_cvref_t<decltype(value)>>.size + ValueSize(value);
+  });
+  return size;
+}
+TARN_FLATTEN std::uint8_t* EncodeEntries(const CameraRecord& record, std::uint8_t* target) {
+  Writer writer(target);
+  ForEachMember(record, [&writer](auto row, const auto& value) {
+    writer.Put<kRecordEntry<row, std::remove_cvref_t<decltype(value)>>>();
+    writer.PutValue(value);
+  });
+  return writer.GetEnd();
 }
 
 std::size_t EncodedListSize(const std::vector<CameraRecord>& records) {

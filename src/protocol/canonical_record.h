@@ -44,6 +44,11 @@ struct CameraListHead {
 /// The head at the beginning of the bytes; nothing where it is not canonical.
 std::optional<CameraListHead> DecodeCameraListHead(std::span<const std::uint8_t> bytes);
 
+/// Size in bytes of the record's 21 entries, without the head of a value list before them.
+std::size_t EncodedEntriesSize(const CameraRecord& record);
+/// Writes exactly EncodedEntriesSize bytes and returns their end.
+std::uint8_t* EncodeEntries(const CameraRecord& record, std::uint8_t* target);
+
 /// Size in bytes of the list, from its marker on.
 std::size_t EncodedListSize(const std::vector<CameraRecord>& records);
 std::size_t EncodedListSize(const std::vector<std::string>& texts);

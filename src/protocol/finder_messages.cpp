@@ -5,11 +5,6 @@
 namespace Tarn::CameraFinding {
 namespace {
 
-constexpr std::string_view kMacKey = "MAC";
-constexpr std::string_view kResendKey = "ListResendPrevPictures";
-constexpr std::string_view kInfoByIpKey = "GetInfoByIp";
-constexpr std::string_view kNetworkTypeKey = "SetNetworkCommandType";
-
 void WriteHeader(Kestrel::ValueList& list, FinderCommand command) {
   list.Add(kCommandKey, static_cast<std::uint32_t>(command));
 }

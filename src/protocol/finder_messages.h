@@ -32,6 +32,10 @@
 namespace Tarn::CameraFinding {
 
 inline constexpr std::string_view kCommandKey = "CMD";
+inline constexpr std::string_view kMacKey = "MAC";
+inline constexpr std::string_view kResendKey = "ListResendPrevPictures";
+inline constexpr std::string_view kInfoByIpKey = "GetInfoByIp";
+inline constexpr std::string_view kNetworkTypeKey = "SetNetworkCommandType";
 
 enum FinderCommand : std::uint32_t {
   fcSendMacAddress = 1,

@@ -1,10 +1,14 @@
 #include "protocol/request_wire.h"
 
+#include <algorithm>
 #include <string>
 
 #include "base/base64.h"
 #include "base/byte_order.h"
 #include "base/exceptions.h"
+#include "protocol/canonical_bytes.h"
+#include "protocol/canonical_record.h"
+#include "protocol/record_format.h"
 #include "valuelist/buffer_pool.h"
 #include "valuelist/stream.h"
 #include "valuelist/variant.h"
@@ -16,19 +20,76 @@ constexpr std::size_t kUnit = sizeof(char16_t);
 constexpr std::size_t kCodeSize = sizeof kFinderRequestCode;
 static_assert(kCodeSize % alignof(char16_t) == 0, "the text is written where it stands in the request");
 
+/// The request of a command whose binary form has that size and is written by write(target).
+template <class Write>
+Kestrel::ReferencePointer<Kestrel::Buffer> RequestOf(std::size_t binarySize, Write write) {
+  const std::size_t requestSize = kCodeSize + kUnit * Kestrel::Base64EncodedLength(binarySize);
+  auto request = Kestrel::GetBuffer(Kestrel::BufferPool::ListFor(requestSize + binarySize));
+  std::uint8_t* const bytes = request->Reserve(requestSize + binarySize);
+  std::uint8_t* const binary = bytes + requestSize;  // behind the request, so that one buffer is enough
+  write(binary);
+  Kestrel::StoreLittleEndian(bytes, kFinderRequestCode);
+  Kestrel::Base64EncodeTo(binary, binarySize, reinterpret_cast<char16_t*>(bytes + kCodeSize));
+  request->Truncate(requestSize);
+  return request;
+}
+
+/// A command up to its first entry after "CMD".
+constexpr FixedBytes CommandHead(FinderCommand command, std::uint32_t payloadEntries) {
+  return ValueListHead(1 + payloadEntries).Entry(kCommandKey, Kestrel::vtUInt).Number(command);
+}
+
+constexpr FixedBytes kSendMacAddress = CommandHead(fcSendMacAddress, 1).Entry(kMacKey, Kestrel::vtString);
+constexpr FixedBytes kListFoundCameras =
+    CommandHead(fcListFoundCameras, 1).Entry(kResendKey, Kestrel::vtBool).Byte(true);
+constexpr FixedBytes kGetInfoByIp = CommandHead(fcGetInfoByIp, 1).Entry(kInfoByIpKey, Kestrel::vtString);
+constexpr FixedBytes kBare = CommandHead(fcBare, 0);
+constexpr FixedBytes kSetNetwork =
+    CommandHead(fcSetNetwork, 1 + kRecordKeys.size()).Entry(kNetworkTypeKey, Kestrel::vtUInt);
+
+/// The request of a command that is its fixed bytes and the values behind them.
+template <const FixedBytes& fixed, class... Values>
+Kestrel::ReferencePointer<Kestrel::Buffer> RequestOf(const Values&... values) {
+  return RequestOf((fixed.size + ... + ValueSize(values)), [&](std::uint8_t* target) {
+    CanonicalWriter writer(target);
+    writer.Put<fixed>();
+    (writer.PutValue(values), ...);
+  });
+}
+
 }  // namespace
 
 Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const Kestrel::ValueList& command) {
   const auto binary = Kestrel::GetBuffer(Kestrel::MediumBufferList);
   command.Write(*binary);
-  const std::size_t binarySize = binary->GetBytes().size();
-  const std::size_t requestSize = kCodeSize + kUnit * Kestrel::Base64EncodedLength(binarySize);
+  const auto bytes = binary->GetBytes();
+  return RequestOf(bytes.size(), [bytes](std::uint8_t* target) { std::ranges::copy(bytes, target); });
+}
 
-  auto request = Kestrel::GetBuffer(Kestrel::BufferPool::ListFor(requestSize));
-  std::uint8_t* const bytes = request->Reserve(requestSize);
-  Kestrel::StoreLittleEndian(bytes, kFinderRequestCode);
-  Kestrel::Base64EncodeTo(binary->GetData(), binarySize, reinterpret_cast<char16_t*>(bytes + kCodeSize));
-  return request;
+Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const MacAddressMessage& message) {
+  return RequestOf<kSendMacAddress>(message.mac);
+}
+
+Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const ListFoundMessage&) {
+  return RequestOf<kListFoundCameras>();
+}
+
+Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const InfoByIpMessage& message) {
+  return RequestOf<kGetInfoByIp>(message.ip);
+}
+
+Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const BareMessage&) {
+  return RequestOf<kBare>();
+}
+
+Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const NetworkCommand& message) {
+  const std::size_t headSize = kSetNetwork.size + ValueSize(message.networkCommandType);
+  return RequestOf(headSize + EncodedEntriesSize(message), [&](std::uint8_t* target) {
+    CanonicalWriter writer(target);
+    writer.Put<kSetNetwork>();
+    writer.PutValue(message.networkCommandType);
+    EncodeEntries(message, target + headSize);
+  });
 }
 
 void DecodeRequest(std::span<const std::uint8_t> request, Kestrel::ValueList& command) {

@@ -19,6 +19,7 @@
 #include <span>
 
 #include "base/reference_counting.h"
+#include "protocol/finder_messages.h"
 #include "valuelist/buffer.h"
 #include "valuelist/value_list.h"
 
@@ -28,6 +29,14 @@ inline constexpr std::uint32_t kFinderRequestCode = 0x840A;
 
 /// The request of a command.
 Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const Kestrel::ValueList& command);
+/// The request of a message that the library sends. The bytes are those of the list that Serialize writes, but no list
+/// is made: the names and the numbers of entries are constants, so that only the values are copied.
+Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const MacAddressMessage& message);
+Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const ListFoundMessage& message);
+Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const InfoByIpMessage& message);
+Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const BareMessage& message);
+Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const NetworkCommand& message);
+
 /// The other end's direction. Throws BufferException for a wrong code or a cut request, else what ValueList throws.
 void DecodeRequest(std::span<const std::uint8_t> request, Kestrel::ValueList& command);
 

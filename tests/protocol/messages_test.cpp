@@ -40,6 +40,40 @@ NetworkCommand SampleNetworkCommand() {
   return command;
 }
 
+Bytes BytesOf(const Kestrel::ReferencePointer<Kestrel::Buffer>& buffer) {
+  return Bytes(buffer->GetBytes().begin(), buffer->GetBytes().end());
+}
+
+/// The request must be that of the list which the serialiser writes.
+template <class Message>
+void ExpectTheRequestOfItsList(Message message) {
+  Kestrel::ValueList written;
+  Serialize(written, Direction::kWrite, message);
+  EXPECT_EQ(BytesOf(EncodeRequest(message)), BytesOf(EncodeRequest(written)));
+}
+
+TEST(FinderMessages, AreRequestedAsTheirListsAre) {
+  ExpectTheRequestOfItsList(ListFoundMessage{false});
+  ExpectTheRequestOfItsList(BareMessage{});
+  using namespace std::string_literals;
+  // The lengths end a line of base64, pass the size of one buffer class, and leave each number of padding characters.
+  for (const std::string& text :
+       {""s, "a"s, "p\xC3\xA4ss\xE2\x82\xAC"s, "\xFF\0end"s, std::string(57, 'b'), std::string(70'000, 'c')}) {
+    SCOPED_TRACE(text.size());
+    ExpectTheRequestOfItsList(MacAddressMessage{text});
+    ExpectTheRequestOfItsList(InfoByIpMessage{text});
+    NetworkCommand command;
+    command.networkCommandType = 0x80000001;
+    ExpectTheRequestOfItsList(command);
+    command = SampleNetworkCommand();
+    command.loginUser = command.serialNumber = text;
+    command.vendorTypeMask = 0xFEDCBA9876543210;
+    command.ni2 = {text, "", text};
+    command.pluginNames.clear();
+    ExpectTheRequestOfItsList(command);
+  }
+}
+
 TEST(FinderMessages, AreWhatWasRecorded) {
   EXPECT_EQ(MessageIn("request-send-mac.bin", MacAddressMessage{}).mac, "00:40:8C:12:34:56");
   EXPECT_EQ(MessageIn("request-info-by-ip.bin", InfoByIpMessage{}).ip, "10.0.0.5");
@@ -51,10 +85,7 @@ TEST(FinderMessages, AreWhatWasRecorded) {
     NetworkCommand sample = SampleNetworkCommand();
     EXPECT_EQ(static_cast<const CameraRecord&>(command), sample);
     sample.networkCommandType = number;
-    Kestrel::ValueList written;
-    Serialize(written, Direction::kWrite, sample);
-    const auto request = EncodeRequest(written);
-    EXPECT_EQ(Bytes(request->GetBytes().begin(), request->GetBytes().end()), ReadSample(name));
+    EXPECT_EQ(BytesOf(EncodeRequest(sample)), ReadSample(name));
   }
   EXPECT_EQ(MessageIn("request-bare.bin", MacAddressMessage{"kept"}).mac, "kept");
 
@@ -136,8 +167,7 @@ TEST(FinderReply, IsWrittenAsRecordedByteForByte) {
   const Bytes recorded = ReadSample("reply-list-3.bin");
   Kestrel::ValueList list;
   WriteRecordList(list, kCameraInfoListKey, ReadCameraReply(recorded));
-  const auto reply = EncodeReply(list);
-  EXPECT_EQ(Bytes(reply->GetBytes().begin(), reply->GetBytes().end()), recorded);
+  EXPECT_EQ(BytesOf(EncodeReply(list)), recorded);
 }
 
 }  // namespace
