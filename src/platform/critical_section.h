@@ -22,7 +22,7 @@ class CriticalSection {
   void unlock();
 
  private:
-  alignas(8) std::byte storage_[48];
+  alignas(8) std::byte storage_[40];
 };
 
 }  // namespace platform

@@ -1,7 +1,12 @@
 #include "platform/critical_section.h"
 
+#include <linux/futex.h>
 #include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <atomic>
+#include <ctime>
 #include <new>
 #include <thread>
 
@@ -10,9 +15,62 @@
 namespace platform {
 namespace {
 
-struct Lock {
-  pthread_mutex_t mutex;
-  std::uint32_t spinCount;
+/// Entering a free lock takes one atomic exchange, and leaving it a plain store, because exchanges are most of the price
+/// of a lock that nobody else wants.
+class Lock {
+ public:
+  explicit Lock(std::uint32_t spinCount) : spinCount_(spinCount) {}
+
+  void Enter() {
+    const pthread_t self = pthread_self();
+    if (!TryTake()) {
+      // No other thread stores this one's name, so it stands here only while this thread holds the lock.
+      if (owner_.load(std::memory_order_relaxed) == self) {
+        ++reentries_;
+        return;
+      }
+      WaitAndTake();
+    }
+    owner_.store(self, std::memory_order_relaxed);
+  }
+
+  void Leave() {
+    if (reentries_ > 0) {
+      --reentries_;
+      return;
+    }
+    owner_.store(kNobody, std::memory_order_relaxed);
+    // A thread that goes to sleep between the load and the store is not woken. It sleeps for kLongestSleep then.
+    const bool isAwaited = state_.load(std::memory_order_relaxed) == kAwaited;
+    state_.store(kFree, std::memory_order_release);
+    if (isAwaited) syscall(SYS_futex, &state_, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+  }
+
+ private:
+  static constexpr std::uint32_t kFree = 0, kTaken = 1, kAwaited = 2;  // kAwaited: taken, and a thread may be asleep
+  static constexpr pthread_t kNobody = 0;
+  /// A sleeping thread looks again after this time, because Leave may miss it.
+  static constexpr std::timespec kLongestSleep = {.tv_sec = 0, .tv_nsec = 1'000'000};
+
+  bool TryTake() {
+    std::uint32_t seen = kFree;
+    return state_.compare_exchange_strong(seen, kTaken, std::memory_order_acquire, std::memory_order_relaxed);
+  }
+
+  void WaitAndTake() {
+    for (std::uint32_t i = 0; i < spinCount_; ++i) {
+      PauseInSpin();
+      if (state_.load(std::memory_order_relaxed) == kFree && TryTake()) return;
+    }
+    // Taken as awaited, because other threads may be asleep.
+    while (state_.exchange(kAwaited, std::memory_order_acquire) != kFree)
+      syscall(SYS_futex, &state_, FUTEX_WAIT_PRIVATE, kAwaited, &kLongestSleep, nullptr, 0);
+  }
+
+  std::atomic<std::uint32_t> state_{kFree};
+  const std::uint32_t spinCount_;
+  std::atomic<pthread_t> owner_{kNobody};
+  std::uint32_t reentries_ = 0;  ///< of the owner, beyond the first entry
 };
 
 Lock& In(std::byte* storage) {
@@ -22,33 +80,22 @@ Lock& In(std::byte* storage) {
 }  // namespace
 
 CriticalSection::CriticalSection(std::uint32_t spinCount) {
-  static_assert(sizeof(Lock) <= sizeof storage_ && alignof(Lock) <= alignof(std::max_align_t));
+  static_assert(sizeof(Lock) <= sizeof storage_ && alignof(Lock) <= 8);
   // With one processor no spinning, because the holder cannot run meanwhile.
   static const bool oneProcessor = std::thread::hardware_concurrency() == 1;
-  auto* const lock = new (storage_) Lock{{}, oneProcessor ? 0 : spinCount};
-  pthread_mutexattr_t attributes;
-  pthread_mutexattr_init(&attributes);
-  pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-  pthread_mutex_init(&lock->mutex, &attributes);
-  pthread_mutexattr_destroy(&attributes);
+  new (storage_) Lock(oneProcessor ? 0 : spinCount);
 }
 
 CriticalSection::~CriticalSection() {
-  pthread_mutex_destroy(&In(storage_).mutex);
+  In(storage_).~Lock();
 }
 
 void CriticalSection::lock() {
-  Lock& lock = In(storage_);
-  if (pthread_mutex_trylock(&lock.mutex) == 0) return;
-  for (std::uint32_t i = 0; i < lock.spinCount; ++i) {
-    PauseInSpin();
-    if (pthread_mutex_trylock(&lock.mutex) == 0) return;
-  }
-  pthread_mutex_lock(&lock.mutex);
+  In(storage_).Enter();
 }
 
 void CriticalSection::unlock() {
-  pthread_mutex_unlock(&In(storage_).mutex);
+  In(storage_).Leave();
 }
 
 }  // namespace platform
