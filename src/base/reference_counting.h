@@ -36,13 +36,23 @@ class VirtualReferenceCountBaseClass : NonCopyable {
   virtual void OnFinalRelease() = 0;
 };
 
-/// Holds the count and implements the operations on it.
+/// Holds the count and implements the operations on it. The first reference and the last one cost a plain store,
+/// because no other thread can change the count then: it would need a reference to take one from.
 template <class Base>
 class ReferenceBaseClass : public Base {
  public:
-  std::uint32_t AddRef() override { return count_.fetch_add(1, std::memory_order_relaxed) + 1; }
+  std::uint32_t AddRef() override {
+    if (count_.load(std::memory_order_relaxed) != 0) return count_.fetch_add(1, std::memory_order_relaxed) + 1;
+    count_.store(1, std::memory_order_relaxed);
+    return 1;
+  }
   std::uint32_t Release() override {
-    const std::uint32_t left = count_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    std::uint32_t left = 0;
+    if (count_.load(std::memory_order_acquire) != 1) {
+      left = count_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    } else {
+      count_.store(0, std::memory_order_relaxed);
+    }
     if (left == 0) {
       OnFinalRelease();
       this->DeleteThis();
