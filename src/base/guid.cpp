@@ -1,7 +1,9 @@
 #include "base/guid.h"
 
 #include <array>
+#include <cstring>
 
+#include "base/byte_order.h"
 #include "base/exceptions.h"
 #include "base/hex_digits.h"
 
@@ -14,38 +16,39 @@ constexpr std::array<std::array<char, 2>, 256> kDigitPairs = [] {
   return pairs;
 }();
 
-/// Column of the first of each byte's two digits. The text has the bytes of a number from the highest to the lowest.
-constexpr std::array<std::uint8_t, 16> kColumns = {0, 2, 4, 6, 9, 11, 14, 16, 19, 21, 24, 26, 28, 30, 32, 34};
+/// A digit's value as the high or as the low one of its byte, by character. With an invalid digit the byte exceeds 255.
+struct DigitValues {
+  std::array<std::uint16_t, 256> high;
+  std::array<std::uint16_t, 256> low;
+};
+constexpr DigitValues kDigitValues = [] {
+  DigitValues values{};
+  for (std::size_t i = 0; i < 256; ++i) {
+    const int value = HexDigitValue(static_cast<char>(i));
+    values.high[i] = static_cast<std::uint16_t>(value < 0 ? 256 : value * 16);
+    values.low[i] = static_cast<std::uint16_t>(value < 0 ? 256 : value);
+  }
+  return values;
+}();
+
+using GuidBytes = std::array<std::uint8_t, sizeof(Guid)>;
+
+/// Column of the first of the two digits of each byte, in the order of the bytes in memory.
+constexpr GuidBytes kColumns = {6, 4, 2, 0, 11, 9, 16, 14, 19, 21, 24, 26, 28, 30, 32, 34};
 constexpr std::array<std::uint8_t, 4> kHyphens = {8, 13, 18, 23};
 
-using TextOrder = std::array<std::uint8_t, 16>;
-
-TextOrder InTextOrder(const Guid& guid) {
-  TextOrder bytes = {std::uint8_t(guid.data1 >> 24), std::uint8_t(guid.data1 >> 16), std::uint8_t(guid.data1 >> 8),
-                     std::uint8_t(guid.data1),       std::uint8_t(guid.data2 >> 8),  std::uint8_t(guid.data2),
-                     std::uint8_t(guid.data3 >> 8),  std::uint8_t(guid.data3)};
-  for (std::size_t i = 0; i < 8; ++i) bytes[8 + i] = guid.data4[i];
-  return bytes;
-}
-
-Guid FromTextOrder(const TextOrder& bytes) {
-  Guid guid;
-  guid.data1 = std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 | bytes[3];
-  guid.data2 = static_cast<std::uint16_t>(bytes[4] << 8 | bytes[5]);
-  guid.data3 = static_cast<std::uint16_t>(bytes[6] << 8 | bytes[7]);
-  for (std::size_t i = 0; i < 8; ++i) guid.data4[i] = bytes[8 + i];
-  return guid;
+/// Writes the digits into a text of hyphens.
+void PutDigits(char* text, const Guid& guid) {
+  GuidBytes bytes;
+  StoreLittleEndian(bytes.data(), guid);
+  for (std::size_t i = 0; i < bytes.size(); ++i) std::memcpy(text + kColumns[i], kDigitPairs[bytes[i]].data(), 2);
 }
 
 }  // namespace
 
 void GuidTools::GuidToStringCbA(char (&buffer)[kGuidBufferBytes], const Guid& guid) {
-  const TextOrder bytes = InTextOrder(guid);
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    buffer[kColumns[i]] = kDigitPairs[bytes[i]][0];
-    buffer[kColumns[i] + 1u] = kDigitPairs[bytes[i]][1];
-  }
-  for (const std::uint8_t column : kHyphens) buffer[column] = '-';
+  std::memset(buffer, '-', kGuidCharacters);
+  PutDigits(buffer, guid);
   buffer[kGuidCharacters] = '\0';
 }
 
@@ -57,23 +60,24 @@ bool StringToGuid(std::string_view text, Guid& guid) {
   for (const std::uint8_t column : kHyphens) {
     if (text[column] != '-') return false;
   }
-  TextOrder bytes;
-  int seen = 0;  // negative once a character was no digit
+  GuidBytes bytes;
+  unsigned seen = 0;
   for (std::size_t i = 0; i < bytes.size(); ++i) {
-    const int high = HexDigitValue(text[kColumns[i]]);
-    const int low = HexDigitValue(text[kColumns[i] + 1u]);
-    seen |= high | low;
-    bytes[i] = static_cast<std::uint8_t>(high * 16 + low);
+    const char* const digits = text.data() + kColumns[i];
+    const unsigned byte = kDigitValues.high[static_cast<std::uint8_t>(digits[0])] |
+                          kDigitValues.low[static_cast<std::uint8_t>(digits[1])];
+    seen |= byte;
+    bytes[i] = static_cast<std::uint8_t>(byte);
   }
-  if (seen < 0) return false;
-  guid = FromTextOrder(bytes);
+  if (seen > 255) return false;
+  guid = LoadLittleEndian<Guid>(bytes.data());
   return true;
 }
 
 std::string GuidToString(const Guid& guid) {
-  char buffer[GuidTools::kGuidBufferBytes];
-  GuidTools::GuidToStringCbA(buffer, guid);
-  return {buffer, GuidTools::kGuidCharacters};
+  std::string text(GuidTools::kGuidCharacters, '-');
+  PutDigits(text.data(), guid);
+  return text;
 }
 
 Guid GuidFromString(std::string_view text) {

@@ -1,4 +1,8 @@
 /// What the base library does with texts: conversion, escapes, bounded rooms, GUIDs.
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+
 #include "base/append_text.h"
 #include "base/checked_string.h"
 #include "base/guid.h"
@@ -28,6 +32,25 @@ TEST(Guid, IsWrittenInLowerCaseAndReadWithAndWithoutBraces) {
     EXPECT_EQ(guid, kGuid) << text;
   }
   EXPECT_EQ(ErrorOf([] { GuidFromString("{x}"); }), "GuidConversionException: Conversion of guid '{x}' failed.");
+}
+
+TEST(Guid, HasTheDigitsThatPrintfWrites) {
+  for (unsigned i = 0; i < 256; ++i) {
+    std::uint8_t b[16];
+    for (unsigned k = 0; k < 16; ++k) b[k] = static_cast<std::uint8_t>(i + k * 17);
+    char text[37];
+    std::snprintf(text, sizeof text, "%02x%02x%02x%02x-%02x%02x-%02x%02x-%02x%02x-%02x%02x%02x%02x%02x%02x", b[3], b[2],
+                  b[1], b[0], b[5], b[4], b[7], b[6], b[8], b[9], b[10], b[11], b[12], b[13], b[14], b[15]);
+    Guid guid;
+    std::memcpy(&guid, b, sizeof b);
+    EXPECT_EQ(GuidToString(guid), text);
+    EXPECT_EQ(GuidFromString(text), guid);
+    for (const std::size_t column : {7u, 9u}) {  // a low and a high digit
+      std::string changed = text;
+      changed[column] = static_cast<char>(i);
+      EXPECT_EQ(StringToGuid(changed, guid), i < 128 && std::isxdigit(static_cast<int>(i))) << changed;
+    }
+  }
 }
 
 TEST(AppendText, WritesValuesAsStreamsDo) {
