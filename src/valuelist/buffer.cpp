@@ -102,15 +102,7 @@ void Buffer::Reset() {
 }
 
 void Buffer::DeleteThis() {
-  // A private pool would free the buffer at once, so none is made where the shared one is closed.
-  BufferPool* const pool = poolable_ ? BufferPool::FindSharedPool() : nullptr;
-  if (!pool) {
-    delete this;
-    return;
-  }
-  // The reference brings the buffer back to life. If the pool does not keep it, the flag is clear when the reference is
-  // dropped and this function runs again.
-  pool->GetList(BufferPool::ListFor(GetCapacity())).Return(ReferencePointer<Buffer>(this));
+  if (!poolable_ || !BufferPool::Keep(*this)) delete this;
 }
 
 }  // namespace Kestrel

@@ -111,14 +111,13 @@ class Buffer final : public ReferenceCounted {
   void DeleteThis() override;
 
  private:
-  friend class BufferPool;
   friend class BufferPoolList;
 
   explicit Buffer(std::uint64_t n) : memory_(n), poolable_(false) {}
 
   FlatMemory memory_;
   std::atomic<std::uint32_t> useCount_{0};
-  bool poolable_ = true;
+  const bool poolable_ = true;
 };
 
 }  // namespace Kestrel

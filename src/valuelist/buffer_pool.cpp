@@ -20,7 +20,12 @@ struct SharedPool {
   BufferPool pool;
 };
 
-/// Otherwise the subtraction in Return could wrap.
+/// Null after DestroySharedPool. Needs no reference, because the shared pool is only closed, never destroyed.
+BufferPool* FindSharedPool() {
+  return poolDestroyed.load(std::memory_order_acquire) ? nullptr : &NeverDestroyed<SharedPool>().pool;
+}
+
+/// Otherwise the subtraction in PutBack could wrap.
 static_assert(std::ranges::all_of(kBufferPoolLimits, [](const BufferPoolLimits& list) {
   return list.largestCapacity <= list.sizeLimitInBytes;
 }));
@@ -32,65 +37,64 @@ BufferStatistics& GetBufferStatistics() {
 }
 
 void BufferPoolList::Close() {
-  std::vector<ReferencePointer<Buffer>> ring;
+  std::vector<Waiting> ring;
   {
     const std::lock_guard guard(lock_);
     ring_.swap(ring);
     count_.store(0, std::memory_order_relaxed);
     bytesHeld_.store(0, std::memory_order_relaxed);
   }
-  for (const ReferencePointer<Buffer>& buffer : ring)
-    if (buffer) buffer->poolable_ = false;
+  for (const Waiting& waiting : ring) delete waiting.buffer;
 }
 
 ReferencePointer<Buffer> BufferPoolList::GetBuffer() {
-  ReferencePointer<Buffer> buffer = TakeFront();
-  if (!buffer) buffer = ReferencePointer<Buffer>(new Buffer);
-  buffer->useCount_.fetch_add(1, std::memory_order_relaxed);
-  return buffer;
+  Buffer* buffer = TakeFront();
+  if (!buffer) buffer = new Buffer;
+  // A plain addition, because nobody else has the buffer yet.
+  buffer->useCount_.store(buffer->GetUseCount() + 1, std::memory_order_relaxed);
+  return ReferencePointer<Buffer>(buffer);
 }
 
-/// Compares the bytes held without the lock, so buffers that return at the same time may exceed the limit a little.
-void BufferPoolList::Return(ReferencePointer<Buffer> buffer) {
-  const std::uint64_t capacity = buffer->GetCapacity();
-  const bool fits = capacity <= limits_.largestCapacity && GetBytesHeld() <= limits_.sizeLimitInBytes - capacity;
-  if (fits && PutBack(buffer)) return;
-  buffer->poolable_ = false;
+bool BufferPoolList::Keep(Buffer& buffer) {
+  buffer.memory_.Rewind();
+  if (buffer.GetCapacity() <= limits_.largestCapacity && PutBack(buffer)) return true;
   statistics.refusedReturns.fetch_add(1, std::memory_order_relaxed);
+  return false;
 }
 
 /// Null where the list is empty.
-ReferencePointer<Buffer> BufferPoolList::TakeFront() {
-  if (GetCount() == 0) return nullptr;
+Buffer* BufferPoolList::TakeFront() {
   const std::lock_guard guard(lock_);
-  const std::size_t count = GetCount();
+  const std::uint32_t count = count_.load(std::memory_order_relaxed);
   if (count == 0) return nullptr;
-  ReferencePointer<Buffer> buffer = std::move(ring_[front_]);
-  front_ = (front_ + 1) % ring_.size();
+  Waiting& waiting = ring_[front_];
+  if (++front_ == ring_.size()) front_ = 0;
   count_.store(count - 1, std::memory_order_relaxed);
-  bytesHeld_.store(GetBytesHeld() - buffer->GetCapacity(), std::memory_order_relaxed);
-  return buffer;
+  bytesHeld_.store(GetBytesHeld() - waiting.capacity, std::memory_order_relaxed);
+  return std::exchange(waiting.buffer, nullptr);
 }
 
-/// False, and the buffer stays with the caller, where the list is full.
-bool BufferPoolList::PutBack(ReferencePointer<Buffer>& buffer) {
-  buffer->memory_.Rewind();
+/// False where the list has no room for the buffer. Requires a capacity up to the largest of the list.
+bool BufferPoolList::PutBack(Buffer& buffer) {
+  const std::uint64_t capacity = buffer.GetCapacity();
   const std::lock_guard guard(lock_);
-  const std::size_t count = GetCount();
-  if (count == ring_.size()) return false;
-  bytesHeld_.store(GetBytesHeld() + buffer->GetCapacity(), std::memory_order_relaxed);
-  ring_[(front_ + count) % ring_.size()] = std::move(buffer);
+  const std::uint32_t count = count_.load(std::memory_order_relaxed);
+  if (count == ring_.size() || GetBytesHeld() > limits_.sizeLimitInBytes - capacity) return false;
+  const std::size_t back = std::size_t{front_} + count;
+  ring_[back < ring_.size() ? back : back - ring_.size()] = {&buffer, capacity};
   count_.store(count + 1, std::memory_order_relaxed);
+  bytesHeld_.store(GetBytesHeld() + capacity, std::memory_order_relaxed);
   return true;
-}
-
-BufferPool* BufferPool::FindSharedPool() {
-  return poolDestroyed.load(std::memory_order_acquire) ? nullptr : &NeverDestroyed<SharedPool>().pool;
 }
 
 ReferencePointer<BufferPool> BufferPool::GetPool() {
   BufferPool* const shared = FindSharedPool();
   return ReferencePointer<BufferPool>(shared ? shared : new BufferPool);
+}
+
+bool BufferPool::Keep(Buffer& buffer) {
+  BufferPool* const shared = FindSharedPool();
+  return shared && shared->lists_[ListFor(buffer.GetCapacity())].Keep(buffer);
 }
 
 void BufferPool::DestroySharedPool() {
@@ -104,7 +108,7 @@ BufferPoolListIndex BufferPool::ListFor(std::uint64_t bytes) {
 }
 
 ReferencePointer<Buffer> GetBuffer(BufferPoolListIndex list) {
-  BufferPool* const shared = BufferPool::FindSharedPool();
+  BufferPool* const shared = FindSharedPool();
   return shared ? shared->GetBuffer(list) : BufferPool::GetPool()->GetBuffer(list);
 }
 

@@ -33,7 +33,7 @@ struct BufferPoolLimits {
   std::uint64_t smallestCapacity;  ///< routed here from this capacity on
   std::uint64_t largestCapacity;   ///< a buffer above it is not kept
   std::uint64_t sizeLimitInBytes;  ///< all capacities together
-  std::size_t mostBuffers;
+  std::uint32_t mostBuffers;
 };
 /// Row = BufferPoolListIndex. Nothing configures them. The first row accepts larger capacities than are routed to it.
 inline constexpr BufferPoolLimits kBufferPoolLimits[] = {
@@ -50,15 +50,17 @@ struct BufferStatistics {
 };
 BufferStatistics& GetBufferStatistics();
 
-class BufferPoolList : NonCopyable {
+/// On cache lines of its own, so that threads that use different lists do not disturb each other.
+class alignas(64) BufferPoolList : NonCopyable {
  public:
   explicit BufferPoolList(const BufferPoolLimits& limits) : limits_(limits), ring_(limits.mostBuffers) {}
   ~BufferPoolList() { Close(); }
 
   /// The buffer that has waited longest, empty and with its old capacity, or a new one.
   ReferencePointer<Buffer> GetBuffer();
-  /// Empties the buffer and keeps it, or deletes it where the list has no room. Requires the only reference on it.
-  void Return(ReferencePointer<Buffer> buffer);
+  /// Empties the buffer and keeps it. False where the list has no room; the buffer then stays the caller's. Requires a
+  /// buffer on which nobody has a reference.
+  bool Keep(Buffer& buffer);
   /// Deletes the buffers that are held, and keeps none from then on.
   void Close();
 
@@ -66,17 +68,23 @@ class BufferPoolList : NonCopyable {
   std::size_t GetCount() const { return count_.load(std::memory_order_relaxed); }
 
  private:
-  ReferencePointer<Buffer> TakeFront();
-  bool PutBack(ReferencePointer<Buffer>& buffer);
+  struct Waiting {
+    Buffer* buffer;          ///< without a reference; null in a place that is free
+    std::uint64_t capacity;  ///< the buffer's; here, so that nothing of the buffer is touched under the lock
+  };
 
-  const BufferPoolLimits& limits_;
+  Buffer* TakeFront();
+  bool PutBack(Buffer& buffer);
+
+  /// What every operation changes shares the first cache line.
   CriticalSection lock_;
-  /// The queue: count_ buffers from front_ on, around the end. Its size is fixed, because recycling must not allocate.
-  std::vector<ReferencePointer<Buffer>> ring_;
-  std::size_t front_ = 0;
+  std::uint32_t front_ = 0;
   /// Changed under the lock only, and read without it.
-  std::atomic<std::size_t> count_{0};
+  std::atomic<std::uint32_t> count_{0};
   std::atomic<std::uint64_t> bytesHeld_{0};
+  const BufferPoolLimits& limits_;
+  /// The queue: count_ buffers from front_ on, around the end. Its size is fixed, because recycling must not allocate.
+  std::vector<Waiting> ring_;
 };
 
 class BufferPool final : public ReferenceCounted {
@@ -84,8 +92,9 @@ class BufferPool final : public ReferenceCounted {
   BufferPool() = default;
 
   static ReferencePointer<BufferPool> GetPool();
-  /// Null after DestroySharedPool. Needs no reference, because the shared pool is only closed, never destroyed.
-  static BufferPool* FindSharedPool();
+  /// Gives the buffer to the list of the shared pool for its capacity; as BufferPoolList::Keep. False once that pool is
+  /// closed: a private one would free the buffer at once.
+  static bool Keep(Buffer& buffer);
   /// For the module's unload: frees what the shared pool holds. Safe beside other threads.
   static void DestroySharedPool();
 

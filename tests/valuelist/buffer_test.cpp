@@ -7,6 +7,7 @@
 #include <cstring>
 #include <future>
 #include <limits>
+#include <memory>
 #include <numeric>
 #include <string>
 #include <tuple>
@@ -64,9 +65,11 @@ TEST(BufferPoolList, TakesBuffersOfItsCapacityUpToItsLimits) {
     const std::int64_t live = statistics.liveBlocks;
     {
       BufferPoolList list(kBufferPoolLimits[index]);
-      std::vector<ReferencePointer<Buffer>> buffers(returned);
-      for (auto& buffer : buffers) (buffer = list.GetBuffer())->Reserve(capacity * 2 / 3);
-      for (auto& buffer : buffers) list.Return(std::move(buffer));
+      for (std::uint32_t i = 0; i < returned; ++i) {
+        auto buffer = std::make_unique<Buffer>();
+        buffer->Reserve(capacity * 2 / 3);
+        if (list.Keep(*buffer)) buffer.release();
+      }
       EXPECT_EQ(list.GetCount(), kept);
       EXPECT_EQ(list.GetBytesHeld(), kept * capacity);
       EXPECT_EQ(statistics.liveBlocks - live, static_cast<std::int64_t>(kept));
@@ -78,16 +81,18 @@ TEST(BufferPoolList, TakesBuffersOfItsCapacityUpToItsLimits) {
 
 TEST(BufferPoolList, RecyclesFirstInFirstOutWithStorageAndUseCount) {
   BufferPoolList list(kBufferPoolLimits[SmallBufferList]);
-  ReferencePointer<Buffer> first = list.GetBuffer(), second = list.GetBuffer();
-  const Buffer* const expected = first.Get();
+  auto* const first = new Buffer;
   first->Append("abc", 3);
   first->Take(2);
-  list.Return(std::move(first));
-  list.Return(std::move(second));
-  const ReferencePointer<Buffer> again = list.GetBuffer();
-  EXPECT_EQ(again.Get(), expected);
+  EXPECT_TRUE(list.Keep(*first) && list.Keep(*new Buffer));
+  ReferencePointer<Buffer> again = list.GetBuffer();
+  EXPECT_EQ(again.Get(), first);
   EXPECT_EQ(list.GetBytesHeld(), 0u) << "the second has no storage";
   EXPECT_TRUE(again->GetLength() == 0 && again->GetReadPosition() == 0 && again->GetCapacity() == 4096);
+  EXPECT_EQ(again->GetUseCount(), 1u);
+  again.Reset();  // to the back of the shared pool's list
+  do again = GetBuffer(SmallBufferList);
+  while (again.Get() != first);
   EXPECT_EQ(again->GetUseCount(), 2u);
   again->Reset();
   EXPECT_EQ(again->GetUseCount(), 0u);
