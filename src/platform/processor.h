@@ -1,17 +1,19 @@
 /// What the library asks of the processor.
 #pragma once
 
+#include "platform/compiler.h"
+
 namespace platform {
 
 /// True where the processor and the system have 256-bit integer vectors. Cheap enough to be asked before each use.
-/// Thread- safe, at load too. A test program replaces this function, which stands alone in its file, to see the
-/// portable code.
+/// Thread-safe, at load too. A test program replaces this function, which stands alone in its file, to see the portable
+/// code.
 bool HasAvx2();
 
 /// For the body of a loop that spins: leaves the core to its other hardware thread for a moment.
 inline void PauseInSpin() {
-#if defined(__x86_64__)
-  __builtin_ia32_pause();
+#ifdef TARN_X64
+  TARN_CPU_PAUSE();
 #endif
 }
 

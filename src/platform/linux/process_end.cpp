@@ -1,12 +1,14 @@
 #include "platform/process_end.h"
 
+#include "platform/compiler.h"
+
 namespace platform {
 namespace {
 
 constinit bool isUnloaded = false;
 
 /// An unload calls this function before it destroys the static objects; exit() calls it after that.
-__attribute__((destructor)) void NoteUnload() {
+TARN_AT_UNLOAD void NoteUnload() {
   isUnloaded = true;
 }
 

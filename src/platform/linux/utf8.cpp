@@ -16,28 +16,17 @@ static_assert(std::endian::native == std::endian::little, "the first unit of a w
 constexpr char32_t kReplacement = 0xFFFD;
 
 /// Most text is ASCII, which is copied in blocks: 16 bytes of the source in one register.
-using Block [[gnu::vector_size(16)]] = unsigned char;
 template <class Unit>
-constexpr std::size_t kBlockUnits = sizeof(Block) / sizeof(Unit);
+constexpr std::size_t kBlockUnits = 16 / sizeof(Unit);
 
-Block Load(const void* from) {
-  Block block;
-  std::memcpy(&block, from, sizeof block);
-  return block;
-}
-
-void StoreAscii(const unsigned char* from, char16_t* target) {
-  const Block bytes = Load(from), zero{};
-  const Block units[] = {
-      __builtin_shufflevector(bytes, zero, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23),
-      __builtin_shufflevector(bytes, zero, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31)};
-  std::memcpy(target, units, sizeof units);
-}
-
-void StoreAscii(const char16_t* from, char* target) {
-  const Block units = Load(from), zero{};
-  const Block bytes = __builtin_shufflevector(units, zero, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
-  std::memcpy(target, &bytes, sizeof bytes / 2);
+/// By way of arrays of its own, which cannot overlap, so that the compiler makes one vector operation of the loop.
+template <class From, class To>
+void StoreAscii(const From* from, To* target) {
+  From block[kBlockUnits<From>];
+  To stored[kBlockUnits<From>];
+  std::memcpy(block, from, sizeof block);
+  for (std::size_t i = 0; i < kBlockUnits<From>; ++i) stored[i] = static_cast<To>(block[i]);
+  std::memcpy(target, stored, sizeof stored);
 }
 
 /// In every unit of a word, the bits that are 0 in ASCII.
