@@ -167,7 +167,7 @@ bool RedactText(std::span<std::uint8_t> message, EmbeddedText text) {
   if (!RedactBinary(bytes)) return false;
   const auto digitOf = [](const std::vector<std::uint8_t>& from, std::size_t i) {
     const std::size_t at = i * 6 / 8;
-    const unsigned pair = from[at] << 8 | (at + 1 < from.size() ? from[at + 1] : 0U);
+    const unsigned pair = unsigned{from[at]} << 8 | (at + 1 < from.size() ? from[at + 1] : 0U);
     return pair << i * 6 % 8 >> 10 & 63U;
   };
   for (std::size_t i = 0; i < digits.size(); ++i)

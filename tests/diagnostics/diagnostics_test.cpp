@@ -154,7 +154,7 @@ TEST_F(Diagnostics, BeforeTheMarkGoBareToTheDebugger) {
 
 TEST_F(Diagnostics, LevelsAreNamedAndWhatIsFilteredAllocatesNothing) {
   Start();
-  for (const std::uint32_t level : {0, 1, 2, 3, 4, 5}) Say(level);
+  for (const std::uint32_t level : {0U, 1U, 2U, 3U, 4U, 5U}) Say(level);
   const std::int64_t before = fakes::CountAllocations();
   DebugOut("a source of more than a few letters", dolDebug) << "a text of more than a few letters" << 1;
   EXPECT_EQ(fakes::CountAllocations(), before);
@@ -277,8 +277,8 @@ TEST_F(Diagnostics, EventsHaveTypeUserAndSourceOrGoToTheDebugger) {
   Start();
   system.executable = u"C:\\Programs\\two.dots.exe";
   system.sidBytes = 500;  // more than the first look-up has room for
-  for (const std::uint32_t code : {0, 1, 2, 3, 4, 5}) EventLog::Get()->Write(u"event", code);
-  for (const std::uint32_t level : {0, 1, 2, 3}) Say(level, dotEventLog);
+  for (const std::uint32_t code : {0U, 1U, 2U, 3U, 4U, 5U}) EventLog::Get()->Write(u"event", code);
+  for (const std::uint32_t level : {0U, 1U, 2U, 3U}) Say(level, dotEventLog);
   std::string calls;
   for (const std::string& call : system.TakeCalls()) calls += call.substr(0, call.find("user 77")) + ",";
   EXPECT_EQ(calls,

@@ -204,7 +204,7 @@ TEST(VariantStream, IsWrittenAndReadInItsTwoForms) {
     char last = 0;
     reader.Read(&last, 1);
     EXPECT_EQ(last, '!');
-    EXPECT_EQ(ErrorOf([&] { FromRaw(tag, payload).WriteToStream(reader); }),
+    EXPECT_EQ(ErrorOf([&] { value.WriteToStream(reader); }),
               "IKestrelStream::IKestrelStreamException: RawReader - write not allowed");
   }
 }

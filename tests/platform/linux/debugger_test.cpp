@@ -38,7 +38,7 @@ TEST(Debugger, LinesGoToTheFileAsTheyAre) {
 TEST(DebuggerDeathTest, NoSinkEndsOrStopsTheHost) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const std::string path = (std::filesystem::path(testing::TempDir()) / "platform_tests_sink").string();
-  const auto write = [&path](const char* target) {
+  const auto write = [](const char* target) {
     int ends[2];
     if (pipe(ends) != 0) std::exit(1);
     close(ends[0]);
