@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """A wizard in Python, with ctypes and nothing else: the same steps as smallest_wizard, by position in the tables.
 
-Use: ctypes_wizard.py [LIBRARY]        its file, unless the system finds it by its name
+Use: ctypes_wizard.py [MODULE]        the file of TarnCameraFindingNoThrow, unless the system finds it by its name
 
-Python cannot catch a C++ exception: a refused stream ends the process. TarnCameraFindingNoThrow has the three operations
-that throw as functions that return a result.
+Python cannot catch a C++ exception, so the three operations that throw are called through that module, as functions
+that return a result.
 """
 import ctypes
 import itertools
@@ -15,6 +15,14 @@ from ctypes import CFUNCTYPE, POINTER, c_int32, c_uint8, c_uint32, c_uint64, c_v
 
 WINDOWS = sys.platform == "win32"
 E_NOINTERFACE = -0x7FFFBFFE
+CODE_PAGE = "mbcs" if WINDOWS else "cp1252"  # of error texts
+
+
+def checked(function, *arguments):
+    """Calls a function of the module; ends the program with the text of a failure."""
+    error = ctypes.create_string_buffer(256)
+    if function(*arguments, error, ctypes.c_size_t(len(error))) < 0:
+        sys.exit(error.value.decode(CODE_PAGE, "replace"))
 
 
 def call(instance, position, result, *arguments):
@@ -51,7 +59,7 @@ class Object:
 
     def __init__(self, *operations):
         self.released = threading.Event()
-        self._references, self._lock = 1, threading.Lock()
+        self.references, self._lock = 1, threading.Lock()
         self._functions = [
             CFUNCTYPE(c_int32, c_void_p, c_void_p, POINTER(c_void_p))(self._query),
             CFUNCTYPE(c_uint32, c_void_p)(lambda _: self.count(1)),
@@ -68,10 +76,10 @@ class Object:
 
     def count(self, change):
         with self._lock:
-            self._references += change
-        if self._references == 0:
+            self.references += change
+        if self.references == 0:
             self.released.set()
-        return self._references
+        return self.references
 
 
 @CFUNCTYPE(c_int32, c_void_p, c_void_p, c_uint64, c_void_p)
@@ -98,25 +106,30 @@ def camera_found(_, camera):
     return 0
 
 
-def main():
-    name = sys.argv[1] if len(sys.argv) > 1 else "TarnCameraFinding.dll" if WINDOWS else "libTarnCameraFinding.so"
-    library = ctypes.CDLL(name)
-    finder = c_void_p()
-    library.GetFindingInterface(None, None, ctypes.byref(finder))
-
-    callback = Object(picture_received, values_received, camera_info_received)
-    call(finder, 6, None, callback.pointer)
-    if callback.count(-1) == 0:
-        call(finder, 2, c_uint32)
+def search(module, finder, callback):
+    checked(module.TarnNoThrow_SetNewCameraDataCallback, finder, callback.pointer)
+    if callback.references == 1:  # the library took none
         sys.exit("The channel to the server cannot be opened.")
     receiver = Object(camera_found)
-    call(finder, 5, None, receiver.pointer)
+    checked(module.TarnNoThrow_ListFoundCameras, finder, receiver.pointer)
     address = ctypes.create_string_buffer("192.168.0.9".encode("utf-16-le") + b"\0\0")
     call(finder, 4, None, c_void_p(ctypes.addressof(address)))
     time.sleep(3)
-    call(finder, 2, c_uint32)
-    #  A delivery that is under way still holds the callback; its functions must stay until then.
-    callback.released.wait(5)
+
+
+def main():
+    name = "TarnCameraFindingNoThrow.dll" if WINDOWS else "libTarnCameraFindingNoThrow.so"
+    module = ctypes.CDLL(sys.argv[1] if len(sys.argv) > 1 else name)
+    finder = c_void_p()
+    checked(module.TarnNoThrow_GetFindingInterface, None, None, ctypes.byref(finder))
+    callback = Object(picture_received, values_received, camera_info_received)
+    try:
+        search(module, finder, callback)
+    finally:
+        call(finder, 2, c_uint32)
+        callback.count(-1)
+        #  A delivery that is under way still holds the callback; its functions must stay until then.
+        callback.released.wait(5)
 
 
 if __name__ == "__main__":

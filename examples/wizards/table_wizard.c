@@ -2,6 +2,7 @@
 #include <stdatomic.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #if defined(_WIN32)
 #include <windows.h>
 #define SleepForSeconds(seconds) Sleep((seconds)*1000)
@@ -101,7 +102,11 @@ int main(void) {
 
   HRESULT result = TarnNoThrow_GetFindingInterface(NULL, NULL, &finder, error, sizeof error);
   if (result == S_OK) result = TarnNoThrow_SetNewCameraDataCallback(finder, &callback->base, error, sizeof error);
-  CallbackRelease(&callback->base);
+  // The library keeps a reference on the callback; without a channel to the server it takes none.
+  if (CallbackRelease(&callback->base) == 0 && result == S_OK) {
+    strcpy(error, "The channel to the server cannot be opened.");
+    result = E_FAIL;
+  }
   if (result == S_OK) result = TarnNoThrow_ListFoundCameras(finder, &receiver, error, sizeof error);
   if (result == S_OK) {
     finder->lpVtbl->RequestInfoByIp(finder, OLESTR("192.168.0.9"));

@@ -6,6 +6,7 @@ BUILD/install_test. Exit code 77: something that the step needs is not installed
 """
 import argparse
 import glob
+import json
 import os
 import re
 import shlex
@@ -90,10 +91,21 @@ def step_install():
 def step_find_package():
     build_project(os.path.join(EXAMPLES, "nothrow_module"), "nothrow_module")
     folder = build_project(os.path.join(EXAMPLES, "wizards"), "wizards")
-    for wizard in ("smallest_wizard", "table_wizard"):
-        run_program(beside_libraries(os.path.join(folder, wizard)))
+    programs = [(A.run,) * bool(A.run) + (beside_libraries(os.path.join(folder, wizard)) + EXE,) for wizard in ("smallest_wizard", "table_wizard")]
     if not A.windows:
-        run(sys.executable, os.path.join(EXAMPLES, "wizards/ctypes_wizard.py"), os.path.join(PREFIX, "lib/libTarnCameraFinding.so"))
+        programs.append((sys.executable, os.path.join(EXAMPLES, "wizards/ctypes_wizard.py"), os.path.join(PREFIX, "lib/libTarnCameraFindingNoThrow.so")))
+    for program in programs:
+        if not re.search(CAMERA, run(*program)):
+            sys.exit("no camera")
+        #  What cannot go on says why: the stream that the server refuses, and the channel that cannot be opened.
+        for function, text in (("TarnServer_CreateLiveStream", b"refused here"), ("TarnLiveStream_Open", b"channel to the server")):
+            fault = {"function": function, "call": "every", "error": {"description": "refused here"}}
+            with open(os.path.join(WORK, "fault.json"), "w", encoding="utf-8") as file:
+                json.dump({"functionFaults": [fault]}, file)
+            environment = os.environ | {"TARN_SIMULATOR_SCENARIO": os.path.join(WORK, "fault.json")}
+            done = subprocess.run(program, capture_output=True, env=environment, check=False)
+            if done.returncode != 1 or text not in done.stderr:
+                sys.exit(f"{function} fails: {done}")
 
 
 def step_readme():
