@@ -141,16 +141,21 @@ NetworkBatch ReadNetworkBatch(const std::string& file) {
 }
 
 void WriteRemaining(const NetworkBatch& batch, const std::vector<std::size_t>& indices, const std::string& file) {
+  // Beside it first, because the lines may have come from this very file.
+  const std::filesystem::path path = PathOf(file), part = PathOf(file + ".part");
+  std::error_code failed;
   errno = 0;
-  std::ofstream stream(PathOf(file), std::ios::binary);
+  std::ofstream stream(part, std::ios::binary);
   const bool opened = stream.is_open();
   stream << batch.header << '\n';
   for (const std::size_t index : indices) stream << batch.lines[index] << '\n';
   stream.close();
-  if (stream) return;
-  const std::string reason = errno != 0 ? std::generic_category().message(errno) : "unknown reason";
-  std::error_code unknown;
-  if (opened) std::filesystem::remove(PathOf(file), unknown);
+  if (stream) std::filesystem::rename(part, path, failed);
+  if (stream && !failed) return;
+  const std::string reason = failed       ? failed.message()
+                             : errno != 0 ? std::generic_category().message(errno)
+                                          : "unknown reason";
+  if (opened) std::filesystem::remove(part, failed);
   throw Failure(fmt::format("cannot write \"{}\": {}", file, reason));
 }
 

@@ -143,8 +143,7 @@ std::vector<Objection> Objections(const CameraSnapshot& camera, const NetworkCha
     CheckGateway(wanted, objections);
     for (const CameraSnapshot& other : listed)
       if (other.ip == wanted.ip && KeyOf(other) != KeyOf(camera))
-        objections.push_back(
-            {fmt::format("{} belongs to {} ({})", wanted.ip, Printable(other.mac), Printable(other.model))});
+        objections.push_back({OneLine(fmt::format("{} belongs to {} {}", wanted.ip, other.mac, other.model))});
   } else if (change.ip || change.mask || change.gateway) {
     objections.push_back({"the camera takes its address from DHCP; give --static too"});
   }

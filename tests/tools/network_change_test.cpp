@@ -20,7 +20,7 @@ TEST(NetworkChange, IsObjectedToWhereItCannotBeRight) {
     bool mayBeForced = false;
   } rows[] = {
       {&NetworkChange::ip, "10.0.0.3", ""},
-      {&NetworkChange::ip, "10.0.0.2", "10.0.0.2 belongs to 00:40:8C:00:00:02 (M)"},
+      {&NetworkChange::ip, "10.0.0.2", "10.0.0.2 belongs to 00:40:8C:00:00:02 M"},
       {&NetworkChange::ip, "10.0.0.0", "the address 10.0.0.0 is the address of the whole network"},
       {&NetworkChange::ip, "10.0.0.255", "the address 10.0.0.255 is the broadcast address of its network"},
       {&NetworkChange::ip, "255.255.255.255", "the address 255.255.255.255 is the broadcast address"},

@@ -92,8 +92,9 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
       {"send-mac 00:40:8C:00:00:01 --for 0.3", 0, "\nSent 00:40:8C:00:00:01; the library does not tell", ""},
       {"bare --json --for 0.3", 0, R"({"event":"summary","command":"bare","cameras":2,)", ""},
       {change + "--static", 0, "00:40:8C:00:00:01 applied\n", "00:40:8C:00:00:01 M�[2J\n  DHCP      yes -> no\n"},
-      {change + "--password x", 0, "00:40:8C:00:00:01 cannot be known: nothing of what was sent can be read back\n",
-       "00:40"},
+      {change + "--password x", 0, "00:40:8C:00:00:01 cannot be known: a password cannot be read back\n", "00:40"},
+      {change + "--dhcp", 0, "cannot be known: the list has told these settings before they were sent\n",
+       "00:40:8C:00:00:01 M�[2J\n  nothing differs from the list"},
       {"info 10.0.0.3 --for 0.1", 1, "", "tarnfind: nothing arrived about a camera at 10.0.0.3 within 0.1 s"},
       {"set-network 00:40:8C:00:00:09 --dhcp --yes", 1, "",
        "tarnfind: 00:40:8C:00:00:09 not found: the server's list has no"},
@@ -102,6 +103,7 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
       {"set-network 00:40:8C:00:00:01 --dhcp", 2, "", "tarnfind: standard input is no terminal"},
       {change + "--dhcp --ip 10.0.0.3", 2, "", "tarnfind: with DHCP the network chooses the address"},
       {change + "--static --ip 10.0.0.2", 2, "",
+      {change + "--password-file -", 2, "", "tarnfind: \"-\" is empty"},
        "tarnfind: 00:40:8C:00:00:01 refused: 10.0.0.2 belongs to 00:40:8C:00:00:02"},
       {change + "--static --gateway 10.0.1.1", 2, "",
        "tarnfind: 00:40:8C:00:00:01 refused: the gateway 10.0.1.1 is outside"},
@@ -227,17 +229,22 @@ TEST_F(Program, ChangesWhatIsGivenAndKeepsTheRest) {
 }
 
 TEST_F(Program, ChangesManyCamerasAndKeepsTheLinesThatFailed) {
-  std::ofstream("batch.csv") << "gateway,mac,ip,dhcp\n10.0.0.254,00-40-8c-00-00-01,10.0.0.8,no\n"
-                                ",00:40:8C:00:00:02,255.255.255.255,no\n,00:40:8C:00:00:03,,yes\n";
-  const Result result = Run("set-network --from batch.csv --yes --remaining again.csv");
-  EXPECT_EQ(result.code, 1);
-  EXPECT_EQ(result.output,
-            "00:40:8C:00:00:01 applied\n"
-            "00:40:8C:00:00:02 refused: \"\" is no subnet mask; give one with --mask\n"
-            "00:40:8C:00:00:03 not found: the server's list has no such camera\n"
-            "3 cameras: 1 applied, 1 refused, 1 not found\n");
-  EXPECT_EQ(Content("again.csv"),
-            "gateway,mac,ip,dhcp\n,00:40:8C:00:00:02,255.255.255.255,no\n,00:40:8C:00:00:03,,yes\n");
+  std::ofstream("batch.csv") << "mask,mac,ip,dhcp\n,00-40-8c-00-00-01,10.0.0.8,no\n"
+                                "255.0.0.0,00:40:8C:00:00:02,10.0.0.8,no\n,00:40:8C:00:00:03,,yes\n";
+  const std::string outcomes =
+      "00:40:8C:00:00:01 applied\n"
+      "00:40:8C:00:00:02 refused: 10.0.0.8 goes to 00:40:8C:00:00:01 already\n"
+      "00:40:8C:00:00:03 not found: the server's list has no such camera\n"
+      "3 cameras: 1 applied, 1 refused, 1 not found\n";
+  for (const auto& [remaining, error] : {std::pair{"error/x", "tarnfind: cannot write \"error/x\": "},
+                                         {"batch.csv", "tarnfind: 2 of 3 cameras were not applied\n"}}) {
+    const Result result = Run(std::string("set-network --from batch.csv --yes --remaining ") + remaining);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.output, outcomes);
+    EXPECT_NE(result.error.find(error), std::string::npos) << result.error;
+  }
+  EXPECT_EQ(Content("batch.csv"),
+            "mask,mac,ip,dhcp\n255.0.0.0,00:40:8C:00:00:02,10.0.0.8,no\n,00:40:8C:00:00:03,,yes\n");
   const std::pair<std::string, std::string> mistakes[] = {
       {"", ":1: is empty; the first line names the columns: mac, ip, mask, gateway, dhcp, user, password"},
       {"mac,pi\n", ":1: there is no column \"pi\"; columns are mac, ip, mask, gateway, dhcp, user, password"},

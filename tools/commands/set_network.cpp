@@ -75,8 +75,9 @@ PlaceByMac ByMac(const std::vector<CameraSnapshot>& cameras) {
   return result;
 }
 
-/// Settles what must not be sent.
-void MakePlan(Plan& plan, Listing& listing, const PlaceByMac& byMac, bool force) {
+/// Settles what must not be sent. given: addresses that the plans before it give, with the camera's hardware address.
+void MakePlan(Plan& plan, Listing& listing, const PlaceByMac& byMac, std::map<std::string, std::string>& given,
+              bool force) {
   const auto place = byMac.find(plan.change.mac);
   if (place == byMac.end()) return plan.Settle(Outcome::kNotFound, "the server's list has no such camera");
   plan.before = listing.cameras[place->second];
@@ -87,6 +88,9 @@ void MakePlan(Plan& plan, Listing& listing, const PlaceByMac& byMac, bool force)
     return plan.Settle(Outcome::kRefused,
                        objection.text + (objection.mayBeForced ? "; --force sends it all the same" : ""));
   }
+  if (!plan.change.ip) return;
+  const auto [taken, added] = given.emplace(plan.wanted.ip, plan.change.mac);
+  if (!added) plan.Settle(Outcome::kRefused, fmt::format("{} goes to {} already", plan.wanted.ip, taken->second));
 }
 
 /// Sets and sends one camera's settings, on the finder's thread.
@@ -135,10 +139,16 @@ void Pause(Clock::time_point until) {
 void ReadBack(FinderSession& session, std::vector<Plan>& plans, std::chrono::milliseconds planned) {
   for (Plan& plan : plans)
     if (!plan.settled && !plan.CanBeReadBack())
-      plan.Settle(Outcome::kUnknown, "nothing of what was sent can be read back");
+      plan.Settle(Outcome::kUnknown, plan.change.password ? "a password cannot be read back"
+                                                          : "the list has told these settings before they were sent");
   const Clock::time_point deadline = Clock::now() + planned;
   const auto open = [&] { return std::any_of(plans.begin(), plans.end(), [](const Plan& p) { return !p.settled; }); };
   while (open()) {
+    if (platform::Interrupted()) {  // perhaps in the middle of a call, and another one must wait for its end
+      for (Plan& plan : plans)
+        if (!plan.settled && plan.text.empty()) plan.text = "interrupted before the list was read";
+      return;
+    }
     try {
       const std::vector<CameraSnapshot> listed = session.List().cameras;
       const PlaceByMac byMac = ByMac(listed);
@@ -147,11 +157,14 @@ void ReadBack(FinderSession& session, std::vector<Plan>& plans, std::chrono::mil
     } catch (const std::exception& error) {
       for (Plan& plan : plans)
         if (!plan.settled) plan.outcome = Outcome::kUnconfirmed, plan.text = ErrorText(error);
-      if (platform::Interrupted()) return;
     }
-    if (Clock::now() >= deadline || platform::Interrupted()) return;
+    if (Clock::now() >= deadline) return;
     Pause(std::min(deadline, Clock::now() + kReadBackInterval));
   }
+}
+
+std::string_view Shown(const std::string& setting) {
+  return setting.empty() ? "(none)" : std::string_view(setting);
 }
 
 /// Shows what will change and asks.
@@ -159,10 +172,12 @@ bool IsAgreed(const std::vector<Plan>& plans, const Options& options) {
   std::string question;
   for (const Plan& plan : plans) {
     if (plan.settled) continue;
-    question += fmt::format("{} {}\n", plan.change.mac, Printable(plan.before.model));
-    for (const Difference& d : Differences(plan.before, plan.wanted, options.showPasswords))
+    question += OneLine(fmt::format("{} {}", plan.change.mac, plan.before.model)) + '\n';
+    const std::vector<Difference> differences = Differences(plan.before, plan.wanted, options.showPasswords);
+    for (const Difference& d : differences)
       question += d.before == d.after ? fmt::format("  {:<9} another one\n", d.label)  // both are hidden
-                                      : fmt::format("  {:<9} {} -> {}\n", d.label, d.before, d.after);
+                                      : fmt::format("  {:<9} {} -> {}\n", d.label, Shown(d.before), Shown(d.after));
+    if (differences.empty()) question += "  nothing differs from the list; the settings are sent all the same\n";
   }
   if (question.empty()) return true;
   platform::Write(platform::Stream::kError, question);
@@ -195,26 +210,45 @@ void Print(const Plan& plan, const Options& options, TextOutput& output) {
   output.Write(JsonLine(object));
 }
 
-/// The numbers of each outcome; the worst exit code.
-ExitCode Summarise(const std::vector<Plan>& plans, const Options& options, TextOutput& output) {
-  std::map<Outcome, std::size_t> counts;
+/// The worst of all exit codes.
+ExitCode CodeOf(const std::vector<Plan>& plans) {
   ExitCode worst = kDone;
   for (const Plan& plan : plans) {
-    ++counts[plan.outcome];
     const ExitCode code = RowOf(plan.outcome).code;
     if (worst == kDone || (worst == kMissed && code != kDone) || code == kFailed) worst = code;
   }
+  return worst;
+}
+
+/// The numbers of each outcome: "2 cameras: 1 applied, 1 refused", and the same in JSON.
+std::pair<std::string, Json> Summary(const std::vector<Plan>& plans) {
+  std::map<Outcome, std::size_t> counts;
+  for (const Plan& plan : plans) ++counts[plan.outcome];
   Json object = {{"event", "summary"}, {"command", "set-network"}, {"cameras", plans.size()}};
   std::string text = Counted(plans.size(), "camera");
   for (const auto& [outcome, count] : counts) {
     object[RowOf(outcome).word] = count;
     text += fmt::format("{}{} {}", outcome == counts.begin()->first ? ": " : ", ", count, RowOf(outcome).word);
   }
-  if (options.json)
-    output.Write(JsonLine(object));
-  else if (plans.size() > 1)
-    output.Write(text + '\n');
-  return worst;
+  return {text, object};
+}
+
+/// Whoever reads the output may have gone, or its disk be full; what became of the cameras is told all the same, by the
+/// exit code at least.
+void PrintAll(const std::vector<Plan>& plans, const Options& options, TextOutput& output) {
+  const auto [text, object] = Summary(plans);
+  try {
+    for (const Plan& plan : plans)
+      // The failure of a single camera is the line on standard error.
+      if (options.json || plans.size() > 1 || RowOf(plan.outcome).code == kDone) Print(plan, options, output);
+    if (options.json)
+      output.Write(JsonLine(object));
+    else if (plans.size() > 1)
+      output.Write(text + '\n');
+  } catch (const ReaderGone&) {
+  } catch (const Failure& failure) {
+    throw Failure(fmt::format("{}; {}", failure.what(), text));
+  }
 }
 
 NetworkBatch BatchOf(const Options& options) {
@@ -233,6 +267,7 @@ NetworkBatch BatchOf(const Options& options) {
   }
   if (!options.passwordFile.empty()) {
     std::string text = ReadTextFile(options.passwordFile);
+    if (text.empty()) throw WrongUse(fmt::format("\"{}\" is empty, and no password", options.passwordFile));
     text.erase(std::min(text.find_first_of("\r\n"), text.size()));
     batch.changes[0].password = std::move(text);
   }
@@ -257,9 +292,10 @@ void RunSetNetwork(const Options& options, TextOutput& output) {
   Listing listing = session.List();
   const PlaceByMac byMac = ByMac(listing.cameras);
   std::vector<Plan> plans(batch.changes.size());
+  std::map<std::string, std::string> given;
   for (std::size_t i = 0; i < plans.size(); ++i) {
     plans[i].change = batch.changes[i];
-    MakePlan(plans[i], listing, byMac, options.force);
+    MakePlan(plans[i], listing, byMac, given, options.force);
   }
   if (!IsAgreed(plans, options)) throw Failure("nothing was sent");
 
@@ -271,13 +307,17 @@ void RunSetNetwork(const Options& options, TextOutput& output) {
   ReadBack(session, plans, *ReceivingTime(options, kUsualSeconds));
 
   std::vector<std::size_t> remaining;
-  for (std::size_t i = 0; i < plans.size(); ++i) {
-    // The failure of a single camera is the line on standard error.
-    if (options.json || plans.size() > 1 || RowOf(plans[i].outcome).code == kDone) Print(plans[i], options, output);
+  for (std::size_t i = 0; i < plans.size(); ++i)
     if (RowOf(plans[i].outcome).code != kDone) remaining.push_back(i);
+  std::string unkept;
+  try {
+    if (!options.remainingFile.empty()) WriteRemaining(batch, remaining, options.remainingFile);
+  } catch (const Failure& failure) {
+    unkept = failure.what();
   }
-  const ExitCode code = Summarise(plans, options, output);
-  if (!options.remainingFile.empty()) WriteRemaining(batch, remaining, options.remainingFile);
+  PrintAll(plans, options, output);
+  if (!unkept.empty()) throw Failure(unkept);
+  const ExitCode code = CodeOf(plans);
   if (code == kDone) return;
   throw CommandError(code,
                      plans.size() == 1
