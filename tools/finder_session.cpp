@@ -86,7 +86,7 @@ std::chrono::milliseconds FinderSession::RunStep(Step step, std::function<void()
 
 void FinderSession::Connect(const std::string& libraryFile, const std::string& picturesFolder,
                             const StepObserver& observer) {
-  const auto tell = [&](Step step, std::chrono::milliseconds duration, const std::string& detail) {
+  const auto tell = [&](Step step, std::optional<std::chrono::milliseconds> duration, const std::string& detail) {
     if (observer) observer(step, duration, detail);
   };
   auto pictures = picturesFolder.empty() ? nullptr : std::make_shared<PictureStore>(picturesFolder);

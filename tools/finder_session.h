@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,10 @@ struct Listing {
   std::vector<Reference<Tarn::CameraFinding::ICameraInfo>> objects;  ///< one for each of the cameras
 };
 
-/// Told of each step that has succeeded. detail: what there is to say of it; may be empty.
-using StepObserver = std::function<void(Step step, std::chrono::milliseconds duration, const std::string& detail)>;
+/// Told of each step that has succeeded. duration: empty where the library takes the step together with the one before,
+/// whose time then counts for both. detail: what there is to say of it; may be empty.
+using StepObserver =
+    std::function<void(Step step, std::optional<std::chrono::milliseconds> duration, const std::string& detail)>;
 
 /// Used by the main thread; calls of the library run on a thread of their own. While a call lasts the user sees what is
 /// waited for and can leave with Ctrl-C.

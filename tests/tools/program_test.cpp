@@ -151,6 +151,7 @@ TEST_F(Program, TellsTheTruthWhateverFunctionFails) {
       {callback, "1", none, {list, search, change, mac}, 0, ""},
       {callback, "1", none, {check}, 1, "answer            failed"},
       {callback, "1", none, {info}, 1, "tarnfind: nothing arrived about a camera at 10.0.0.1 within"},
+      {callback, "1", error, {check}, 3, "\ncallback          failed             the server refused the callback: "},
       {send, "1", message, {list, search, check, change, mac}, 1, listing},
       {send, "1", error, {info}, 1, "whether the server refused the question cannot be known"},
       {send, "1", none, {list, check}, 0, "The library does not tell whether the server knows no"},

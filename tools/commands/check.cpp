@@ -26,11 +26,16 @@ class StepPrinter {
  public:
   StepPrinter(const Options& options, TextOutput& output) : json_(options.json), output_(output) {}
 
-  void PrintDone(Step step, milliseconds duration, const std::string& detail) { Print(step, "ok", duration, detail); }
-  /// Steps before the failed one that nobody has reported have succeeded; those after it were not tried.
+  void PrintDone(Step step, std::optional<milliseconds> duration, const std::string& detail) {
+    Print(step, "ok", duration, detail);
+  }
+  /// Steps before the failed one that nobody has reported have succeeded; those after it were not tried. The first of
+  /// them has the time since the last report.
   void PrintFailed(const std::string& stepName, const std::string& error) {
-    while (next_ < std::size(kSteps) && kSteps[next_].name != stepName) Print(kSteps[next_].step, "ok", {}, {});
-    if (next_ < std::size(kSteps)) Print(kSteps[next_].step, "failed", {}, error);
+    std::optional<milliseconds> duration = Since(lastReport_);
+    for (; next_ < std::size(kSteps) && kSteps[next_].name != stepName; duration.reset())
+      Print(kSteps[next_].step, "ok", duration, {});
+    if (next_ < std::size(kSteps)) Print(kSteps[next_].step, "failed", duration, error);
     while (next_ < std::size(kSteps)) Print(kSteps[next_].step, "-", {}, "not tried");
     PrintMeaning(false, error);
   }
@@ -42,21 +47,28 @@ class StepPrinter {
   }
 
  private:
-  void Print(Step step, const char* result, milliseconds duration, const std::string& detail) {
+  void Print(Step step, const char* result, std::optional<milliseconds> duration, const std::string& detail) {
     const char* const name = RowOf(step).name;
-    output_.Write(json_ ? JsonLine({{"event", "step"},
-                                    {"step", name},
-                                    {"result", result},
-                                    {"milliseconds", duration.count()},
-                                    {"detail", detail}})
-                        : fmt::format("{:<17} {:<7} {:>6} ms{}{}\n", name, result, duration.count(),
-                                      detail.empty() ? "" : "  ", Printable(detail)));
+    if (json_) {
+      output_.Write(JsonLine({{"event", "step"},
+                              {"step", name},
+                              {"result", result},
+                              {"milliseconds", duration ? Json(duration->count()) : Json(nullptr)},
+                              {"detail", detail}}));
+    } else {
+      const std::string time = duration ? fmt::format("{} ms", duration->count()) : "";
+      std::string line = fmt::format("{:<17} {:<7} {:>9}  {}", name, result, time, Printable(detail));
+      line.erase(line.find_last_not_of(' ') + 1);
+      output_.Write(line + '\n');
+    }
     next_ = static_cast<std::size_t>(step) + 1;
+    lastReport_ = Clock::now();
   }
 
   bool json_;
   TextOutput& output_;
   std::size_t next_ = 0;  ///< the first step that is not printed yet
+  Clock::time_point lastReport_ = Clock::now();
 };
 
 /// Asks about a camera that the server knows, so that an answer is due.
@@ -80,7 +92,7 @@ void RunCheck(const Options& options, TextOutput& output) {
   StepPrinter printer(options, output);
   FinderSession session;
   try {
-    session.Connect(options.library, {}, [&](Step step, milliseconds took, const std::string& detail) {
+    session.Connect(options.library, {}, [&](Step step, std::optional<milliseconds> took, const std::string& detail) {
       printer.PrintDone(step, took, detail);
     });
     const Clock::time_point listing = Clock::now();
