@@ -46,17 +46,23 @@ std::string Utf8Of(const std::filesystem::path& path) {
   std::error_code unknown;
   const std::string file = Utf8Of(path);
   // A bare name was looked for where the system looks, not in this folder.
-  if (failure.missing.empty() && (!path.has_parent_path() || !std::filesystem::exists(path, unknown)))
+  if (failure.other.empty() && (!path.has_parent_path() || !std::filesystem::exists(path, unknown)))
     Refuse(Step::kLibrary,
            fmt::format("the finder library {} is missing ({}); put it beside tarnfind, or name its file "
                        "with --library PATH",
                        file, failure.reason));
-  if (failure.missing.empty())
-    Refuse(Step::kLibrary, fmt::format("the finder library {} cannot be loaded: {}", file, failure.reason));
-  const bool isPlatform = failure.missing == platform::PlatformLibraryFileName();
+  constexpr char kAdvice[] = "see that the file is whole, and for this kind of computer";
+  if (failure.other.empty())
+    Refuse(Step::kLibrary,
+           fmt::format("the finder library {} cannot be loaded: {}; {}", file, failure.reason, kAdvice));
+  const bool isPlatform = std::filesystem::path(std::u8string(failure.other.begin(), failure.other.end())).filename() ==
+                          platform::PlatformLibraryFileName();
+  const std::string other =
+      fmt::format("{} {}, which the finder library {} needs,",
+                  isPlatform ? "the video server's platform library" : "the library", failure.other, file);
   Refuse(isPlatform ? Step::kPlatformLibrary : Step::kLibrary,
-         fmt::format("{} {} is missing, which the finder library {} needs; put it beside that file",
-                     isPlatform ? "the video server's platform library" : "the library", failure.missing, file));
+         failure.otherMissing ? fmt::format("{} is missing; put it beside that file", other)
+                              : fmt::format("{} cannot be loaded: {}; {}", other, failure.reason, kAdvice));
 }
 
 }  // namespace

@@ -55,9 +55,9 @@ std::string_view LibraryFileName();
 std::string_view PlatformLibraryFileName();
 
 struct ModuleFailure {
-  std::string reason;  ///< the system's words
-  std::string
-      missing;  ///< name of another library that the file needs and that is not there; empty: it is the file's own
+  std::string reason;         ///< the system's words
+  std::string other;          ///< the library that is at fault, which the file needs; empty: the file itself
+  bool otherMissing = false;  ///< it is not there
 };
 /// Null on failure. A bare file name is looked for where the system looks.
 void* OpenModule(const std::filesystem::path& file, ModuleFailure& failure);

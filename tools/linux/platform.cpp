@@ -140,7 +140,8 @@ void* OpenModule(const std::filesystem::path& file, ModuleFailure& failure) {
   const std::size_t colon = error.find(": ");
   const std::string name = error.substr(0, colon);
   failure.reason = colon == std::string::npos ? error : error.substr(colon + 2);
-  if (name != file.string() && failure.reason.starts_with("cannot open shared object file")) failure.missing = name;
+  if (name != file.string() && colon != std::string::npos) failure.other = name;
+  failure.otherMissing = failure.reason.starts_with("cannot open shared object file");
   return nullptr;
 }
 

@@ -245,7 +245,7 @@ void* OpenModule(const std::filesystem::path& file, ModuleFailure& failure) {
   const std::filesystem::path platformLibrary(PlatformLibraryFileName());
   if (code == ERROR_MOD_NOT_FOUND && std::filesystem::exists(file, unknown) &&
       !IsThere(file.parent_path(), platformLibrary))
-    failure.missing = PlatformLibraryFileName();
+    failure.other = PlatformLibraryFileName(), failure.otherMissing = true;
   return nullptr;
 }
 
