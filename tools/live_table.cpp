@@ -6,6 +6,7 @@
 #include "tools/camera_table.h"
 #include "tools/display_width.h"
 #include "tools/search_view.h"
+#include "tools/text.h"
 
 namespace tarnfind {
 
@@ -32,6 +33,9 @@ class LiveTable final : public SearchView {
   void ShowPicture(const PictureEvent&, const FoundCamera*) override {}
   void ShowValues(const ValuesEvent&, const FoundCamera*) override {}
 
+  /// Lines between the frames would tear the table apart.
+  void ShowProblem(const std::string& text) override { problems_.push_back(text); }
+
   void Refresh(const SearchProgress& progress) override {
     if (drawn_ && progress.elapsed - lastDrawn_ < kRedrawInterval) return;
     lastDrawn_ = progress.elapsed;
@@ -39,6 +43,7 @@ class LiveTable final : public SearchView {
     AddLatestRows(progress.cameras);
     const std::string planned = progress.planned ? " of " + Seconds(*progress.planned) : ", Ctrl-C ends";
     AddLine(Clip(fmt::format("{}{}   {}", Seconds(progress.elapsed), planned, Totals(progress))));
+    for (const std::string& problem : problems_) AddLine(Clip("! " + Printable(problem)));
     EndFrame();
   }
 
@@ -53,6 +58,7 @@ class LiveTable final : public SearchView {
     }
     // Whole lines: nothing is drawn over them any more.
     output_.Write(frame_ + Remarks(progress) + Summary(progress) + '\n');
+    for (const std::string& problem : problems_) SearchView::ShowProblem(problem);
   }
 
  private:
@@ -81,7 +87,8 @@ class LiveTable final : public SearchView {
   void AddLatestRows(const FoundCameras& cameras) {
     const CameraTable table(size_.columns);
     AddLine(table.Header({' '}), kHeaderColour);
-    auto rows = cameras.Latest(static_cast<std::size_t>(std::max(size_.rows - kLinesBesideRows, 1)));
+    auto rows = cameras.Latest(
+        static_cast<std::size_t>(std::max(size_.rows - kLinesBesideRows - static_cast<int>(problems_.size()), 1)));
     if (settings_.sort) SortBy(*settings_.sort, rows);
     for (const FoundCamera* const found : rows) AddRow(table, *found, cameras);
     const std::size_t more = cameras.Shown().size() - rows.size();
@@ -104,6 +111,7 @@ class LiveTable final : public SearchView {
   LiveTableSettings settings_;
   platform::TerminalSize size_;
   std::string frame_;
+  std::vector<std::string> problems_;
   int lines_ = 0;
   bool drawn_ = false;
   std::chrono::milliseconds lastDrawn_{0};

@@ -16,8 +16,8 @@ std::string NameOf(const FoundCamera* camera, const std::string& text) {
 
 class PlainView final : public SearchView {
  public:
-  PlainView(TextOutput& output, const FoundCameras& cameras, bool times)
-      : output_(output), cameras_(cameras), times_(times) {}
+  PlainView(TextOutput& output, const FoundCameras& cameras, PlainViewSettings settings)
+      : output_(output), cameras_(cameras), settings_(settings) {}
 
   void ShowCamera(const FoundCamera& found, std::optional<std::uint32_t>) override {
     WriteLine(found.lastSeen, table_.Row({RowOf(found.lastChange).mark, cameras_.SharesIp(found)}, found));
@@ -34,23 +34,29 @@ class PlainView final : public SearchView {
   }
 
   void Refresh(const SearchProgress&) override {}
-  void Finish(const SearchProgress& progress) override { output_.Write(Remarks(progress) + Summary(progress) + '\n'); }
+  void Finish(const SearchProgress& progress) override {
+    const CameraTable table(std::nullopt, true);
+    if (!cameras_.Shown().empty()) output_.Write('\n' + table.Header({' '}) + '\n');
+    for (const FoundCamera* const found : SortedCameras(cameras_, settings_.sort))
+      output_.Write(table.Row({RowOf(found->lastNews).mark, cameras_.SharesIp(*found)}, *found) + '\n');
+    output_.Write(Remarks(progress) + Summary(progress) + '\n');
+  }
 
  private:
   void WriteLine(WallTime at, const std::string& text) {
-    output_.Write((times_ ? PreciseClockTime(at) + ' ' : "") + text + '\n');
+    output_.Write((settings_.times ? PreciseClockTime(at) + ' ' : "") + text + '\n');
   }
 
   TextOutput& output_;
   const FoundCameras& cameras_;
-  bool times_;
+  PlainViewSettings settings_;
   CameraTable table_{std::nullopt};
 };
 
 }  // namespace
 
-std::unique_ptr<SearchView> MakePlainView(TextOutput& output, const FoundCameras& cameras, bool times) {
-  return std::make_unique<PlainView>(output, cameras, times);
+std::unique_ptr<SearchView> MakePlainView(TextOutput& output, const FoundCameras& cameras, PlainViewSettings settings) {
+  return std::make_unique<PlainView>(output, cameras, settings);
 }
 
 }  // namespace tarnfind

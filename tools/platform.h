@@ -33,8 +33,8 @@ struct TerminalSize {
   int rows = 24;
   bool operator==(const TerminalSize&) const = default;
 };
-/// Of the terminal at standard output; the default where it does not tell.
-TerminalSize GetTerminalSize();
+/// Of the terminal at the stream; the default where it does not tell.
+TerminalSize GetTerminalSize(Stream stream);
 
 /// Whether somebody can be asked at standard input.
 bool IsInputTerminal();
@@ -71,7 +71,8 @@ struct ProgramResult {
   std::string error;  ///< why it could not be run; empty where it ran
 };
 /// Runs a program without arguments and without a shell, and waits for its end. variables: "NAME=value", beside those
-/// of this process. input: what it reads at standard input.
+/// of this process. input: what it reads at standard input. What it prints goes to standard error, because it would
+/// stand between this process's own lines.
 ProgramResult RunProgram(const std::string& program, const std::vector<std::string>& variables,
                          const std::string& input);
 

@@ -8,6 +8,10 @@
 
 namespace tarnfind {
 
+void SearchView::ShowProblem(const std::string& text) {
+  platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", text));
+}
+
 std::vector<const FoundCamera*> SortedCameras(const FoundCameras& cameras, const Column* sort) {
   std::vector<const FoundCamera*> rows = cameras.Latest(cameras.Shown().size());
   if (sort) SortBy(*sort, rows);

@@ -39,13 +39,20 @@ class SearchView {
   /// camera: whose picture it is; null where it belongs to no camera that is known.
   virtual void ShowPicture(const PictureEvent& event, const FoundCamera* camera) = 0;
   virtual void ShowValues(const ValuesEvent& event, const FoundCamera* camera) = 0;
+  /// Something is wrong beside the cameras; the search goes on. Goes to standard error at once, unless the view says
+  /// otherwise.
+  virtual void ShowProblem(const std::string& text);
   /// Called several times a second.
   virtual void Refresh(const SearchProgress& progress) = 0;
   virtual void Finish(const SearchProgress& progress) = 0;
 };
 
-/// One line for each event, then a summary. times: each line begins with the time.
-std::unique_ptr<SearchView> MakePlainView(TextOutput& output, const FoundCameras& cameras, bool times);
+struct PlainViewSettings {
+  bool times = false;            ///< each line begins with the time
+  const Column* sort = nullptr;  ///< of the rows at the end; null: in order of arrival
+};
+/// One line for each event, then a table of the cameras and a summary.
+std::unique_ptr<SearchView> MakePlainView(TextOutput& output, const FoundCameras& cameras, PlainViewSettings settings);
 /// One object for each event, then a summary. summary: its first keys.
 std::unique_ptr<SearchView> MakeJsonView(TextOutput& output, const FoundCameras& cameras, JsonOptions options,
                                          Json summary);
@@ -57,7 +64,7 @@ struct LiveTableSettings {
   const Column* sort = nullptr;  ///< null: in order of arrival
   std::function<platform::TerminalSize()> terminalSize;
 };
-/// A table redrawn in place. At the end it stays with every row.
+/// A table redrawn in place. At the end it stays with every row, and problems go to standard error after it.
 std::unique_ptr<SearchView> MakeLiveTable(TextOutput& output, LiveTableSettings settings);
 
 /// What is said where the server's list is empty.

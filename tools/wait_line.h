@@ -23,7 +23,7 @@ class WaitLine {
   std::string what_;
   Clock::time_point start_ = Clock::now();
   bool terminal_;
-  bool shown_ = false;
+  std::string shown_;  ///< empty: nothing yet
 };
 
 }  // namespace tarnfind

@@ -100,6 +100,8 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
        "tarnfind: 00:40:8C:00:00:09 not found: the server's list has no"},
       {"search --for 9 --pictures error/x", 1, "", "tarnfind: cannot make the folder"},
       {change, 2, "", "tarnfind: nothing to change"},
+      {"search --for 0.2 --exec " TARNFIND_PROGRAM, 1, "2 cameras: 2 known",
+       "tarnfind: a command is missing; see tarnfind --help\ntarnfind: \"" TARNFIND_PROGRAM "\" ended with 2\n"},
       {"set-network 00:40:8C:00:00:01 --dhcp", 2, "", "tarnfind: standard input is no terminal"},
       {change + "--dhcp --ip 10.0.0.3", 2, "", "tarnfind: with DHCP the network chooses the address"},
       {change + "--static --ip 10.0.0.2", 2, "",
@@ -214,6 +216,7 @@ TEST_F(Program, SearchesWithALineForEachEventAndDebuggerLinesOnRequest) {
         "\n* picture of 00:40:8C:00:00:02: 5500 bytes\n~ 00:40:8C:00:00:02 10.0.0.2        yes ",
         "\n* values of no known camera, \"Camera A�\": 1 18446744073709551615\n- 00:40:8C:00:00:02 ",
         "\n2 cameras: 2 known, 0 new; 1 changed, 1 gone; 2 pictures, 1 value list in "})
+        " Type First    Last     Events\n. 00:40:8C:00:00:01 10.0.0.1        yes ",
     EXPECT_NE(result.output.find(lines), std::string::npos) << lines << result.output;
 }
 

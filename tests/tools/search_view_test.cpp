@@ -121,7 +121,7 @@ TEST(LiveTable, DrawsOverItselfTenTimesASecondAndEndsWithEveryRow) {
   SearchProgress progress(cameras);
   progress.elapsed = milliseconds(1260);
   progress.planned = milliseconds(5000);
-  platform::TerminalSize size{60, 7};
+  platform::TerminalSize size{60, 8};
   Text output;
   const auto view = MakeLiveTable(output, {true, FindColumn("ip"), [&] { return size; }});
   const std::string header = "\x1b[1m  MAC               IP              DHCP Vendor Model    F…\x1b[0m\x1b[K\n";
@@ -129,20 +129,21 @@ TEST(LiveTable, DrawsOverItselfTenTimesASecondAndEndsWithEveryRow) {
   const std::string shared =
       "\x1b[32m+!A                 10.0.0.9        yes                  1…\x1b[0m\x1b[K\n"
       "\x1b[32m+!D                 10.0.0.9        yes                  1…\x1b[0m\x1b[K\n";
+  view->ShowProblem("The disk is full.");
   view->Refresh(progress);
-  EXPECT_EQ(output.Take(),
-            header + gone + shared +
-                "… and 1 more\x1b[K\n1.2 s of 5.0 s   4 cameras: 0 known, 4 new; 0 changed, 1 g…\x1b[K\n\x1b[J");
+  EXPECT_EQ(output.Take(), header + gone + shared +
+                               "… and 1 more\x1b[K\n1.2 s of 5.0 s   4 cameras: 0 known, 4 new; 0 changed, 1 "
+                               "g…\x1b[K\n! The disk is full.\x1b[K\n\x1b[J");
   progress.elapsed += milliseconds(99);
   view->Refresh(progress);
   EXPECT_EQ(output.Take(), "");
   progress.elapsed += milliseconds(1);
   view->Refresh(progress);
-  EXPECT_EQ(output.Take().substr(0, 4), "\x1b[6A") << "as many lines up as were drawn";
+  EXPECT_EQ(output.Take().substr(0, 4), "\x1b[7A") << "as many lines up as were drawn";
 
   progress.list = SearchProgress::List::kArrived;
   view->Finish(progress);
-  EXPECT_EQ(output.Take(), "\x1b[6A\x1b[J" + header + gone +
+  EXPECT_EQ(output.Take(), "\x1b[7A\x1b[J" + header + gone +
                                "\x1b[32m+ B                 10.0.0.8        yes                  1…\x1b[0m\x1b[K\n" +
                                shared +
                                "! 2 cameras have the address 10.0.0.9: A, D\n"

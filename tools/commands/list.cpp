@@ -32,7 +32,8 @@ void PrintCsv(const std::vector<const FoundCamera*>& rows, const FoundCameras& c
 
 void PrintRows(const std::vector<const FoundCamera*>& rows, const FoundCameras& cameras, TextOutput& output) {
   const bool terminal = platform::IsTerminal(platform::Stream::kOutput);
-  const CameraTable table(terminal ? std::optional(platform::GetTerminalSize().columns) : std::nullopt);
+  const CameraTable table(terminal ? std::optional(platform::GetTerminalSize(platform::Stream::kOutput).columns)
+                                   : std::nullopt);
   if (terminal && !rows.empty()) output.Write(table.Header({' '}) + '\n');
   for (const FoundCamera* const found : rows) output.Write(table.Row({' ', cameras.SharesIp(*found)}, *found) + '\n');
   const std::string shown = rows.size() == cameras.Size() ? "" : "; " + std::to_string(rows.size()) + " shown";

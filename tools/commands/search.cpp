@@ -28,10 +28,12 @@ std::unique_ptr<SearchView> MakeView(const Options& options, const FoundCameras&
                                      TextOutput& output) {
   if (options.json) return MakeJsonView(output, cameras, {options.showPasswords, options.times}, summary);
   if (options.csv) return MakeCsvView(output, options.sort);
-  // Debugger lines on the same terminal would tear the table apart.
-  const bool torn = options.debugOutput && platform::IsTerminal(platform::Stream::kError);
-  if (!platform::IsTerminal(platform::Stream::kOutput) || torn) return MakePlainView(output, cameras, options.times);
-  return MakeLiveTable(output, {ColoursWanted(), options.sort, platform::GetTerminalSize});
+  // Debugger lines, and what the program prints, would tear the table apart on the same terminal.
+  const bool torn = (options.debugOutput || !options.program.empty()) && platform::IsTerminal(platform::Stream::kError);
+  if (!platform::IsTerminal(platform::Stream::kOutput) || torn)
+    return MakePlainView(output, cameras, {options.times, options.sort});
+  return MakeLiveTable(
+      output, {ColoursWanted(), options.sort, [] { return platform::GetTerminalSize(platform::Stream::kOutput); }});
 }
 
 /// Takes events in, one after the other, and shows them.
@@ -89,7 +91,7 @@ class Search {
       ++lostPictures_;
       if (pictureError_.empty()) {
         pictureError_ = event.error;
-        platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", event.error));
+        view_->ShowProblem(event.error);
       }
     }
     const FoundCamera* const camera = cameras_.FindByText(event.camera);

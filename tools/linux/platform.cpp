@@ -52,9 +52,11 @@ bool IsReaderGone(int error) {
   return error == EPIPE;
 }
 
-TerminalSize GetTerminalSize() {
+TerminalSize GetTerminalSize(Stream stream) {
   winsize size{};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0) return {};
+  if (ioctl(stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 ||
+      size.ws_row == 0)
+    return {};
   return {size.ws_col, size.ws_row};
 }
 
@@ -196,6 +198,7 @@ ProgramResult RunProgram(const std::string& program, const std::vector<std::stri
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, fileno(file.get()), STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, STDERR_FILENO, STDOUT_FILENO);
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
   sigset_t signals;

@@ -159,9 +159,10 @@ bool IsReaderGone(int error) {
   return error == EPIPE || error == EINVAL;
 }
 
-TerminalSize GetTerminalSize() {
+TerminalSize GetTerminalSize(Stream stream) {
   CONSOLE_SCREEN_BUFFER_INFO info{};
-  if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info)) return {};
+  const DWORD handle = stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE;
+  if (!GetConsoleScreenBufferInfo(GetStdHandle(handle), &info)) return {};
   return {info.srWindow.Right - info.srWindow.Left + 1, info.srWindow.Bottom - info.srWindow.Top + 1};
 }
 
@@ -309,7 +310,7 @@ ProgramResult RunProgram(const std::string& program, const std::vector<std::stri
   startup.cb = sizeof startup;
   startup.dwFlags = STARTF_USESTDHANDLES;
   startup.hStdInput = read;
-  startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+  startup.hStdOutput = GetStdHandle(STD_ERROR_HANDLE);
   startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
   std::vector<WCHAR> commandLine = Wide(CP_UTF8, '"' + program + '"');
   commandLine.push_back(L'\0');
