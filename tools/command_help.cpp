@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <functional>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,14 @@ std::vector<std::string> LongNames(const CLI::App& app) {
   for (const CLI::Option* const option : OptionsOf(app))
     if (const std::string name = LongName(*option); !name.empty()) names.push_back(name);
   return names;
+}
+
+/// The words of an argument of which there are only a few: "check run" of "check|run".
+std::string ChoicesOf(const CLI::Option& option) {
+  std::string words = option.get_type_name();
+  if (words.find('|') == std::string::npos) return {};
+  std::replace(words.begin(), words.end(), '|', ' ');
+  return words;
 }
 
 std::vector<std::string> CommandNames(const CLI::App& app) {
@@ -106,8 +115,13 @@ std::string ManualFooter(const std::string& footer) {
 
 std::string BashCompletion(const CLI::App& app) {
   std::string cases;
-  for (const CLI::App* const command : CommandsOf(app))
-    cases += fmt::format("    {}) words='{}' ;;\n", command->get_name(), fmt::join(LongNames(*command), " "));
+  for (const CLI::App* const command : CommandsOf(app)) {
+    std::string words = fmt::format("{}", fmt::join(LongNames(*command), " "));
+    for (const CLI::Option* const option : OptionsOf(*command))
+      if (LongName(*option).empty()) words += ' ' + ChoicesOf(*option);
+    if (command->get_name() == "help") words += fmt::format(" {}", fmt::join(CommandNames(app), " "));
+    cases += fmt::format("    {}) words='{}' ;;\n", command->get_name(), words);
+  }
   std::string columns = ColumnNames();
   std::erase(columns, ',');
   return fmt::format(R"(# Completion of tarnfind for bash. Use: source <(tarnfind completion bash)

@@ -74,7 +74,10 @@ void AddSearching(CLI::App& command, Options& options, const char* seconds) {
   command.add_flag("--watch", options.watch, "Until Ctrl-C")->excludes(time);
   AddPictures(command, options);
   AddChoice(command, options);
-  command.add_option("--exec", options.program, "Run this program for each event, with its values (see the manual)")
+  command
+      .add_option(
+          "--exec", options.program,
+          "Run this program for each event: its JSON on standard input, TARN_MAC, TARN_IP ... in the environment")
       ->type_name("PROGRAM")
       ->check(CheckText);
 }
@@ -113,7 +116,6 @@ void DefineInfo(CLI::App& command, Options& options) {
       ->type_name("")
       ->transform(CLI::Validator(NormaliseAddress, ""));
   AddSeconds(command, options, "How long to wait for the camera (2)");
-  AddPictures(command, options);
 }
 
 void DefineSendMac(CLI::App& command, Options& options) {
@@ -172,9 +174,9 @@ void DefineSetNetwork(CLI::App& command, Options& options) {
 void DefineScenario(CLI::App& command, Options& options) {
   command
       .add_option_function<std::string>(
-          "ACTION", [&options](const std::string& action) { options.playScenario = action == "run"; }, "check or run")
+          "ACTION", [&options](const std::string& action) { options.playScenario = action == "run"; }, "What to do")
       ->required()
-      ->type_name("")
+      ->type_name("check|run")
       ->check(
           [](const std::string& action) { return action == "check" || action == "run" ? "" : "must be check or run"; });
   command.add_option("FILE", options.scenarioFile, "File of the scenario")->required()->type_name("")->check(CheckText);
@@ -286,7 +288,8 @@ void DefinePrinting(CLI::App& app, std::string& printed) {
           "The command; all of them where none is given")
       ->type_name("");
   help->final_callback([&app, &printed] {
-    if (printed.empty()) printed = app.help();
+    // Not app.help(), which prints that of the command which has been parsed, this one.
+    if (printed.empty()) printed = app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
   });
 
   CLI::App* const completion = app.add_subcommand("completion", "Print a completion script for a shell");
@@ -296,9 +299,9 @@ void DefinePrinting(CLI::App& app, std::string& printed) {
           [&app, &printed](const std::string& shell) {
             printed = shell == "bash" ? BashCompletion(app) : ZshCompletion(app);
           },
-          "bash or zsh")
+          "Whose")
       ->required()
-      ->type_name("")
+      ->type_name("bash|zsh")
       ->check([](const std::string& shell) { return shell == "bash" || shell == "zsh" ? "" : "must be bash or zsh"; });
   app.add_subcommand("man", "Print the manual page")->final_callback([&app, &printed] { printed = ManualPage(app); });
 }

@@ -74,6 +74,7 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
   } rows[] = {
       {"--version", 0, "tarnfind 1.", ""},
       {"set-network --help", 0, "\nExamples:\n  tarnfind set-network 00:40:8C:12:34:56 --dhcp\n", ""},
+      {"help", 0, "\nUsage: tarnfind [OPTIONS] SUBCOMMAND\n", ""},
       {"list", 0, "2 cameras\n", ""},
       {"list --filter vendor=x", 0, "2 cameras; 0 shown\n", ""},
       {"list --json", 0,
@@ -87,7 +88,7 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
       {"list --filter firmware=5.7 --expect-mac 00:40:8C:00:00:02", 4, "",
        "tarnfind: expected and not there: 00:40:8C:00:00:02\n"},
       {"info 10.0.0.1", 0, "Type          2 (Axis IPC)\nUser          operator\nPassword      ********\n", ""},
-      {"info 0040.8c00.0001 --json", 0, R"("command":"info","address":"00:40:8C:00:00:01","cameras":1})", ""},
+      {"info 0040.8c00.0001 --json", 0, R"({"event":"camera","kind":3,"type":2,"camera":{)", ""},
       {"check", 0, "\nThe server answers. It knows 2 cameras.\n", ""},
       {"send-mac 00:40:8C:00:00:01 --for 0.3", 0, "\nSent 00:40:8C:00:00:01; the library does not tell", ""},
       {"bare --json --for 0.3", 0, R"({"event":"summary","command":"bare","cameras":2,)", ""},
@@ -99,13 +100,13 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
       {"set-network 00:40:8C:00:00:09 --dhcp --yes", 1, "",
        "tarnfind: 00:40:8C:00:00:09 not found: the server's list has no"},
       {"search --for 9 --pictures error/x", 1, "", "tarnfind: cannot make the folder"},
-      {change, 2, "", "tarnfind: nothing to change"},
       {"search --for 0.2 --exec " TARNFIND_PROGRAM, 1, "2 cameras: 2 known",
        "tarnfind: a command is missing; see tarnfind --help\ntarnfind: \"" TARNFIND_PROGRAM "\" ended with 2\n"},
+      {change, 2, "", "tarnfind: nothing to change"},
+      {change + "--password-file -", 2, "", "tarnfind: \"-\" is empty"},
       {"set-network 00:40:8C:00:00:01 --dhcp", 2, "", "tarnfind: standard input is no terminal"},
       {change + "--dhcp --ip 10.0.0.3", 2, "", "tarnfind: with DHCP the network chooses the address"},
       {change + "--static --ip 10.0.0.2", 2, "",
-      {change + "--password-file -", 2, "", "tarnfind: \"-\" is empty"},
        "tarnfind: 00:40:8C:00:00:01 refused: 10.0.0.2 belongs to 00:40:8C:00:00:02"},
       {change + "--static --gateway 10.0.1.1", 2, "",
        "tarnfind: 00:40:8C:00:00:01 refused: the gateway 10.0.1.1 is outside"},
@@ -150,10 +151,10 @@ TEST_F(Program, TellsTheTruthWhateverFunctionFails) {
       {start, every, message, all, 3, closed},
       {open, every, none, all, 0, ""},
       {callback, "1", error, all, 3, "tarnfind: the server refused the callback: The data callback was refused; "},
+      {callback, "1", error, {check}, 3, "\ncallback          failed             the server refused the callback: "},
       {callback, "1", none, {list, search, change, mac}, 0, ""},
       {callback, "1", none, {check}, 1, "answer            failed"},
       {callback, "1", none, {info}, 1, "tarnfind: nothing arrived about a camera at 10.0.0.1 within"},
-      {callback, "1", error, {check}, 3, "\ncallback          failed             the server refused the callback: "},
       {send, "1", message, {list, search, check, change, mac}, 1, listing},
       {send, "1", error, {info}, 1, "whether the server refused the question cannot be known"},
       {send, "1", none, {list, check}, 0, "The library does not tell whether the server knows no"},
@@ -215,8 +216,8 @@ TEST_F(Program, SearchesWithALineForEachEventAndDebuggerLinesOnRequest) {
         "     2\n* picture of no known camera, \"Camera A�\": 5500 bytes\n= 00:40:8C:00:00:02 ",
         "\n* picture of 00:40:8C:00:00:02: 5500 bytes\n~ 00:40:8C:00:00:02 10.0.0.2        yes ",
         "\n* values of no known camera, \"Camera A�\": 1 18446744073709551615\n- 00:40:8C:00:00:02 ",
-        "\n2 cameras: 2 known, 0 new; 1 changed, 1 gone; 2 pictures, 1 value list in "})
         " Type First    Last     Events\n. 00:40:8C:00:00:01 10.0.0.1        yes ",
+        "\n2 cameras: 2 known, 0 new; 1 changed, 1 gone; 2 pictures, 1 value list in "})
     EXPECT_NE(result.output.find(lines), std::string::npos) << lines << result.output;
 }
 

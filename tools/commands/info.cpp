@@ -20,8 +20,6 @@ class Enquiry {
 
   void Take(const std::vector<Event>& events) {
     for (const Event& event : events) {
-      if (const auto* const picture = std::get_if<PictureEvent>(&event); picture && pictureError_.empty())
-        pictureError_ = picture->error;
       const auto* const camera = std::get_if<CameraEvent>(&event);
       if (!camera || found_) continue;
       const FoundCamera& seen = cameras_.Apply(*camera);
@@ -31,8 +29,11 @@ class Enquiry {
     }
   }
   const FoundCamera* Found() const { return found_; }
-  Json Object() const { return CameraEventObject(*found_, kind_, cameras_, {options_.showPasswords, options_.times}); }
-  const std::string& PictureError() const { return pictureError_; }
+  Json Object() const {
+    Json object = CameraEventObject(*found_, kind_, cameras_, {options_.showPasswords, options_.times});
+    object.erase("change");  // without the list, nobody knows whether it is new
+    return object;
+  }
 
  private:
   bool IsAskedFor(const FoundCamera& seen) const {
@@ -43,7 +44,6 @@ class Enquiry {
   FoundCameras cameras_;
   const FoundCamera* found_ = nullptr;
   std::uint32_t kind_ = 0;
-  std::string pictureError_;
 };
 
 }  // namespace
@@ -52,7 +52,7 @@ void RunInfo(const Options& options, TextOutput& output) {
   const std::string& address = options.ip.empty() ? options.mac : options.ip;
   const auto planned = *ReceivingTime(options, kUsualSeconds);
   FinderSession session;
-  session.Connect(options.library, options.pictures);
+  session.Connect(options.library, {});
   session.Call("asking for " + address, [byIp = !options.ip.empty(), text = Utf16FromUtf8(address)](auto& finder) {
     byIp ? finder.RequestInfoByIp(text.c_str()) : finder.SendMacAddress(text.c_str());
   });
@@ -75,7 +75,6 @@ void RunInfo(const Options& options, TextOutput& output) {
   } else {
     output.Write(CameraDetails(*enquiry.Found(), options.showPasswords));
   }
-  if (!enquiry.PictureError().empty()) throw Failure(enquiry.PictureError());
 }
 
 }  // namespace tarnfind
