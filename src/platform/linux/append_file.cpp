@@ -52,14 +52,17 @@ AppendFile* OpenForAppend(const char16_t* path) {
 
 bool Append(AppendFile* file, std::span<const BytePiece> pieces) {
   constexpr std::size_t kPiecesOfACall = 16;
-  const NoWriteSignals guard;
+  NoWriteSignals guard;
   iovec vector[kPiecesOfACall];
   while (!pieces.empty()) {
     const auto some = pieces.first(std::min(pieces.size(), kPiecesOfACall));
     std::ranges::transform(some, vector, [](BytePiece piece) {
       return iovec{const_cast<std::byte*>(piece.data()), piece.size()};
     });
-    if (!WriteAll(Descriptor(file), vector, static_cast<int>(some.size()))) return false;
+    if (!WriteAll(Descriptor(file), vector, static_cast<int>(some.size()))) {
+      guard.Drop();
+      return false;
+    }
     pieces = pieces.subspan(some.size());
   }
   return true;

@@ -15,6 +15,9 @@ class NoWriteSignals {
   NoWriteSignals(const NoWriteSignals&) = delete;
   NoWriteSignals& operator=(const NoWriteSignals&) = delete;
 
+  /// Takes back the signal of a write. To be called where one has failed, because no other raises any.
+  void Drop();
+
  private:
   sigset_t signals_;
   sigset_t before_;
