@@ -13,6 +13,7 @@ struct CaptureOptions {
   std::string capture;  ///< explain: the capture; empty: the one that TARN_CAPTURE names
   std::string target;   ///< redact: the file to write; diff: the second one
   std::string address;  ///< explain: of a camera
+  std::string against;  ///< search: the capture or saved search to compare with; empty: none
   std::vector<std::string> filters;
   bool follow = false;
 };

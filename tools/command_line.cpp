@@ -99,7 +99,20 @@ void DefineSearch(CLI::App& command, Options& options) {
         purpose);
   };
   CLI::Option* const known = addKnown("--known", true, "Only cameras that the server knew before");
-  addKnown("--new", false, "Only cameras that it did not know")->excludes(known);
+  CLI::Option* const fresh = addKnown("--new", false, "Only cameras that it did not know")->excludes(known);
+  CLI::Option* const against =
+      command
+          .add_option("--against", options.capture.against,
+                      "Show how the cameras differ from those of a capture, or of a search --json; 1: they do")
+          ->type_name("FILE")
+          ->check(CheckText)
+          ->excludes(known)
+          ->excludes(fresh);
+  for (const char* const name : {"--csv", "--filter", "--sort"}) against->excludes(command.get_option(name));
+}
+
+void RunAnySearch(const Options& options, TextOutput& output) {
+  options.capture.against.empty() ? RunSearch(options, output) : RunSearchAgainst(options, output);
 }
 
 void DefineList(CLI::App& command, Options& options) {
@@ -191,11 +204,12 @@ struct Command {
   const char* examples;
 };
 constexpr Command kCommands[] = {
-    {"search", "Show the cameras that the server knows, and those that it finds", DefineSearch, RunSearch,
+    {"search", "Show the cameras that the server knows, and those that it finds", DefineSearch, RunAnySearch,
      "  tarnfind search\n"
      "  tarnfind search --for 30 --pictures pictures --sort ip\n"
      "  tarnfind search --watch --new --exec ./on-new-camera\n"
-     "  tarnfind search --for 10 --json --times > found.jsonl\n"},
+     "  tarnfind search --for 10 --json > monday.jsonl\n"
+     "  tarnfind search --for 10 --against monday.jsonl\n"},
     {"list", "List the cameras that the server knows", DefineList, RunList,
      "  tarnfind list --filter vendor=north --sort ip\n"
      "  tarnfind list --csv > cameras.csv\n"

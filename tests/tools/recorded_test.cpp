@@ -361,14 +361,19 @@ TEST(Diff, TellsWhatAppearedWentMovedAndChanged) {
   StringOutput output;
   EXPECT_THROW(RunDiff(all, output), Failure);
   EXPECT_EQ(output.text,
-            "moved     00:00:00:00:00:02 10.0.0.9  B\n"
+            "moved     00:00:00:00:00:02 10.0.0.9 B\n"
+{"event":"camera","camera":{"mac":"00:00:00:00:00:05","model":"C","ctt":2}}
+{"event":"camera","change":"changed","camera":{"mac":"00:00:00:00:00:05","ip":"10.0.0.5"}}
             "          ip: \"10.0.0.2\" -> \"10.0.0.9\"\n"
             "          model: \"A\" -> \"B\"\n"
-            "gone      00:00:00:00:00:03 10.0.0.3  \n"
-            "appeared  00:00:00:00:00:04 10.0.0.4  \n");
+            "gone      00:00:00:00:00:03 10.0.0.3\n"
+            "appeared  00:00:00:00:00:04 10.0.0.4\n"
+            "changed   00:00:00:00:00:05 10.0.0.5 D\n"
+            "          model: \"C\" -> \"D\"\n");
   options.target = options.file;
   EXPECT_EQ(Told(RunDiff, options), "");
   options.target = save("broken.jsonl", "{}\nhello\n");
+{"event":"camera","camera":{"mac":"00:00:00:00:00:05","ip":"10.0.0.5","model":"D"}}
   EXPECT_THROW(Told(RunDiff, options), WrongUse);
   const std::string capture = Recorded().Search().Block(4, Camera()).Save();
   EXPECT_EQ(ReadCameraSet(capture).size(), 1U);

@@ -31,8 +31,11 @@ def check_output():
     commands = ["search --for 1", f"search --for 1 --times --pictures {folder}", "list --expect 9", "list --nothing",
                 "info 10.0.0.1 --for 0.2", "check --for 0.2", "send-mac 00408c000001 --for 0.1", "bare --for 0.1",
                 "set-network 00408c000001 --static --yes --for 0.1", "scenario check SCENARIO"]
+    capture = os.path.join(os.path.dirname(docs), "tests", "data", "captures", "faults.pcapng")
+    recorded = [f"show {capture}", f"stats {capture}", f"explain 00408c1a0002 {capture}", f"redact {capture} {folder}/clean",
+                f"diff {capture} {folder}/clean", f"search --for 1 --against {capture}"]
     for fault in [[]] + [[{"function": f, "call": 1, "error": e}] for f in functions for e in (True, False)]:
-        for command in commands:
+        for command in commands + (recorded if not fault else []):
             result = run(command.split() + ["--json"], dict(scenario, functionFaults=fault))
             objects = [json.loads(line) for line in result.stdout.decode().splitlines()] or [{}]
             errors = [error.message for o in objects for error in schema.iter_errors(o)]

@@ -6,7 +6,6 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <string_view>
 
 #include "protocol/camera_info.h"
@@ -15,6 +14,7 @@
 #include "tools/capture/conversation.h"
 #include "tools/failure.h"
 #include "tools/json_objects.h"
+#include "tools/platform.h"
 #include "tools/text.h"
 
 namespace tarnfind {
@@ -29,17 +29,18 @@ std::string Upper(std::string text) {
   return text;
 }
 
-void Put(CameraSet& cameras, const std::string& mac, Json camera) {
+void Put(CameraSet& cameras, const std::string& mac, const Json& camera) {
   if (mac.empty()) return;
   if (cameras.size() == kMostCameras) throw WrongUse(fmt::format("there are more than {} cameras", kMostCameras));
-  cameras.insert_or_assign(Upper(mac), std::move(camera));
+  // What an event leaves out stays as it was told before.
+  cameras.try_emplace(Upper(mac), Json::object()).first->second.update(camera);
 }
 
 CameraSet ReadCapturedCameras(const std::string& path) {
   CameraSet cameras;
   CaptureFile file(path);
   Conversation conversation;
-  ReadFrames(file, [&](const capture::Frame& frame) {
+  const std::string note = ReadFrames(file, [&](const capture::Frame& frame) {
     const RecordedEvent event = conversation.Read(frame);
     if (event.command && !event.failed)
       for (const auto& record : event.command->cameras)
@@ -50,6 +51,7 @@ CameraSet ReadCapturedCameras(const std::string& path) {
     else
       Put(cameras, event.block->camera->mac, event.block->camera->object);
   });
+  if (!note.empty()) platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", note));
   return cameras;
 }
 
@@ -64,14 +66,7 @@ CameraSet ReadSavedCameras(std::istream& file, const std::string& path) {
     if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
     const Json object = Json::parse(line, nullptr, false);
     if (!object.is_object()) throw wrong("is neither JSON nor the beginning of a capture");
-    const auto camera = object.find("camera");
-    if (camera == object.end() || !camera->is_object()) continue;
-    const auto mac = camera->find("mac");
-    if (mac == camera->end() || !mac->is_string()) throw wrong("shows a camera without an address");
-    if (object.value("change", Json()) == "gone" || object.value("event", Json()) == "gone")
-      cameras.erase(Upper(mac->get<std::string>()));
-    else
-      Put(cameras, mac->get<std::string>(), *camera);
+    if (!TakeCameraObject(cameras, object)) throw wrong("shows a camera without an address");
   }
   return cameras;
 }
@@ -83,16 +78,14 @@ bool IsMasked(const Json& value) {
 }
 
 std::vector<FieldChange> ChangedFields(const Json& before, const Json& after) {
-  std::set<std::string> fields;
-  for (const auto& [field, value] : before.items()) fields.insert(field);
-  for (const auto& [field, value] : after.items()) fields.insert(field);
   std::vector<FieldChange> changes;
-  for (const std::string& field : fields) {
-    const Json old = before.value(field, Json());
-    const Json fresh = after.value(field, Json());
+  for (const auto& [field, old] : before.items()) {
+    const auto fresh = after.find(field);
+    if (fresh == after.end() || *fresh == old) continue;
     const bool credential = field == "user" || field == "password";
-    if (old != fresh && !(credential && (IsMasked(old) || IsMasked(fresh)))) changes.push_back({field, old, fresh});
+    if (!credential || (!IsMasked(old) && !IsMasked(*fresh))) changes.push_back({field, old, *fresh});
   }
+  std::ranges::sort(changes, {}, &FieldChange::field);
   return changes;
 }
 
@@ -107,6 +100,19 @@ CameraSet ReadCameraSet(const std::string& path) {
   file.clear();
   file.seekg(0);
   return ReadSavedCameras(file, path);
+}
+
+std::optional<std::string> TakeCameraObject(CameraSet& cameras, const Json& object) {
+  const auto camera = object.find("camera");
+  if (camera == object.end() || !camera->is_object()) return "";
+  const auto mac = camera->find("mac");
+  if (mac == camera->end() || !mac->is_string()) return std::nullopt;
+  const std::string address = Upper(mac->get<std::string>());
+  if (object.value("change", Json()) == "gone")
+    cameras.erase(address);
+  else
+    Put(cameras, address, *camera);
+  return address;
 }
 
 std::vector<CameraDifference> Compare(const CameraSet& before, const CameraSet& after) {

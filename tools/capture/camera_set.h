@@ -3,6 +3,7 @@
 
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,10 @@ using CameraSet = std::map<std::string, nlohmann::ordered_json>;
 /// Reads a capture, or the lines of `tarnfind search --json` or `list --json`. What was reported gone is not in it.
 /// Throws WrongUse for anything else.
 CameraSet ReadCameraSet(const std::string& path);
+
+/// Takes one object of `search --json` into the set. The hardware address of the camera in it, in capitals: empty where
+/// it shows none, nullopt where it shows one without an address.
+std::optional<std::string> TakeCameraObject(CameraSet& cameras, const nlohmann::ordered_json& object);
 
 struct FieldChange {
   std::string field;
@@ -29,8 +34,8 @@ struct CameraDifference {
 };
 inline constexpr const char* kDifferenceWords[] = {"appeared", "gone", "moved", "changed"};
 
-/// In the order of the addresses. A camera with another IP address has moved, whatever else has changed. Credentials
-/// that were masked on either side are not compared.
+/// In the order of the addresses. A camera with another IP address has moved, whatever else has changed. Fields that
+/// one side does not tell are not compared, nor are credentials that were masked on either side.
 std::vector<CameraDifference> Compare(const CameraSet& before, const CameraSet& after);
 
 }  // namespace tarnfind

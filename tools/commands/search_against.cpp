@@ -1,0 +1,87 @@
+/// A search whose cameras are compared with those of a file, as they arrive. The search itself is the ordinary one; its
+/// JSON lines are read here, as diff reads them from a file.
+#include <fmt/format.h>
+
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "tools/capture/camera_set.h"
+#include "tools/capture/difference_text.h"
+#include "tools/commands/commands.h"
+#include "tools/failure.h"
+#include "tools/json_objects.h"
+#include "tools/text.h"
+
+namespace tarnfind {
+namespace {
+
+CameraSet Only(const CameraSet& cameras, const std::string& mac) {
+  const auto found = cameras.find(mac);
+  return found == cameras.end() ? CameraSet() : CameraSet{*found};
+}
+
+class Comparison final : public TextOutput {
+ public:
+  Comparison(const CameraSet& before, bool json, TextOutput& output) : before_(before), json_(json), output_(output) {}
+
+  /// Takes the lines of the search.
+  void Write(std::string_view text) override {
+    line_ += text;
+    for (std::size_t end = line_.find('\n'); end != std::string::npos; end = line_.find('\n')) {
+      const std::string mac = TakeCameraObject(found_, Json::parse(line_.substr(0, end))).value_or("");
+      line_.erase(0, end + 1);
+      if (!mac.empty()) Tell(mac);
+    }
+  }
+
+  /// The search is over: what it has not shown is gone. How many cameras differ.
+  std::size_t Finish() {
+    for (const auto& [mac, camera] : before_) Tell(mac);
+    const std::size_t differences = Compare(before_, found_).size();
+    if (json_)
+      output_.Write(JsonLine(ComparisonSummary("search --against", before_, found_, differences)));
+    else if (differences == 0)
+      output_.Write(fmt::format("{}, no difference\n", Counted(found_.size(), "camera")));
+    return differences;
+  }
+
+ private:
+  /// Tells how the camera differs, unless that was told last of it.
+  void Tell(const std::string& mac) {
+    const CameraSet before = Only(before_, mac), found = Only(found_, mac);
+    const auto differences = Compare(before, found);
+    const std::string text = differences.empty() ? "" : DifferenceText(differences[0], before, found, json_);
+    std::string& told = told_[mac];
+    if (text == told) return;
+    told = text;
+    if (!text.empty()) return output_.Write(text);
+    output_.Write(json_ ? JsonLine({{"event", "difference"}, {"difference", "same"}, {"mac", mac}})
+                        : fmt::format("{:<9} {}\n", "same", Printable(mac)));
+  }
+
+  const CameraSet& before_;
+  const bool json_;
+  TextOutput& output_;
+  std::string line_;
+  CameraSet found_;
+  std::map<std::string, std::string> told_;  ///< what was told last of a camera; empty: nothing differs
+};
+
+}  // namespace
+
+void RunSearchAgainst(const Options& options, TextOutput& output) {
+  const CameraSet before = ReadCameraSet(options.capture.against);
+  Comparison comparison(before, options.json, output);
+  Options search = options;
+  search.json = true;
+  try {
+    RunSearch(search, comparison);
+  } catch (const Failure& failure) {
+    // 1 says that cameras differ.
+    throw CommandError(kWrongUse, failure.what(), failure.Step());
+  }
+  if (const std::size_t differences = comparison.Finish(); differences > 0) throw Failure(DifferenceCount(differences));
+}
+
+}  // namespace tarnfind
