@@ -144,7 +144,7 @@ TEST(Decode, DumpsEachByteWithItsMeaning) {
   EXPECT_EQ(output.text,
             blank + "block: a pushed block, message type 8: a camera known by its address alone, event kind 4\n" +
                 blank +
-                "  chunk: CTT\n"
+                "  chunk: CTT code, handed on unread\n"
                 "  000000  0c 00 00 00                                           tag 12\n"
                 "  000004  01 00 00 00 00 00 00 00                               length 1\n" +
                 blank +
@@ -174,6 +174,11 @@ Bytes ListWith(Bytes more) {
   return more;
 }
 
+Bytes CutReply() {
+  const std::string bytes = std::string("\x0B\xFF\0\0\0", 5) + "VkxJUwsBAAAAAAEAAAA=";  // kEmptyList
+  return Bytes(bytes.begin(), bytes.end());
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Table, DamagedMessage,
     testing::Values(
@@ -193,6 +198,9 @@ INSTANTIATE_TEST_SUITE_P(
                   "expected room for a terminator, found length 0\n"},
         DamageRow{"WrongCode", Form::kRequest, {1, 2, 3, 4}, "expected the code 0x840a, found 0x4030201\n"},
         DamageRow{"NoText", Form::kReply, {6, 1, 0, 0, 0}, "expected a text, type 12 or 11, found type 6\n"},
+        DamageRow{"CutReply", Form::kReply, CutReply(),
+                  "    list\n      !! damage at offset 14: expected entry 1 of 1, found the end\n"
+                  "  !! damage at offset 25: expected a text of 255 bytes, found 20 bytes\n"},
         DamageRow{
             "CutChunk", Form::kBlock, {6, 0, 0, 0, 9, 0, 0, 0, 0, 0, 0, 0, 1}, "expected 9 bytes, found 1 byte\n"},
         DamageRow{"WrongElementSize",
@@ -237,6 +245,13 @@ INSTANTIATE_TEST_SUITE_P(
                     InputRow{"CutBlock", "\x03\0\0\0\xFF\0\0\0\0\0\0\0VLIS"s, Form::kBlock},
                     InputRow{"Frame", "\x01\x30\x01"s + std::string(45, '\0'), Form::kFrame},
                     InputRow{"HexDigits", "0A 84 00 00\r\n56,00"s, Form::kRequest},
+                    InputRow{"DumpOfXxd", "00000000: 0a84 0000 5600                           ....V.\n"s,
+                             Form::kRequest},
+                    InputRow{"DumpOfHexdump",
+                             "00000000  0a 84 00 00 56 00 6b 00  78 00 4a 00 55 00 77 00  |....V.k.x.J.U.w.|\n"
+                             "00000010  73 00                                             |s.|\n00000012\n"s,
+                             Form::kRequest},
+                    InputRow{"Base64OfARequest", "CoQAAFYAawA="s, Form::kRequest},
                     InputRow{"Base64", " VkxJUwsBAAAAAAAAAAA=\n"s, Form::kList},
                     InputRow{"Utf16", "V\0k\0x\0J\0U\0w\0s\0B\0A\0A\0A\0A\0A\0A\0A\0A\0A\0A\0A\0=\0"s, Form::kList},
                     InputRow{"Utf16WithMark",

@@ -106,8 +106,13 @@ class Decoder {
       cursor.Fail(node, "a text, type 12 or 11", fmt::format("type {}", tag));
     const auto length = cursor.TakeNumber<std::uint32_t>(node, "length");
     if (length < unit) cursor.Fail(node, "room for a terminator", fmt::format("length {}", length));
-    if (length > cursor.GetRemaining())
-      cursor.Fail(node, fmt::format("a text of {}", Counted(length)), Counted(cursor.GetRemaining()));
+    if (length > cursor.GetRemaining()) {
+      const std::size_t here = cursor.GetRemaining();
+      // The cameras that are there were meant.
+      Cursor text = cursor.Split(here / unit * unit);
+      DecodeText(text, node, unit);
+      cursor.Fail(node, fmt::format("a text of {}", Counted(length)), Counted(here));
+    }
     Cursor text = cursor.Split(length / unit * unit - unit);
     DecodeText(text, node, unit);
     cursor.TakeField(length - (length / unit * unit - unit), node, "terminator");

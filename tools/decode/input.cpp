@@ -92,18 +92,18 @@ std::optional<std::string> TextOfUtf16(const Bytes& bytes) {
   return text;
 }
 
-/// The bytes that a text stands for: base64 of a value list, else hexadecimal.
+/// The bytes that a text stands for: base64 of a value list, else hexadecimal, else base64 of another message.
 std::optional<Bytes> BytesOfText(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t\r\n");
   if (first == std::string_view::npos) return std::nullopt;
   text.remove_prefix(first);
   text = text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
-  if (text.starts_with("VkxJU")) {
-    Bytes bytes;
-    Kestrel::Base64Decode(text, bytes);
-    return bytes;
-  }
-  return BytesOfHex(text);
+  Bytes bytes;
+  const bool isBase64 = Kestrel::Base64Decode(text, bytes);
+  if (text.starts_with("VkxJU")) return bytes;
+  if (auto fromDump = BytesOfDump(text)) return fromDump;
+  if (auto fromHex = BytesOfHex(text)) return fromHex;
+  return isBase64 ? std::optional(bytes) : std::nullopt;
 }
 
 std::optional<Bytes> Unwrapped(const Bytes& bytes) {
@@ -137,6 +137,8 @@ Recognised Recognise(std::vector<std::uint8_t> bytes, const std::string& as) {
     if (auto unwrapped = Unwrapped(bytes); unwrapped && !unwrapped->empty()) bytes = std::move(*unwrapped);
   if (named) return {std::move(bytes), *named};
   const auto form = FormByBytes(bytes);
+  if (NumberAt<std::uint32_t>(bytes, 0) == capture::kSectionHeader)
+    throw WrongUse("the input is a whole capture; tarnfind show prints it");
   if (!form) throw WrongUse("the input is no message that is recognised; name it with --as");
   return {std::move(bytes), {*form, 0}};
 }

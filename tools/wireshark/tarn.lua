@@ -266,9 +266,20 @@ end
 
 local function reply(cursor, tree, seen)
   if left(cursor) == 0 then return end
+  local first = cursor.tvb(cursor.at, 1):uint()
+  local unit = first == 12 and 2 or 1
+  if (first == 11 or first == 12) and left(cursor) >= 5 then
+    local stated, there = cursor.tvb(cursor.at + 1, 4):le_uint(), left(cursor) - 5
+    if stated > there then
+      -- The cameras that are there were meant.
+      cursor.at = cursor.at + 5
+      local whole = math.floor(there / unit) * unit
+      if whole > 0 then base64(take(cursor, tree, whole, "base64"), tree, seen, unit) end
+      fail(cursor, tree, string.format("a text, %d bytes", stated), there)
+    end
+  end
   local range, tag = record(cursor, tree)
   if tag ~= 11 and tag ~= 12 then fail(cursor, tree, "a text, type 12 or 11", "type " .. tag) end
-  local unit = tag == 12 and 2 or 1
   local size = math.floor(range:len() / unit) * unit - unit
   if size > 0 then base64(range(0, size), tree, seen, unit) end
 end
