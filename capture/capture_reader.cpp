@@ -1,6 +1,7 @@
 #include "capture/capture_reader.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "base/byte_order.h"
 #include "base/hex_digits.h"
@@ -152,13 +153,15 @@ bool CaptureReader::NextPacket(Packet& packet) {
     blockOffset_ = nextOffset_;
     std::uint32_t head[2];
     const std::size_t got = source_.Read(head, sizeof head);
+    const std::uint32_t firstType = kSectionHeader;
+    if (blockOffset_ == 0 && std::memcmp(head, &firstType, std::min(got, sizeof firstType)) != 0)
+      Refuse("a section header, " + Hex(kSectionHeader), got < sizeof firstType ? "other bytes" : Hex(head[0]));
     if (got < sizeof head) {
       behindLastBlock_ = got;
       ended_ = true;
       break;
     }
     const auto [type, length] = head;
-    if (blockOffset_ == 0 && type != kSectionHeader) Refuse("a section header, " + Hex(kSectionHeader), Hex(type));
     if (length < kBlockHeadSize + kBlockTailSize || length % 4 != 0) Refuse("a block's length", std::to_string(length));
     const bool known = type == kSectionHeader || type == kInterfaceDescription || type == kEnhancedPacket;
     if (known && length > kLargestBlock)

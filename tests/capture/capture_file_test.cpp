@@ -83,6 +83,9 @@ TEST(CaptureFile, CutAtAnyByteItIsReadToItsLastWholeBlock) {
                 return frameEnd > kSectionStart && frameEnd <= n;
               })));
     EXPECT_EQ(read.behindLastBlock, n - end);
+    if (n > 0) {
+      EXPECT_THROW(ReadCapture(Bytes(n, 'x')), CaptureError) << "a short file of another kind";
+    }
     // A recording that goes on does so behind the last whole block.
     std::ofstream(file, std::ios::binary)
         .write(reinterpret_cast<const char*>(whole.data()), static_cast<std::streamsize>(n));
