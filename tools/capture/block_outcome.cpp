@@ -31,10 +31,12 @@ class NotingWizard final : public wire::INewCameraDataCallback {
   std::uint32_t Release() override { return 1; }
 
   HRESULT PictureReceived(const std::uint8_t*, std::uint64_t byteCount, BSTR text) override {
-    return Note(fmt::format("picture of {} bytes for \"{}\"", byteCount, Printable(TakeBstr(text))));
+    outcome_.mac = TakeBstr(text);
+    return Note(fmt::format("picture of {} bytes for \"{}\"", byteCount, Printable(outcome_.mac)));
   }
   HRESULT ValuesReceived(BSTR text, const std::uint64_t*, std::uint64_t count) override {
-    return Note(fmt::format("{} for \"{}\"", Counted(count, "value"), Printable(TakeBstr(text))));
+    outcome_.mac = TakeBstr(text);
+    return Note(fmt::format("{} for \"{}\"", Counted(count, "value"), Printable(outcome_.mac)));
   }
   HRESULT CameraInfoReceived(std::uint32_t kind, wire::ICameraInfo* info, std::int32_t type) override {
     const CameraSnapshot snapshot = SnapshotOf(*info);
@@ -102,13 +104,12 @@ BlockOutcome OutcomeOf(std::int32_t blockKind, std::uint32_t messageType, std::s
   if (blockKind == wire::kFinderBlockKind && hasCallback)
     wire::ParseFinderBlock(current, *Kestrel::CreateBuffer(block.data(), block.size()), messageType);
   outcome.isGone = outcome.camera && messageType == wire::fmtCameraKind4;
-  if (outcome.camera) return outcome;
+  if (outcome.delivered) return outcome;
 
   Contents contents;
   Collect(Decode({block.begin(), block.end()}, {Form::kBlock, messageType}).root, contents);
   outcome.mac = contents.text;
   outcome.ip = contents.ip;
-  if (outcome.delivered) return outcome;
   if (blockKind != wire::kFinderBlockKind)
     outcome.what = fmt::format("block kind {} is not for the finder", blockKind);
   else if (!hasCallback)

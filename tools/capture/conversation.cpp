@@ -12,7 +12,7 @@
 #include "protocol/finder_messages.h"
 #include "protocol/record_wire.h"
 #include "protocol/request_wire.h"
-#include "tools/decode/meanings.h"
+#include "tools/mac_address.h"
 #include "tools/text.h"
 
 namespace tarnfind {
@@ -183,8 +183,9 @@ RecordedEvent Conversation::ReadBlock(const Frame& frame) {
   event.failed = !event.block->delivered;
   event.what = fmt::format("block type {}, {}", frame.header.messageType, Counted(block.size(), "byte"));
   event.outcome = (event.failed ? "dropped: " : "") + Printable(event.block->what);
-  // With pictures and values the text is a name.
-  if (frame.header.messageType >= fmtCameraKind3) AddUnlessEmpty(event.macs, event.block->mac);
+  // With pictures and values the text is the server's name of the camera, which may be another one.
+  if (frame.header.messageType >= fmtCameraKind3 || StandardMac(event.block->mac))
+    AddUnlessEmpty(event.macs, event.block->mac);
   AddUnlessEmpty(event.ips, event.block->ip);
   return event;
 }

@@ -37,6 +37,10 @@ bool MatchesType(const RecordedEvent& event, const std::string& value) {
 std::string AcceptAnything(std::string&) {
   return {};
 }
+std::string CheckType(std::string& text) {
+  const bool isNumber = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+  return isNumber ? "" : "type must be a number, as in type=4";
+}
 std::string CheckIp(std::string& text) {
   return CheckIpAddress(text);
 }
@@ -50,7 +54,7 @@ constexpr auto kFilters = std::to_array<FilterRow>({
     {"mac", NormaliseMac, MatchesMac},
     {"ip", CheckIp, MatchesIp},
     {"function", AcceptAnything, MatchesFunction},
-    {"type", AcceptAnything, MatchesType},
+    {"type", CheckType, MatchesType},
 });
 
 const FilterRow* RowOf(std::string_view filter) {

@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <chrono>
 #include <utility>
 
 #include "dbi/dbi.h"
 #include "protocol/block_format.h"
 #include "protocol/finder_messages.h"
 #include "tools/text.h"
+#include "tools/wall_time.h"
 
 namespace tarnfind {
 namespace {
@@ -50,7 +52,8 @@ constexpr auto kCommandsThatReportBack = "tarnfind send-mac or tarnfind info";
 }  // namespace
 
 void Explainer::Lines::Add(std::string line) {
-  if (first.size() < kFullLines) first.push_back(std::move(line));
+  last = std::move(line);
+  if (first.size() < kFullLines) first.push_back(last);
   ++count;
 }
 
@@ -67,6 +70,11 @@ Explainer::Explainer(const std::string& address) : address_(address) {
 
 std::string Explainer::At(const RecordedEvent& event) const {
   return fmt::format("at {:.3f} s, packet {}", Seconds(event.frame->GetStart() - start_), event.frame->number);
+}
+
+void Explainer::Hear(const RecordedEvent& event, const std::string& line) {
+  const auto time = std::chrono::duration_cast<WallTime::duration>(std::chrono::nanoseconds(event.frame->time));
+  lastHeard_ = fmt::format("{}, {}.", UtcTime(WallTime(time)), line);
 }
 
 bool Explainer::IsAbout(const RecordedEvent& event) const {
@@ -142,6 +150,7 @@ void Explainer::AddCommand(const RecordedEvent& event, bool about) {
     }
     replies_.Add(Printable(
         fmt::format("answer to {} {}: {} {} \"{}\"", command.name, At(event), camera.mac, camera.ip, camera.model)));
+    Hear(event, replies_.last);
   }
 }
 
@@ -152,6 +161,7 @@ void Explainer::AddBlock(const RecordedEvent& event, bool about) {
   lastBlockTime_ = time;
   const std::string line =
       fmt::format("block type {} {}: {}", event.frame->header.messageType, At(event), Printable(block.what));
+  if (about) Hear(event, block.delivered ? line : line + ", dropped");
   if (!block.delivered) {
     const bool nobody = event.macs.empty() && event.ips.empty();
     if (about)
@@ -269,10 +279,12 @@ Explanation Explainer::Explain() const {
   std::string blocks =
       deliveries_.count > 0
           ? fmt::format("{} about it reached the wizard:{}", Counted(deliveries_.count, "block"), deliveries_.Join())
-          : fmt::format("None of {} about it reached the wizard.", Counted(blocks_, "block"));
+          : fmt::format("{} arrived, and none about it reached the wizard.", Counted(blocks_, "block"));
   if (longestSilence_ >= kSlow)
     blocks += fmt::format("\nThe longest time without a block was {:.1f} s.", Seconds(longestSilence_));
   steps.push_back({"blocks", blocks, deliveries_.count > 0});
+  steps.push_back({"last", lastHeard_.empty() ? "Nothing was heard of it." : "Last heard of at " + lastHeard_,
+                   !lastHeard_.empty()});
   if (droppedOfIt_.count + droppedOfNobody_.count + droppedOfOthers_ > 0) {
     std::string text;
     if (droppedOfIt_.count > 0)
@@ -324,7 +336,7 @@ void Explainer::Judge(Explanation& explanation) const {
        {"See why the server refuses, by the error above.", "tarnfind check shows the same from here."}},
       {never(Function::kOpen), "Nothing was asked of the finder.", {"Start the search in the wizard."}},
       {droppedOfIt_.count > 0,
-       "The server has sent it, and the finder dropped it without a word.",
+       "The server has sent a block about it, and the finder dropped it without a word.",
        {"Look at the block: tarnfind show CAPTURE --filter mac=" + address_ + ", then tarnfind decode --hex.",
         "The server's camera finder makes blocks that the finder cannot read: compare their versions."}},
       {failed(Function::kSetGenericDataCallback),

@@ -14,7 +14,8 @@
 namespace tarnfind {
 
 struct ExplainedStep {
-  std::string name;  ///< library, stream, open, start, callback, commands, replies, blocks, dropped, nearest
+  std::string name;  ///< library, stream, open, start, callback, commands, replies, blocks, last, dropped,
+                     ///< nearest
   std::string text;  ///< whole sentences
   bool fine = true;
 };
@@ -48,6 +49,7 @@ class Explainer {
   /// A few lines in full, the rest as a number.
   struct Lines {
     std::vector<std::string> first;
+    std::string last;
     std::uint64_t count = 0;
     void Add(std::string line);
     std::string Join() const;
@@ -59,6 +61,7 @@ class Explainer {
   void AddCommand(const RecordedEvent& event, bool about);
   void AddBlock(const RecordedEvent& event, bool about);
   std::string At(const RecordedEvent& event) const;
+  void Hear(const RecordedEvent& event, const std::string& line);
 
   ExplainedStep ExplainCalls(const char* name, capture::Function function, const char* done, const char* never) const;
   ExplainedStep ExplainCallback() const;
@@ -81,6 +84,7 @@ class Explainer {
   std::uint64_t blocks_ = 0;
   Lines deliveries_;
   std::string lastDelivery_;
+  std::string lastHeard_;
   bool lastWasGone_ = false;
   Lines droppedOfIt_;
   Lines droppedOfNobody_;

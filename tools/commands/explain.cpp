@@ -21,11 +21,20 @@ std::string PathOf(const Options& options) {
   return recorded;
 }
 
+/// Where the text of a step begins.
+constexpr std::size_t kTextColumn = 12;
+
+std::string Indented(std::string text) {
+  for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1))
+    text.insert(at + 1, kTextColumn, ' ');
+  return text;
+}
+
 void WriteText(const std::string& address, const Explanation& explanation, const std::string& note,
                TextOutput& output) {
   output.Write(fmt::format("Where is {}?\n\n", address));
   for (const ExplainedStep& step : explanation.steps)
-    output.Write(fmt::format("{} {:<9} {}\n", step.fine ? " " : "!", step.name, step.text));
+    output.Write(fmt::format("{} {:<9} {}\n", step.fine ? " " : "!", step.name, Indented(step.text)));
   output.Write(fmt::format("\n{}\n", explanation.verdict));
   for (const std::string& next : explanation.next) output.Write(fmt::format("Try: {}\n", next));
   if (!note.empty()) output.Write(fmt::format("Note: {}\n", note));

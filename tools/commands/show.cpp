@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <chrono>
 #include <nlohmann/json.hpp>
 
 #include "tools/capture/capture_file.h"
@@ -9,6 +10,7 @@
 #include "tools/json_objects.h"
 #include "tools/platform.h"
 #include "tools/text.h"
+#include "tools/wall_time.h"
 
 namespace tarnfind {
 
@@ -19,15 +21,18 @@ bool IsWorthALine(const RecordedEvent& event) {
   return event.frame->header.event != capture::FrameEvent::kDelivered || event.failed;
 }
 
-std::string Line(const RecordedEvent& event, std::uint64_t start) {
+std::string Line(const RecordedEvent& event, std::uint64_t start, bool times) {
   const capture::FrameHeader& header = event.frame->header;
   const bool toFinder = header.direction == capture::FrameDirection::kToFinder;
   const std::string took = header.event == capture::FrameEvent::kCall
                                ? fmt::format("{:.3f} ms", static_cast<double>(header.duration) / 1e6)
                                : "";
   const double seconds = static_cast<double>(static_cast<std::int64_t>(event.frame->GetStart() - start)) / 1e9;
-  return fmt::format("{:>11.6f} {:>5} {:>6} {} {:<38} {:>10}  {}\n", seconds, event.frame->number, header.thread,
-                     toFinder ? "<-" : "->", event.what, took, event.outcome);
+  const std::chrono::nanoseconds sinceEpoch(event.frame->GetStart());
+  const std::string time =
+      times ? UtcTime(WallTime(std::chrono::duration_cast<WallTime::duration>(sinceEpoch))) + ' ' : "";
+  return fmt::format("{}{:>11.6f} {:>5} {:>6} {} {:<38} {:>10}  {}\n", time, seconds, event.frame->number,
+                     header.thread, toFinder ? "<-" : "->", event.what, took, event.outcome);
 }
 
 Json Object(const RecordedEvent& event) {
@@ -62,7 +67,7 @@ void RunShow(const Options& options, TextOutput& output) {
     if (options.json)
       output.Write(JsonLine(Object(event)));
     else if (IsWorthALine(event))
-      output.Write(Line(event, start));
+      output.Write(Line(event, start, options.times));
   });
   if (!note.empty()) platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", note));
 }
