@@ -1,13 +1,17 @@
 /// What recording costs: the same operations through the finder library and through the recorder, over a scripted
-/// platform library. Use: TARN_CAPTURE=FILE recorder_bench
+/// platform library. Use: TARN_CAPTURE=FILE recorder_bench, with a file on the disk that is meant.
 ///
 /// A bare command is two calls of the platform library, and a picture one block and the end of its delivery.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
+#include <span>
 #include <string>
 
+#include "platform/append_file.h"
 #include "wizard/finder_library.h"
 
 namespace {
@@ -16,6 +20,7 @@ using wizard::CountingCallback;
 using wizard::FinderLibrary;
 
 constexpr std::size_t kPictureSize = 100 * 1024;
+constexpr double kCallsOfABareCommand = 2;
 
 /// The library that is measured, with a callback installed.
 struct Wizard {
@@ -35,6 +40,8 @@ void BareCommand(benchmark::State& state, const char* file) {
   GetScriptedDbi()->StopNotingCalls();
   const Wizard wizard(file);
   for (auto _ : state) wizard.finder->SendBareCommand();
+  state.counters["per call"] = benchmark::Counter(static_cast<double>(state.iterations()) * kCallsOfABareCommand,
+                                                  benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
 scripted::Bytes PictureBlock() {
@@ -64,10 +71,25 @@ void CopyToMemory(benchmark::State& state) {
   }
 }
 
+void CopyToFile(benchmark::State& state) {
+  const char* const capture = std::getenv("TARN_CAPTURE");
+  if (!capture) return state.SkipWithError("TARN_CAPTURE names no file");
+  const std::string name = std::string(capture) + ".copy";
+  const std::u16string path(name.begin(), name.end());
+  platform::AppendFile* const file = platform::OpenForAppend(path.c_str());
+  if (!file) return state.SkipWithError("the file cannot be opened");
+  const scripted::Bytes block = PictureBlock();
+  const platform::BytePiece piece = std::as_bytes(std::span(block));
+  for (auto _ : state) platform::Append(file, {&piece, 1});
+  platform::CloseAppendFile(file);
+  std::filesystem::remove(name);
+}
+
 BENCHMARK_CAPTURE(BareCommand, finder, TARN_FINDER_FILE);
 BENCHMARK_CAPTURE(BareCommand, recorder, TARN_RECORDER_FILE);
 BENCHMARK_CAPTURE(Picture, finder, TARN_FINDER_FILE)->UseRealTime();
 BENCHMARK_CAPTURE(Picture, recorder, TARN_RECORDER_FILE)->UseRealTime();
 BENCHMARK(CopyToMemory);
+BENCHMARK(CopyToFile)->UseRealTime();
 
 }  // namespace
