@@ -97,10 +97,6 @@ ValueListEntry::ValueListEntry(Buffer& buffer, BlobBytes blobBytes)
   if (blobBytes == BlobBytes::kOwn) value.OwnBytes();
 }
 
-void ValueList::AddVariant(std::string_view name, Variant value) {
-  entries_.emplace_back(name, std::move(value));
-}
-
 void ValueList::AddBinaryData(std::string_view name, const ReferencePointer<Buffer>& buffer) {
   const BinaryData shared(buffer);
   AddVariant(name, Variant(shared));

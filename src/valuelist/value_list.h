@@ -46,7 +46,9 @@ inline constexpr std::uint32_t ValueListIdentifier = 0x53494C56;
 enum class BlobBytes { kInBuffer, kOwn };
 
 struct ValueListEntry {
-  ValueListEntry(std::string_view entryName, Variant&& entryValue) : name(entryName), value(std::move(entryValue)) {}
+  /// The value is what a variant is made from, or a variant.
+  template <class Source>
+  ValueListEntry(std::string_view entryName, Source&& source) : name(entryName), value(std::forward<Source>(source)) {}
   /// Decodes one entry at the buffer's read position.
   ValueListEntry(Buffer& buffer, BlobBytes blobBytes);
 
@@ -70,9 +72,9 @@ class ValueList {
   void Reserve(std::size_t more) { entries_.reserve(entries_.size() + more); }
   /// Appends an entry; entries may have the same name.
   void Add(std::string_view name, MessageValue auto&& value) {
-    AddVariant(name, Variant(std::forward<decltype(value)>(value)));
+    entries_.emplace_back(name, std::forward<decltype(value)>(value));
   }
-  void AddVariant(std::string_view name, Variant value);
+  void AddVariant(std::string_view name, Variant value) { entries_.emplace_back(name, std::move(value)); }
   /// Appends a vtBinaryData with a copy of the buffer's bytes, or without a buffer where it is null or empty.
   void AddBinaryData(std::string_view name, const ReferencePointer<Buffer>& buffer);
 
