@@ -1,6 +1,5 @@
 #include "protocol/request_wire.h"
 
-#include <algorithm>
 #include <string>
 
 #include "base/base64.h"
@@ -60,10 +59,7 @@ Kestrel::ReferencePointer<Kestrel::Buffer> RequestOf(const Values&... values) {
 }  // namespace
 
 Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const Kestrel::ValueList& command) {
-  const auto binary = Kestrel::GetBuffer(Kestrel::MediumBufferList);
-  command.Write(*binary);
-  const auto bytes = binary->GetBytes();
-  return RequestOf(bytes.size(), [bytes](std::uint8_t* target) { std::ranges::copy(bytes, target); });
+  return RequestOf(command.GetBinarySize(), [&command](std::uint8_t* target) { command.WriteTo(target); });
 }
 
 Kestrel::ReferencePointer<Kestrel::Buffer> EncodeRequest(const MacAddressMessage& message) {

@@ -1,6 +1,7 @@
 #include "valuelist/value_list.h"
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <span>
 #include <utility>
@@ -19,28 +20,49 @@ constexpr std::uint64_t kFirstRoom = 32;
 /// The tag and the length of a vtString.
 constexpr std::size_t kStringHeaderSize = 5;
 
-void AppendUInt32(Buffer& buffer, std::uint32_t number) {
-  StoreLittleEndian(buffer.Reserve(sizeof number), number);
-}
+/// Writes numbers, names and values front to back. Whoever makes one gives room for all of them.
+class Writer {
+ public:
+  explicit Writer(std::uint8_t* target) : at_(target) {}
 
-/// Writes the record of the name directly, without a temporary Variant.
-void AppendName(Buffer& buffer, std::string_view name) {
-  const std::uint64_t length = name.size() + 1;
-  std::uint8_t* const record = buffer.Reserve(kStringHeaderSize + length);
-  record[0] = vtString;
-  StoreLittleEndian(record + 1, static_cast<std::uint32_t>(length));
-  name.copy(reinterpret_cast<char*>(record + kStringHeaderSize), name.size());
-  record[kStringHeaderSize + name.size()] = 0;
-}
-
-void AppendRecord(Buffer& buffer, const Variant& value) {
-  *buffer.Reserve(1) = value.GetType();
-  std::uint64_t length = value.GetFixedSize();
-  if (length == kVariableSize) {
-    length = value.GetSize();
-    AppendUInt32(buffer, static_cast<std::uint32_t>(length));
+  void PutUInt32(std::uint32_t number) {
+    StoreLittleEndian(at_, number);
+    at_ += sizeof number;
   }
-  value.WriteRaw(buffer.Reserve(length));
+  void PutName(const std::string& name) {
+    *at_++ = vtString;
+    PutText(name);
+  }
+  void PutRecord(const Variant& value) {
+    *at_++ = value.GetType();
+    if (const auto* const text = value.GetIf<std::string>()) return PutText(*text);
+    std::uint64_t length = value.GetFixedSize();
+    if (length == kVariableSize) {
+      length = value.GetSize();
+      PutUInt32(static_cast<std::uint32_t>(length));
+    }
+    value.WriteRaw(at_);
+    at_ += length;
+  }
+
+ private:
+  void PutText(const std::string& text) {
+    PutUInt32(static_cast<std::uint32_t>(text.size() + 1));
+    std::memcpy(at_, text.c_str(), text.size() + 1);
+    at_ += text.size() + 1;
+  }
+
+  std::uint8_t* at_;
+};
+
+std::uint64_t NameSize(const std::string& name) {
+  return kStringHeaderSize + name.size() + 1;
+}
+
+std::uint64_t RecordSize(const Variant& value) {
+  if (const auto* const text = value.GetIf<std::string>()) return NameSize(*text);
+  const std::uint64_t length = value.GetFixedSize();
+  return 1 + (length == kVariableSize ? sizeof(std::uint32_t) + value.GetSize() : length);
 }
 
 /// Whether the value shares the buffer, or is a blob that points into it.
@@ -114,6 +136,23 @@ void ValueList::GetBinaryData(std::string_view name, ReferencePointer<Buffer>& v
   value = data ? data->GetBuffer() : nullptr;
 }
 
+std::uint64_t ValueList::GetBinarySize() const {
+  std::uint64_t size = sizeof ValueListIdentifier + NameSize(name_) + sizeof(std::uint32_t);
+  for (const ValueListEntry& entry : entries_) size += NameSize(entry.name) + RecordSize(entry.value);
+  return size;
+}
+
+void ValueList::WriteTo(std::uint8_t* target) const {
+  Writer writer(target);
+  writer.PutUInt32(ValueListIdentifier);
+  writer.PutName(name_);
+  writer.PutUInt32(ClipSizeT(entries_.size()));
+  for (const ValueListEntry& entry : entries_) {
+    writer.PutName(entry.name);
+    writer.PutRecord(entry.value);
+  }
+}
+
 void ValueList::Write(Buffer& buffer) const {
   // Writing changes the buffer's length and may move its bytes. Where values need those bytes, the list is written into
   // another buffer first.
@@ -122,12 +161,13 @@ void ValueList::Write(Buffer& buffer) const {
     Write(*written);
     return buffer.Append(written->GetData(), written->GetLength());
   }
-  AppendUInt32(buffer, ValueListIdentifier);
-  AppendName(buffer, name_);
-  AppendUInt32(buffer, ClipSizeT(entries_.size()));
-  for (const ValueListEntry& entry : entries_) {
-    AppendName(buffer, entry.name);
-    AppendRecord(buffer, entry.value);
+  const std::uint64_t before = buffer.GetLength();
+  std::uint8_t* const target = buffer.Reserve(GetBinarySize());
+  try {
+    WriteTo(target);
+  } catch (...) {
+    buffer.Truncate(before);  // otherwise it would end in bytes of its last user
+    throw;
   }
 }
 

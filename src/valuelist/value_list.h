@@ -96,9 +96,12 @@ class ValueList {
   void Clear() { entries_.clear(); }
 
   /// Appends the binary form to the buffer, which may be one that values of this list point into. Throws
-  /// BufferException kInvalidPointerRequest for a blob that was made from text; the buffer then ends in part of the
-  /// list.
+  /// BufferException kInvalidPointerRequest for a blob that was made from text; the buffer then stays as it was.
   void Write(Buffer& buffer) const;
+  /// Size in bytes of the binary form.
+  std::uint64_t GetBinarySize() const;
+  /// Writes exactly GetBinarySize bytes. Throws as Write. Requires a target that no value of this list points into.
+  void WriteTo(std::uint8_t* target) const;
   /// Decodes one binary form at the buffer's read position: replaces the name and appends the entries to those that the
   /// list has. What follows in the buffer stays unread. A blob points into the buffer, so it is valid while the buffer
   /// lives unchanged.

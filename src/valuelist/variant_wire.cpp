@@ -1,6 +1,5 @@
 #include "valuelist/variant_wire.h"
 
-#include <algorithm>
 #include <cstring>
 #include <span>
 
@@ -41,10 +40,10 @@ void WriteRaw(const std::u16string& value, std::uint8_t* payload) {
   StoreLittleEndian(payload, std::span(value.c_str(), value.size() + 1));
 }
 void WriteRaw(const BinaryData& value, std::uint8_t* payload) {
-  std::ranges::copy(value.GetBytes(), payload);
+  StoreLittleEndian(payload, value.GetBytes());
 }
 void WriteRaw(const BlobPtr& value, std::uint8_t* payload) {
-  std::ranges::copy(value.GetBytes(), payload);
+  StoreLittleEndian(payload, value.GetBytes());
 }
 void WriteRaw(const VariantReferencePointer& value, std::uint8_t* payload) {
   StoreLittleEndian(payload, value.GetAddress());

@@ -74,6 +74,16 @@ TEST(ValueListWrite, IntoABufferOfItsOwnValuesTakesThemAsTheyWere) {
   EXPECT_EQ(std::string(buffer->GetBytes().begin(), buffer->GetBytes().end()), blob + blob + before);
 }
 
+TEST(ValueListWrite, LeavesTheBufferAsItWasWhereABlobIsUnreadable) {
+  Variant blob = Variant::Create(vtBlobPtr);
+  blob.FromString("blobptr 4 4096");
+  ValueList list;
+  list.AddVariant("X", blob);
+  const auto buffer = Holding("before");
+  EXPECT_THROW(list.Write(*buffer), BufferException);
+  EXPECT_EQ(std::string(buffer->GetBytes().begin(), buffer->GetBytes().end()), "before");
+}
+
 TEST(ValueListRead, TakesEveryTypeAndWritesItBackAndRefusesEveryPrefix) {
   const std::string same =
       kUnnamed +
