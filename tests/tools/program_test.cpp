@@ -242,7 +242,7 @@ TEST_F(Program, ChangesManyCamerasAndKeepsTheLinesThatFailed) {
       "00:40:8C:00:00:03 not found: the server's list has no such camera\n"
       "3 cameras: 1 applied, 1 refused, 1 not found\n";
   for (const auto& [remaining, error] : {std::pair{"error/x", "tarnfind: cannot write \"error/x\": "},
-                                         {"batch.csv", "tarnfind: 2 of 3 cameras were not applied\n"}}) {
+                                         {"batch.csv", "tarnfind: 2 of 3 cameras remain to be done\n"}}) {
     const Result result = Run(std::string("set-network --from batch.csv --yes --remaining ") + remaining);
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.output, outcomes);

@@ -319,10 +319,10 @@ void RunSetNetwork(const Options& options, TextOutput& output) {
   if (!unkept.empty()) throw Failure(unkept);
   const ExitCode code = CodeOf(plans);
   if (code == kDone) return;
-  throw CommandError(code,
-                     plans.size() == 1
-                         ? fmt::format("{} {}: {}", plans[0].change.mac, RowOf(plans[0].outcome).word, plans[0].text)
-                         : fmt::format("{} of {} were not applied", remaining.size(), Counted(plans.size(), "camera")));
+  throw CommandError(
+      code, plans.size() == 1
+                ? fmt::format("{} {}: {}", plans[0].change.mac, RowOf(plans[0].outcome).word, plans[0].text)
+                : fmt::format("{} of {} remain to be done", remaining.size(), Counted(plans.size(), "camera")));
 }
 
 }  // namespace tarnfind
