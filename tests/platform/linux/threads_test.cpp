@@ -15,11 +15,6 @@
 
 using namespace platform;
 
-/// The thread sanitizer would end a forked child that starts a thread. Only that sanitizer calls this.
-extern "C" const char* __tsan_default_options() {
-  return "die_after_fork=0";
-}
-
 namespace {
 
 TEST(WorkerSignals, OnlyThoseOfTheThreadsOwnDoingAreOpen) {
