@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <ctime>
 #include <new>
 #include <thread>
 
@@ -15,8 +14,8 @@
 namespace platform {
 namespace {
 
-/// Entering a free lock takes one atomic exchange, and leaving it a plain store, because exchanges are most of the price
-/// of a lock that nobody else wants.
+/// One word and its owner. A free lock is entered and left without a system call, because most locks are wanted by one
+/// thread at a time.
 class Lock {
  public:
   explicit Lock(std::uint32_t spinCount) : spinCount_(spinCount) {}
@@ -40,17 +39,13 @@ class Lock {
       return;
     }
     owner_.store(kNobody, std::memory_order_relaxed);
-    // A thread that goes to sleep between the load and the store is not woken. It sleeps for kLongestSleep then.
-    const bool isAwaited = state_.load(std::memory_order_relaxed) == kAwaited;
-    state_.store(kFree, std::memory_order_release);
-    if (isAwaited) syscall(SYS_futex, &state_, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+    if (state_.exchange(kFree, std::memory_order_release) != kAwaited) return;
+    syscall(SYS_futex, &state_, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
   }
 
  private:
   static constexpr std::uint32_t kFree = 0, kTaken = 1, kAwaited = 2;  // kAwaited: taken, and a thread may be asleep
   static constexpr pthread_t kNobody = 0;
-  /// A sleeping thread looks again after this time, because Leave may miss it.
-  static constexpr std::timespec kLongestSleep = {.tv_sec = 0, .tv_nsec = 1'000'000};
 
   bool TryTake() {
     std::uint32_t seen = kFree;
@@ -64,7 +59,7 @@ class Lock {
     }
     // Taken as awaited, because other threads may be asleep.
     while (state_.exchange(kAwaited, std::memory_order_acquire) != kFree)
-      syscall(SYS_futex, &state_, FUTEX_WAIT_PRIVATE, kAwaited, &kLongestSleep, nullptr, 0);
+      syscall(SYS_futex, &state_, FUTEX_WAIT_PRIVATE, kAwaited, nullptr, nullptr, 0);
   }
 
   std::atomic<std::uint32_t> state_{kFree};
