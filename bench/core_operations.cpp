@@ -55,12 +55,8 @@ void WriteList(long count) {
 }
 
 void EncodeCommand(long count) {
-  InfoByIpMessage message{"10.0.0.5"};
-  for (long i = 0; i < count; ++i) {
-    ValueList command;
-    Serialize(command, Direction::kWrite, message);
-    used = EncodeRequest(command)->GetBytes().size();
-  }
+  const InfoByIpMessage message{"10.0.0.5"};
+  for (long i = 0; i < count; ++i) used = EncodeRequest(message)->GetBytes().size();
 }
 
 void CyclePool(long count) {
