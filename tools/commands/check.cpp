@@ -32,10 +32,11 @@ class StepPrinter {
   /// Steps before the failed one that nobody has reported have succeeded; those after it were not tried. The first of
   /// them has the time since the last report.
   void PrintFailed(const std::string& stepName, const std::string& error) {
-    std::optional<milliseconds> duration = Since(lastReport_);
-    for (; next_ < std::size(kSteps) && kSteps[next_].name != stepName; duration.reset())
-      Print(kSteps[next_].step, "ok", duration, {});
-    if (next_ < std::size(kSteps)) Print(kSteps[next_].step, "failed", duration, error);
+    const milliseconds sinceReport = Since(lastReport_);
+    const std::size_t first = next_;
+    const auto duration = [&] { return next_ == first ? std::optional(sinceReport) : std::nullopt; };
+    while (next_ < std::size(kSteps) && kSteps[next_].name != stepName) Print(kSteps[next_].step, "ok", duration(), {});
+    if (next_ < std::size(kSteps)) Print(kSteps[next_].step, "failed", duration(), error);
     while (next_ < std::size(kSteps)) Print(kSteps[next_].step, "-", {}, "not tried");
     PrintMeaning(false, error);
   }
