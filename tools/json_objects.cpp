@@ -95,9 +95,10 @@ std::string JsonLine(const Json& object) {
   std::string line;
   line.reserve(dumped.size() + 1);
   for (std::size_t position = 0; position < dumped.size();) {
-    std::string character;
-    AppendUtf8(character, NextCodePoint(dumped, position));
-    if (Printable(character) == character) {
+    const std::size_t start = position;
+    const bool control = IsControl(NextCodePoint(dumped, position));
+    const std::string_view character = std::string_view(dumped).substr(start, position - start);
+    if (!control) {
       line += character;
     } else {
       for (const char16_t unit : Utf16FromUtf8(character))

@@ -15,8 +15,6 @@ namespace {
 constexpr std::chrono::milliseconds kRedrawInterval{100};
 /// Header, "and more", progress, and the line where the cursor rests.
 constexpr int kLinesBesideRows = 4;
-/// Bytes that are written at once where there are many rows.
-constexpr std::size_t kWriteSize = 65536;
 
 constexpr char kClearToLineEnd[] = "\x1b[K";
 constexpr char kClearBelow[] = "\x1b[J";
@@ -54,7 +52,7 @@ class LiveTable final : public SearchView {
     AddLine(table.Header({' '}), kHeaderColour);
     for (const FoundCamera* const found : SortedCameras(progress.cameras, settings_.sort)) {
       AddRow(table, *found, progress.cameras);
-      if (frame_.size() > kWriteSize) output_.Write(std::exchange(frame_, {}));
+      output_.Write(std::exchange(frame_, {}));
     }
     // Whole lines: nothing is drawn over them any more.
     output_.Write(frame_ + Remarks(progress) + Summary(progress) + '\n');

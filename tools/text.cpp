@@ -131,6 +131,7 @@ std::string TakeBstr(BSTR text) {
 }
 
 bool IsControl(char32_t codePoint) {
+  if (codePoint >= ' ' && codePoint <= '~') return false;  // nearly all; the search through the table costs more
   return std::any_of(std::begin(kControls), std::end(kControls),
                      [&](const CodePointRange& range) { return codePoint >= range.first && codePoint <= range.last; });
 }

@@ -53,12 +53,14 @@ void RunList(const Options& options, TextOutput& output) {
   for (const CameraSnapshot& camera : session.List().cameras) cameras.ApplyListed(camera, now);
 
   const std::vector<const FoundCamera*> rows = SortedCameras(cameras, options.sort);
+  CollectedOutput collected(output);
   if (options.json)
-    PrintObjects(rows, cameras, options, output);
+    PrintObjects(rows, cameras, options, collected);
   else if (options.csv)
-    PrintCsv(rows, cameras, output);
+    PrintCsv(rows, cameras, collected);
   else
-    PrintRows(rows, cameras, output);
+    PrintRows(rows, cameras, collected);
+  collected.Flush();
   CheckExpectations(options, cameras);
 }
 

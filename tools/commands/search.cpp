@@ -43,7 +43,8 @@ class Search {
       : options_(options),
         filtered_(!options.filters.empty()),
         cameras_(CombinedFilter(options)),
-        view_(MakeView(options, cameras_, summary, output)),
+        output_(output),
+        view_(MakeView(options, cameras_, summary, output_)),
         program_(options.program) {}
 
   SearchProgress& Progress() { return progress_; }
@@ -58,6 +59,7 @@ class Search {
       else
         std::visit([this](const auto& e) { TakeOne(e); }, event);
     }
+    output_.Flush();
   }
   /// Shows what was kept back; nothing is from here on.
   void StopKeepingBack() {
@@ -67,10 +69,12 @@ class Search {
   void Refresh() {
     if (keepBack_ && progress_.elapsed > kListPatience) StopKeepingBack();
     view_->Refresh(progress_);
+    output_.Flush();
   }
   void Finish() {
     StopKeepingBack();
     view_->Finish(progress_);
+    output_.Flush();
   }
   /// Throws what went wrong beside the search.
   void CheckPicturesAndProgram() const {
@@ -84,7 +88,7 @@ class Search {
     const FoundCamera& found = cameras_.Apply(event);
     if (!found.shown) return;
     view_->ShowCamera(found, event.kind);
-    program_.Run(CameraEventObject(found, event.kind, cameras_, JsonOptionsOf()));
+    RunProgram([&] { return CameraEventObject(found, event.kind, cameras_, JsonOptionsOf()); });
   }
   void TakeOne(const PictureEvent& event) {
     if (!event.error.empty()) {
@@ -98,14 +102,14 @@ class Search {
     if (IsHidden(camera)) return;
     ++progress_.pictures;
     view_->ShowPicture(event, camera);
-    program_.Run(PictureObject(event, camera, JsonOptionsOf()));
+    RunProgram([&] { return PictureObject(event, camera, JsonOptionsOf()); });
   }
   void TakeOne(const ValuesEvent& event) {
     const FoundCamera* const camera = cameras_.FindByText(event.camera);
     if (IsHidden(camera)) return;
     ++progress_.values;
     view_->ShowValues(event, camera);
-    program_.Run(ValuesObject(event, camera, JsonOptionsOf()));
+    RunProgram([&] { return ValuesObject(event, camera, JsonOptionsOf()); });
   }
   void TakeOne(const ListedEvent& event) {
     progress_.list = event.error.empty() ? SearchProgress::List::kArrived : SearchProgress::List::kFailed;
@@ -122,7 +126,7 @@ class Search {
     const FoundCamera* const found = cameras_.ApplyListed(camera, at);
     if (!found || !found->shown) return;
     view_->ShowCamera(*found, std::nullopt);
-    program_.Run(CameraEventObject(*found, std::nullopt, cameras_, JsonOptionsOf()));
+    RunProgram([&] { return CameraEventObject(*found, std::nullopt, cameras_, JsonOptionsOf()); });
   }
   std::unordered_set<std::string> AddressesKeptBack() const {
     std::unordered_set<std::string> addresses;
@@ -132,6 +136,14 @@ class Search {
   }
   void TakeOne(const ReturnedEvent&) { commandReturned_ = true; }
 
+  /// The object is made only where a program gets it, because making it costs more than all else of an event.
+  template <class MakeObject>
+  void RunProgram(const MakeObject& make) {
+    if (options_.program.empty()) return;
+    output_.Flush();  // the event's line comes before what the program prints
+    program_.Run(make());
+  }
+
   /// With a filter, only the pictures and values of cameras that are shown are shown.
   bool IsHidden(const FoundCamera* camera) const { return filtered_ && (!camera || !camera->shown); }
   JsonOptions JsonOptionsOf() const { return {options_.showPasswords, options_.times}; }
@@ -139,6 +151,7 @@ class Search {
   const Options& options_;
   bool filtered_;
   FoundCameras cameras_;
+  CollectedOutput output_;
   std::unique_ptr<SearchView> view_;
   EventProgram program_;
   SearchProgress progress_{cameras_};

@@ -58,6 +58,10 @@ void RunShow(const Options& options, TextOutput& output) {
   if (options.capture.follow) platform::CatchInterrupts();
   CaptureFile file(options.capture.file,
                    options.capture.follow ? std::function<bool()>(platform::Interrupted) : std::function<bool()>());
+  // Lines of a capture that still grows are seen as they come.
+  const bool grows = options.capture.follow || options.capture.file == "-";
+  CollectedOutput collected(output);
+  TextOutput& lines = grows ? output : collected;
   Conversation conversation;
   std::uint64_t start = 0;
   const std::string note = ReadFrames(file, [&](const capture::Frame& frame) {
@@ -65,10 +69,11 @@ void RunShow(const Options& options, TextOutput& output) {
     const RecordedEvent event = conversation.Read(frame);
     if (!Matches(event, options.capture.filters)) return;
     if (options.json)
-      output.Write(JsonLine(Object(event)));
+      lines.Write(JsonLine(Object(event)));
     else if (IsWorthALine(event))
-      output.Write(Line(event, start, options.times));
+      lines.Write(Line(event, start, options.times));
   });
+  collected.Flush();
   if (!note.empty()) platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", note));
 }
 
