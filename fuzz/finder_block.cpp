@@ -142,7 +142,7 @@ class PlainReader {
     const std::string plugin = camera_.pluginNames.empty() ? "" : camera_.pluginNames.front();
     const std::int32_t type =
         camera_.vendorTypeMask ? TypeFromVendorBit(camera_.vendorTypeMask) : TypeFromPluginName(plugin);
-    return Seen(kKinds[type_ - fmtCameraKind3], type, *MakeCameraInfo(camera_).Get());
+    return Seen(kKinds[type_ - fmtCameraKind3], type, *MakeCameraInfo(CameraRecord(camera_)).Get());
   }
 
   fuzz::Bytes rest_;

@@ -13,7 +13,7 @@ FUZZ_TARGET(input) {
     Kestrel::ValueList list;
     list.AddBinaryData(kCameraInfoListKey, fuzz::BufferOf(input));
     std::vector<CameraRecord> records, again;
-    std::vector<std::string> texts;
+    TextList texts;
     try {
       ReadStringList(list, kCameraInfoListKey, texts);
     } catch (const Kestrel::KestrelException&) {

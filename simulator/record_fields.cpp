@@ -48,9 +48,9 @@ std::string ReadText(const JsonCursor& value) {
   return value.Text();
 }
 
-std::vector<std::string> ReadTexts(const JsonCursor& value) {
-  std::vector<std::string> texts(value.ElementCount());
-  for (std::size_t i = 0; i < texts.size(); ++i) texts[i] = value.Child(i).Text();
+Tarn::CameraFinding::TextList ReadTexts(const JsonCursor& value) {
+  Tarn::CameraFinding::TextList texts;
+  for (std::size_t i = 0; i < value.ElementCount(); ++i) texts.push_back(value.Child(i).Text());
   return texts;
 }
 
@@ -61,9 +61,9 @@ std::string ReadAddress(const JsonCursor& value) {
   return text;
 }
 
-std::vector<std::string> ReadAddresses(const JsonCursor& value) {
-  std::vector<std::string> addresses(value.ElementCount());
-  for (std::size_t i = 0; i < addresses.size(); ++i) addresses[i] = ReadAddress(value.Child(i));
+Tarn::CameraFinding::TextList ReadAddresses(const JsonCursor& value) {
+  Tarn::CameraFinding::TextList addresses;
+  for (std::size_t i = 0; i < value.ElementCount(); ++i) addresses.push_back(ReadAddress(value.Child(i)));
   return addresses;
 }
 

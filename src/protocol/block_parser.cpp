@@ -193,7 +193,7 @@ CameraTypeCode TypeOf(const CameraRecord& camera) {
   return TypeFromPluginName(camera.pluginNames.empty() ? "" : camera.pluginNames.front());
 }
 
-void DeliverCamera(const CurrentWizard& wizard, CameraRecord record, CameraEventKind kind) {
+void DeliverCamera(const CurrentWizard& wizard, CameraRecord&& record, CameraEventKind kind) {
   INewCameraDataCallback* const callback = wizard.load();
   if (!callback || record.mac.empty()) return;
   const CameraTypeCode type = TypeOf(record);

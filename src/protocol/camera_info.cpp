@@ -124,7 +124,7 @@ BSTR IPCFinderCameraInfo::GetVendorDisplayName() {
   return TextForWizard(record_.vendorDisplayName);
 }
 
-Kestrel::ComPtr<ICameraInfo> MakeCameraInfo(CameraRecord record) {
+Kestrel::ComPtr<ICameraInfo> MakeCameraInfo(CameraRecord&& record) {
   auto camera = Kestrel::MakeComObject<IPCFinderCameraInfo, ICameraInfo>(std::move(record));
   return Kestrel::ComPtr<ICameraInfo>::Attach(camera.Detach());
 }

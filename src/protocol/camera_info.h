@@ -17,7 +17,7 @@ namespace Tarn::CameraFinding {
 
 class IPCFinderCameraInfo : public ICameraInfo {
  public:
-  explicit IPCFinderCameraInfo(CameraRecord record) : record_(std::move(record)) {}
+  explicit IPCFinderCameraInfo(CameraRecord&& record) : record_(std::move(record)) {}
 
   std::int32_t GetCameraType() override;
   BSTR GetModel() override;
@@ -50,8 +50,8 @@ class IPCFinderCameraInfo : public ICameraInfo {
   CameraRecord record_;
 };
 
-/// A new camera object with the creator's reference.
-Kestrel::ComPtr<ICameraInfo> MakeCameraInfo(CameraRecord record);
+/// A new camera object with the creator's reference. An rvalue, so that the record moves once.
+Kestrel::ComPtr<ICameraInfo> MakeCameraInfo(CameraRecord&& record);
 
 }  // namespace Tarn::CameraFinding
 

@@ -26,8 +26,8 @@ CameraLogin::CameraLogin() : loginUser(kUnsetCredentialUtf8.data()), loginPasswo
 CameraLogin::CameraLogin(std::string user, std::string password, std::uint8_t cttCode)
     : loginUser(std::move(user)), loginPassword(std::move(password)), ctt(cttCode) {}
 
-CameraProduct::CameraProduct(std::vector<std::string> plugins, std::string vendor, std::string modelName,
-                             std::string firmware, std::string serial)
+CameraProduct::CameraProduct(TextList plugins, std::string vendor, std::string modelName, std::string firmware,
+                             std::string serial)
     : deviceFlags(0xFFFFFFFF),
       pluginNames(std::move(plugins)),
       vendorDisplayName(std::move(vendor)),

@@ -6,8 +6,8 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
+#include "protocol/text_list.h"
 #include "tarn/camera_finding.h"
 
 namespace Tarn::CameraFinding {
@@ -22,32 +22,31 @@ struct CameraLogin {
 };
 
 struct CameraNetwork {
-  std::string mac;               ///< "MAC"; a record without one is never delivered
-  std::string nip;               ///< "NIP"
-  std::vector<std::string> ni2;  ///< "NI2"
-  std::string ip;                ///< "IP"
-  std::string subnetMask;        ///< "SIP"
-  std::string gateway;           ///< "GIP"
-  std::uint8_t dhcpMode = 1;     ///< "DHC"; 1 means DHCP
-  bool icb = false;              ///< "ICB"
-  bool gcb = false;              ///< "GCB"
-  bool rbl = false;              ///< "RBL"
-  bool pcl = false;              ///< "PCL"
+  std::string mac;            ///< "MAC"; a record without one is never delivered
+  std::string nip;            ///< "NIP"
+  TextList ni2;               ///< "NI2"
+  std::string ip;             ///< "IP"
+  std::string subnetMask;     ///< "SIP"
+  std::string gateway;        ///< "GIP"
+  std::uint8_t dhcpMode = 1;  ///< "DHC"; 1 means DHCP
+  bool icb = false;           ///< "ICB"
+  bool gcb = false;           ///< "GCB"
+  bool rbl = false;           ///< "RBL"
+  bool pcl = false;           ///< "PCL"
 };
 
 struct CameraProduct {
   CameraProduct() = default;
   /// Sets deviceFlags to 0xFFFFFFFF and vendorTypeMask to 0.
-  CameraProduct(std::vector<std::string> plugins, std::string vendor, std::string modelName, std::string firmware,
-                std::string serial);
+  CameraProduct(TextList plugins, std::string vendor, std::string modelName, std::string firmware, std::string serial);
 
-  std::uint32_t deviceFlags = 0;         ///< "DCV"
-  std::uint64_t vendorTypeMask = 0;      ///< "CVT"
-  std::vector<std::string> pluginNames;  ///< "PLN"
-  std::string vendorDisplayName;         ///< "PDN"
-  std::string model;                     ///< "MDL"
-  std::string firmwareVersion;           ///< "FVN"
-  std::string serialNumber;              ///< "SER"
+  std::uint32_t deviceFlags = 0;     ///< "DCV"
+  std::uint64_t vendorTypeMask = 0;  ///< "CVT"
+  TextList pluginNames;              ///< "PLN"
+  std::string vendorDisplayName;     ///< "PDN"
+  std::string model;                 ///< "MDL"
+  std::string firmwareVersion;       ///< "FVN"
+  std::string serialNumber;          ///< "SER"
 };
 
 struct CameraRecord : CameraLogin, CameraNetwork, CameraProduct {

@@ -14,12 +14,10 @@
 namespace Tarn::CameraFinding {
 namespace {
 
-using Texts = std::vector<std::string>;
-
 template <class Value>
 constexpr bool kIsText = std::is_same_v<Value, std::string>;
 template <class Value>
-constexpr bool kIsTexts = std::is_same_v<Value, Texts>;
+constexpr bool kIsTexts = std::is_same_v<Value, TextList>;
 
 /// The tag of a member's value.
 template <class Value>
@@ -64,7 +62,7 @@ class Writer : public CanonicalWriter {
   using CanonicalWriter::CanonicalWriter;
   using CanonicalWriter::PutValue;
 
-  void PutValue(const Texts& texts) {
+  void PutValue(const TextList& texts) {
     PutNumber(EncodedListSize(texts));
     PutList(texts);
   }
@@ -77,16 +75,16 @@ class Writer : public CanonicalWriter {
     Put<kRecordHead>();
     at_ = EncodeEntries(record, at_);
   }
-  template <class Element>
-  void PutList(const std::vector<Element>& elements) {
+  template <class Elements>
+  void PutList(const Elements& elements) {
     Put<kListHead>();
     PutNumber(Kestrel::ClipSizeT(elements.size()));
-    for (const Element& element : elements) PutElement(element);
+    for (const auto& element : elements) PutElement(element);
   }
 };
 
 using CameraFinding::ValueSize;
-std::size_t ValueSize(const Texts& texts) {
+std::size_t ValueSize(const TextList& texts) {
   return kLengthSize + EncodedListSize(texts);
 }
 
@@ -97,10 +95,10 @@ std::size_t ElementSize(const CameraRecord& record) {
   return kRecordHead.size + EncodedEntriesSize(record);
 }
 
-template <class Element>
-std::size_t ListSize(const std::vector<Element>& elements) {
+template <class Elements>
+std::size_t ListSize(const Elements& elements) {
   std::size_t size = kListHeadSize;
-  for (const Element& element : elements) size += ElementSize(element);
+  for (const auto& element : elements) size += ElementSize(element);
   return size;
 }
 
@@ -136,7 +134,7 @@ class Reader {
     text = std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size() - 1);
     return true;
   }
-  bool Read(Texts& texts) {
+  bool Read(TextList& texts) {
     std::span<const std::uint8_t> block;
     if (!ReadSized(block)) return false;
     Reader elements(block);
@@ -214,14 +212,14 @@ TARN_FLATTEN std::uint8_t* EncodeEntries(const CameraRecord& record, std::uint8_
 std::size_t EncodedListSize(const std::vector<CameraRecord>& records) {
   return ListSize(records);
 }
-std::size_t EncodedListSize(const std::vector<std::string>& texts) {
+std::size_t EncodedListSize(const TextList& texts) {
   return ListSize(texts);
 }
 
 void EncodeList(const std::vector<CameraRecord>& records, std::uint8_t* target) {
   Writer(target).PutList(records);
 }
-void EncodeList(const std::vector<std::string>& texts, std::uint8_t* target) {
+void EncodeList(const TextList& texts, std::uint8_t* target) {
   Writer(target).PutList(texts);
 }
 

@@ -51,9 +51,9 @@ std::uint8_t* EncodeEntries(const CameraRecord& record, std::uint8_t* target);
 
 /// Size in bytes of the list, from its marker on.
 std::size_t EncodedListSize(const std::vector<CameraRecord>& records);
-std::size_t EncodedListSize(const std::vector<std::string>& texts);
+std::size_t EncodedListSize(const TextList& texts);
 /// Writes exactly EncodedListSize bytes.
 void EncodeList(const std::vector<CameraRecord>& records, std::uint8_t* target);
-void EncodeList(const std::vector<std::string>& texts, std::uint8_t* target);
+void EncodeList(const TextList& texts, std::uint8_t* target);
 
 }  // namespace Tarn::CameraFinding

@@ -41,7 +41,6 @@
 #include <type_traits>
 #include <utility>
 #include <variant>
-#include <vector>
 
 #include "protocol/camera_record.h"
 
@@ -54,9 +53,9 @@ inline constexpr std::string_view kCameraInfoListKey = "CAMERAINFOLIST";
 inline constexpr std::string_view kListElementKey = "mac";
 
 /// The member's type decides how it is written: text, u8, flag, u32, u64 or list of texts.
-using RecordMember = std::variant<std::string CameraRecord::*, std::uint8_t CameraRecord::*, bool CameraRecord::*,
-                                  std::uint32_t CameraRecord::*, std::uint64_t CameraRecord::*,
-                                  std::vector<std::string> CameraRecord::*>;
+using RecordMember =
+    std::variant<std::string CameraRecord::*, std::uint8_t CameraRecord::*, bool CameraRecord::*,
+                 std::uint32_t CameraRecord::*, std::uint64_t CameraRecord::*, TextList CameraRecord::*>;
 
 struct RecordKey {
   std::string_view key;

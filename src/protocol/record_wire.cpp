@@ -104,16 +104,18 @@ class ListBlock {
   Kestrel::ValueList list_;
 };
 
-template <class Element>
-void WriteList(Kestrel::ValueList& list, std::string_view key, const std::vector<Element>& elements) {
-  const auto block = Kestrel::GetBuffer(Kestrel::BufferPool::ListFor(elements.size() * sizeof(Element)));
+template <class Elements>
+void WriteList(Kestrel::ValueList& list, std::string_view key, const Elements& elements) {
+  const std::size_t size = elements.size() * sizeof(typename Elements::value_type);
+  const auto block = Kestrel::GetBuffer(Kestrel::BufferPool::ListFor(size));
   EncodeList(elements, block->Reserve(EncodedListSize(elements)));
   // Not AddBinaryData, which copies: nobody else has this block, so the value may share it.
   list.AddVariant(key, Kestrel::Variant(Kestrel::BinaryData(block)));
 }
 
-template <class Element>
-void ReadList(const Kestrel::Variant* entry, std::vector<Element>& elements) {
+template <class Elements>
+void ReadList(const Kestrel::Variant* entry, Elements& elements) {
+  using Element = typename Elements::value_type;
   auto block = ListBlock::In(entry);
   if (!block) return;
   elements.reserve(elements.size() + block->GetLikelyCount<Element>());
@@ -144,7 +146,7 @@ void WriteRecord(Kestrel::ValueList& list, const CameraRecord& record) {
   list.Reserve(std::size(kRecordKeys));
   ForEachMember(record, [&](auto row, const auto& value) {
     constexpr std::string_view key = kRecordKeys[row].key;
-    if constexpr (std::is_same_v<decltype(value), const std::vector<std::string>&>)
+    if constexpr (std::is_same_v<decltype(value), const TextList&>)
       WriteStringList(list, key, value);
     else
       list.Add(key, value);
@@ -156,18 +158,18 @@ void ReadRecord(const Kestrel::ValueList& list, CameraRecord& record) {
   ForEachMember(record, [&keys](auto row, auto& value) {
     using Value = std::remove_reference_t<decltype(value)>;
     const Kestrel::Variant* const entry = keys.Find(row);
-    if constexpr (std::is_same_v<Value, std::vector<std::string>>)
+    if constexpr (std::is_same_v<Value, TextList>)
       ReadList(entry, value);
     else if (entry)
       value = entry->To<Value>();
   });
 }
 
-void WriteStringList(Kestrel::ValueList& list, std::string_view key, const std::vector<std::string>& texts) {
+void WriteStringList(Kestrel::ValueList& list, std::string_view key, const TextList& texts) {
   WriteList(list, key, texts);
 }
 
-void ReadStringList(const Kestrel::ValueList& list, std::string_view key, std::vector<std::string>& texts) {
+void ReadStringList(const Kestrel::ValueList& list, std::string_view key, TextList& texts) {
   ReadList(list.Find(key), texts);
 }
 

@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -21,8 +20,8 @@ namespace Tarn::CameraFinding {
 void WriteRecord(Kestrel::ValueList& list, const CameraRecord& record);
 void ReadRecord(const Kestrel::ValueList& list, CameraRecord& record);
 
-void WriteStringList(Kestrel::ValueList& list, std::string_view key, const std::vector<std::string>& texts);
-void ReadStringList(const Kestrel::ValueList& list, std::string_view key, std::vector<std::string>& texts);
+void WriteStringList(Kestrel::ValueList& list, std::string_view key, const TextList& texts);
+void ReadStringList(const Kestrel::ValueList& list, std::string_view key, TextList& texts);
 
 void WriteRecordList(Kestrel::ValueList& list, std::string_view key, const std::vector<CameraRecord>& records);
 void ReadRecordList(const Kestrel::ValueList& list, std::string_view key, std::vector<CameraRecord>& records);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <utility>
 
 #include "protocol/camera_info.h"
 #include "protocol/camera_type.h"
@@ -39,7 +40,7 @@ TEST(CameraInfo, ShowsEachMemberThroughItsOwnGetterAndKeepsWhatTheSettersAreGive
                       CameraProduct({"first", "second"}, "vendor", "model", "firmware", "serial"));
   record.gcb = true;
   record.vendorTypeMask = 0x40000;
-  const auto camera = MakeCameraInfo(record);
+  const auto camera = MakeCameraInfo(std::move(record));
   const std::string numbers = "|1|4294967295|262144";
   EXPECT_EQ(Show(*camera.Get()), "model|ip|mask|gate|firmware|model|mac|user|password|first|vendor|010019" + numbers);
   camera->SetCredentials(u"p\u00E4\u20AC", nullptr);

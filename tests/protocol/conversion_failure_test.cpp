@@ -34,7 +34,7 @@ TEST(CameraInfo, ShowsAnEmptyTextAndChangesNothingWhereAConversionIsRefused) {
   record.loginUser = "user";
   record.ip = "ip";
   record.subnetMask = "!";
-  const auto camera = MakeCameraInfo(record);
+  const auto camera = MakeCameraInfo(CameraRecord(record));
   camera->SetCredentials(u"x", u"!");
   camera->SetNetworkSettings(u"x", u"x", 0, u"!");
   EXPECT_EQ(Kestrel::TakeBstrAsUtf8(camera->GetUserName()), "user");

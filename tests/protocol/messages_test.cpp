@@ -69,7 +69,7 @@ TEST(FinderMessages, AreRequestedAsTheirListsAre) {
     command.loginUser = command.serialNumber = text;
     command.vendorTypeMask = 0xFEDCBA9876543210;
     command.ni2 = {text, "", text};
-    command.pluginNames.clear();
+    command.pluginNames = {};
     ExpectTheRequestOfItsList(command);
   }
 }

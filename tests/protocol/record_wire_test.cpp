@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -19,7 +20,6 @@ namespace {
 
 using Kestrel::ValueList;
 using Kestrel::Variant;
-using Texts = std::vector<std::string>;
 using Records = std::vector<CameraRecord>;
 
 auto BufferOf(const Bytes& bytes) {
@@ -40,8 +40,21 @@ const Bytes kElementA = {'V', 'L', 'I', 'S', 0x0B, 1,   0,   0, 0,    0, 1, 0, 0
 const Bytes kElementWithoutMac = {'V', 'L', 'I', 'S', 0x0B, 1, 0, 0, 0, 0, 0, 0, 0, 0};
 constexpr char kCut[] = "read failed - not enough bytes in buffer";
 
+TEST(TextList, HoldsWhatAVectorHolds) {
+  TextList list, copy;
+  std::vector<std::string> expected;
+  for (const int after : {1, 2, 3, 2, 3, 4, 1, 0, 1, 2, 1, 3}) {
+    for (; static_cast<int>(expected.size()) < after; list.push_back(expected.back()))
+      expected.push_back("a text that is long enough for the heap " + std::to_string(after));
+    for (; static_cast<int>(expected.size()) > after; list.pop_back()) expected.pop_back();
+    copy = list;
+    list = TextList(std::move(copy));
+    EXPECT_TRUE(std::ranges::equal(list, expected)) << testing::PrintToString(list);
+  }
+}
+
 TEST(StringList, IsWrittenBehindMarkerAndCount) {
-  const auto written = [](const Texts& texts) {
+  const auto written = [](const TextList& texts) {
     ValueList list;
     WriteStringList(list, "NI2", texts);
     const auto block = list.Find("NI2")->GetIf<Kestrel::BinaryData>()->GetBytes();
@@ -55,7 +68,7 @@ TEST(StringList, IsAppendedIgnoredOrRefused) {
   const struct {
     const char* name;
     Variant value;
-    Texts texts;
+    TextList texts;
     const char* thrown;
   } rows[] = {
       {"not binary", Variant("text"), {}, ""},
@@ -76,7 +89,7 @@ TEST(StringList, IsAppendedIgnoredOrRefused) {
     SCOPED_TRACE(row.name);
     ValueList list;
     list.AddVariant("PLN", row.value);
-    Texts texts = {"before"};
+    TextList texts = {"before"};
     std::string thrown;
     try {
       ReadStringList(list, "PLN", texts);
@@ -85,7 +98,7 @@ TEST(StringList, IsAppendedIgnoredOrRefused) {
       thrown = exception.GetDescription();
     }
     EXPECT_EQ(thrown, row.thrown);
-    EXPECT_EQ(Texts(texts.begin() + 1, texts.end()), row.texts);
+    EXPECT_TRUE(std::ranges::equal(std::span(texts).subspan(1), row.texts)) << testing::PrintToString(texts);
   }
 }
 
@@ -113,8 +126,9 @@ TEST(RecordEntries, ConvertFromAnyTypeAndTheFirstOfANameCounts) {
 }
 
 /// The long way: every element through a value list.
-template <class Element>
-void ReadSlowly(const ValueList& list, std::string_view key, std::vector<Element>& elements) {
+template <class Elements>
+void ReadSlowly(const ValueList& list, std::string_view key, Elements& elements) {
+  using Element = typename Elements::value_type;
   Kestrel::ReferencePointer<Kestrel::Buffer> block;
   list.GetBinaryData(key, block);
   if (!block || block->GetLength() < 5 || !std::ranges::equal(kMarker, block->GetBytes().first(4))) return;
@@ -125,8 +139,8 @@ void ReadSlowly(const ValueList& list, std::string_view key, std::vector<Element
     Element element{};
     if constexpr (std::is_same_v<Element, CameraRecord>) {
       ReadRecord(inner, element);
-      element.ni2.clear();
-      element.pluginNames.clear();
+      element.ni2 = {};
+      element.pluginNames = {};
       ReadSlowly(inner, "NI2", element.ni2);
       ReadSlowly(inner, "PLN", element.pluginNames);
     } else {
@@ -215,7 +229,7 @@ TEST(RecordList, TakesLittleMemoryWhereItIsCanonicalAndWhateverItsCountClaims) {
   const auto lyingReply = EncodeReply(lying);
   list.Write(*block);
   Records read, slowly;
-  Texts texts;
+  TextList texts;
   // No value list for each record; for a long reply one window beside the records, not a copy of the text.
   EXPECT_LT(HeapOf([&] { ReadRecordList(list, kCameraInfoListKey, read); }).second, 2);
   EXPECT_EQ(HeapOf([&] { ReadFirstRecord(*block); }).second, 0);

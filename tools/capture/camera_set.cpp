@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string_view>
+#include <utility>
 
 #include "protocol/camera_info.h"
 #include "tools/camera_snapshot.h"
@@ -43,8 +44,10 @@ CameraSet ReadCapturedCameras(const std::string& path) {
   const std::string note = ReadFrames(file, [&](const capture::Frame& frame) {
     const RecordedEvent event = conversation.Read(frame);
     if (event.command && !event.failed)
-      for (const auto& record : event.command->cameras)
-        Put(cameras, record.mac, CameraObject(SnapshotOf(*Tarn::CameraFinding::MakeCameraInfo(record).Get()), false));
+      for (auto record : event.command->cameras) {
+        const std::string mac = record.mac;
+        Put(cameras, mac, CameraObject(SnapshotOf(*MakeCameraInfo(std::move(record)).Get()), false));
+      }
     if (!event.block || !event.block->camera) return;
     if (event.block->isGone)
       cameras.erase(Upper(event.block->camera->mac));
