@@ -109,7 +109,7 @@ function sparkline(numbers, width, height) {
   const x = (i) => (numbers.length < 2 ? width / 2 : 2 + (width - 4) * i / (numbers.length - 1)).toFixed(1);
   const y = (n) => (range > 0 ? height - 2 - (height - 4) * (n - least) / range : height / 2).toFixed(1);
   const last = numbers.length - 1;
-  return makeSvg("svg", {class: "sparkline", viewBox: `0 0 ${width} ${height}`, "aria-hidden": "true"},
+  return makeSvg("svg", {class: "sparkline", viewBox: `0 0 ${width} ${height}`, preserveAspectRatio: "xMinYMid", "aria-hidden": "true"},
       makeSvg("polyline", {points: numbers.map((n, i) => `${x(i)},${y(n)}`).join(" ")}),
       makeSvg("circle", {cx: x(last), cy: y(numbers[last]), r: 2}));
 }

@@ -177,8 +177,8 @@ function drawAlert() {
   alert.dataset.title = title;
   if (!title) return alert.replaceChildren();
   const text = error ? error.error : `${page.broken} What is shown is as it was at ${clock(Date.now())}; start tarnfind page again for a new search.`;
-  const next = error?.step ? make("p", "", "Next: ", make("code", "", "tarnfind check"), " goes from the library to the server's first answer and shows where the way ends.") : "";
-  alert.replaceChildren(icon("alert"), make("div", "", make("h2", "", title), make("p", "", isolated(text)), next));
+  const next = error?.step && !error.error.includes("tarnfind check") ? [make("p", "", "Next: ", make("code", "", "tarnfind check"), " goes from the library to the server's first answer and shows where the way ends.")] : [];
+  alert.replaceChildren(icon("alert"), make("div", "", make("h2", "", title), make("p", "", isolated(text)), ...next));
 }
 
 function drawRemarks() {
