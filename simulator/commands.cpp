@@ -45,8 +45,7 @@ Answer SearchAnew(Kestrel::ValueList&, World& world) {
 }
 
 void SetUnlessSentinel(std::string& credential, const std::string& received) {
-  static const std::string sentinel = CameraLogin().loginUser;
-  if (received != sentinel) credential = received;
+  if (received != CameraLogin().loginUser) credential = received;
 }
 
 Answer SetNetwork(Kestrel::ValueList& command, World& world) {

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/process_end.h"
 #include "simulator/default_scenario.h"
 #include "simulator/recorded_conversation.h"
 #include "simulator/scenario_reader.h"
@@ -47,13 +48,14 @@ std::string ReadFile(const std::string& path) {
 
 }  // namespace
 
-/// Ends the library when it is unloaded or the process exits. Destroys nothing where the system has killed the threads,
-/// because the locks that they held would never open.
+/// Ends the library when it is unloaded. At the end of the process everything stays, because a delivery may be inside a
+/// callback that never returns, and other threads may still call the functions.
 class LibraryHolder {
  public:
   LibraryHolder() : library_(new Library) {}
   ~LibraryHolder() {
-    if (!library_->End()) return;
+    if (platform::ProcessEnds()) return;
+    library_->End();
     delete library_;
     Kestrel::BufferPool::DestroySharedPool();
   }
@@ -134,8 +136,8 @@ void Library::ReleaseReply(void* bytes) {
   replies_.erase(found);
 }
 
-bool Library::End() {
-  return threads_.End([this] {
+void Library::End() {
+  threads_.End([this] {
     const std::lock_guard guard(lock_);
     for (const auto& [handle, stream] : streams_) stream->Abandon();
   });

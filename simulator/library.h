@@ -1,6 +1,6 @@
 /// What the eight functions share: the loaded scenario, the open streams and the open replies.
 ///
-/// Lifetime  Made by the first call; ends when the library is unloaded or the process exits.
+/// Lifetime  Made by the first call; ends when the library is unloaded. Stays at the end of the process.
 /// Threads   Every operation may be called on any thread. No callback is called with the lock held.
 #pragma once
 
@@ -39,9 +39,8 @@ class Library {
   /// Throws Refused where there is no such reply.
   void ReleaseReply(void* bytes);
 
-  /// Ends all streams and their threads. False where nothing of the library may be touched any more, see
-  /// ThreadGroup::End.
-  bool End();
+  /// For the unload: ends all streams and their threads.
+  void End();
 
  private:
   Library() = default;

@@ -2,8 +2,7 @@
 ///
 /// - Linux: End joins the threads, because a thread may be joined while the library is being unloaded.
 /// - Windows: joining at that moment dead-locks. Each thread holds a reference on the module and releases it in its
-///   last call, so that the module stays loaded until its threads have ended. At process exit the system kills the
-///   threads before End is called; the locks that they held stay locked.
+///   last call, so that the module stays loaded until its threads have ended.
 #pragma once
 
 #include <functional>
@@ -22,10 +21,9 @@ class ThreadGroup {
   /// Runs body on a new thread. The body must not throw. Throws std::system_error where no thread can be had.
   void Start(std::function<void()> body);
 
-  /// Called when the library ends. Calls askToEnd where the threads still run and can be joined.
-  /// True: no thread of the group is left. False: the system killed the threads, so that nothing they used may be
-  /// touched or destroyed.
-  bool End(const std::function<void()>& askToEnd);
+  /// Called when the library is unloaded, not at the end of the process. Calls askToEnd where threads may still run.
+  /// No thread of the group is left afterwards.
+  void End(const std::function<void()>& askToEnd);
 
  private:
   struct State;

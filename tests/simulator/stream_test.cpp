@@ -1,6 +1,8 @@
 /// Deliveries: what arrives, in what order, and that nobody waits for anybody.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <future>
 #include <set>
 #include <string>
 #include <thread>
@@ -93,6 +95,27 @@ TEST(Delivery, GoesOnAfterACallbackHasThrownAndMayEndTheStreamFromInside) {
   EXPECT_TRUE(dbi.setCallback(stream, kRegisterDataCallback, &receiver));
   EXPECT_EQ(receiver.WaitForBlocks(1).size(), 1U);
   EXPECT_TRUE(receiver.WaitForReferences(0));
+}
+
+/// By a callback, in which the delivery thread could not wait for itself, and beside one that never returns.
+TEST(ExitDeathTest, InADeliveryWaitsForNobody) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  for (const bool inside : {true, false}) {
+    const auto exitInADelivery = [inside] {
+      const DbiLibrary dbi(Events(1));
+      Receiver receiver;
+      std::promise<void> delivering;
+      receiver.onBlock = [&] {
+        if (inside) std::exit(7);
+        delivering.set_value();
+        std::promise<void>().get_future().wait();
+      };
+      dbi.StartStream(&receiver);
+      delivering.get_future().wait();
+      std::exit(7);
+    };
+    EXPECT_EXIT(exitInADelivery(), testing::ExitedWithCode(7), "") << inside;
+  }
 }
 
 /// Last in the file: where a thread keeps the library loaded, it stays so from here on.

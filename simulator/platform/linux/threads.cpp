@@ -45,11 +45,10 @@ void ThreadGroup::Start(std::function<void()> body) {
   }
 }
 
-bool ThreadGroup::End(const std::function<void()>& askToEnd) {
+void ThreadGroup::End(const std::function<void()>& askToEnd) {
   askToEnd();
   for (Member& member : state_->members) member.thread.join();
   state_->members.clear();
-  return true;
 }
 
 }  // namespace simulator
