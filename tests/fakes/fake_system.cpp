@@ -1,6 +1,7 @@
 #include "fakes/fake_system.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <ios>
 
 #include "base/text_conversion.h"
@@ -51,12 +52,13 @@ std::string NameOf(ConsoleHandle console) {
   return console == Handle(1) ? "output" : "error";
 }
 
-/// Knows four variables.
+/// Knows four variables. One that is named for a number is that many spaces and a 6.
 template <class Char>
 std::uint32_t Expand(const Char* source, Char* target, std::uint32_t room) {
   const std::string name(source, source + std::char_traits<Char>::length(source));
   if (name == "%FAILURE%") return 0;
-  std::string value = name == "%FIVE%" ? "5" : name == "%LONG%" ? std::string(5000, ' ') + "6" : name;
+  const std::size_t spaces = std::strtoul(name.c_str() + 1, nullptr, 10);
+  std::string value = name == "%FIVE%" ? "5" : spaces > 0 ? std::string(spaces, ' ') + "6" : name;
   if (name == "%TWO NULS%") value = std::string("7\0", 2);
   Put(Terminated(value), target, &room);
   return room;
@@ -187,8 +189,8 @@ std::string UndecoratedTypeName(const std::type_info&) {
 }
 
 bool QueryPerformanceFrequency(std::int64_t* ticksPerSecond) {
-  *ticksPerSecond = 1000;
-  return TheSystem().Call("", "frequency");
+  *ticksPerSecond = TheSystem().ticksPerSecond;
+  return TheSystem().Call("QueryPerformanceFrequency", "frequency");
 }
 bool QueryPerformanceCounter(std::int64_t*) {
   return false;

@@ -29,6 +29,7 @@ struct FakeSystem {
   std::map<std::string, void*> functions;  ///< in any of them
   std::u16string executable = u"C:\\Programs\\viewer.exe";
   std::u16string systemDirectory = u"C:\\System";
+  std::int64_t ticksPerSecond = 1000;
 
   /// Notes the call. True unless the function is to fail.
   bool Call(const std::string& function, const std::string& call) {

@@ -29,6 +29,19 @@ TEST(Module, LoadsInOrderBeforeAnythingElseRuns) {
   EXPECT_TRUE(Kestrel::DebugOutReadyMark::IsSet());
 }
 
+TEST(Module, IsLoadedWithAClockThatAnswers) {
+  const auto load = [](std::int64_t ticksPerSecond) {
+    fakes::ClearDebuggerLines();
+    fakes::TheSystem().ticksPerSecond = ticksPerSecond;
+    const Module second;
+    return fakes::NarrowDebuggerLines();
+  };
+  EXPECT_EQ(load(1), Lines());
+  EXPECT_EQ(load(0), Lines{"Result.QuadPart > 0"});
+  fakes::TheSystem().failing = {"QueryPerformanceFrequency"};
+  EXPECT_THROW(load(1), Kestrel::SystemException);
+}
+
 TEST(Module, UnloadIsTheReverse) {
   fakes::ResetSystem();
   fakes::FakeSystem& system = fakes::TheSystem();
