@@ -20,13 +20,19 @@ using namespace platform;
 
 namespace {
 
-TEST(Errors, SystemTextEndsWithALineEnd) {
-  char16_t* text = nullptr;
-  const std::uint32_t units = FormatMessageW(0x8007007A, &text);
-  ASSERT_GT(units, 2U);
-  EXPECT_TRUE(std::u16string(text, units).ends_with(u"\r\n"));
-  LocalFree(text);
-  EXPECT_EQ(FormatMessageW(0xDEADBEEF, &text), 0U);
+TEST(Errors, SystemTextEndsWithALineEndAndStandsForItsResultToo) {
+  const auto textOf = [](std::uint32_t code) {
+    char16_t* text = nullptr;
+    const std::uint32_t units = FormatMessageW(code, &text);
+    const std::u16string copy(text ? text : u"", units);
+    LocalFree(text);
+    return copy;
+  };
+  for (const std::uint32_t code : {5U, 122U, 10013U}) {
+    EXPECT_TRUE(textOf(code).ends_with(u"\r\n")) << code;
+    EXPECT_EQ(textOf(0x80070000 | code), textOf(code)) << code;
+  }
+  EXPECT_EQ(textOf(0xDEADBEEF), u"");
   EXPECT_EQ(GetLastError(), ERROR_MR_MID_NOT_FOUND);
 }
 
@@ -112,8 +118,11 @@ TEST(Accounts, CurrentUserHasASecurityIdentifier) {
   EXPECT_EQ(sid.at(0), 1) << "revision";
   EXPECT_EQ(sidBytes, 8U + 4U * sid.at(1));
 
-  EXPECT_FALSE(LookupAccountNameW(u"no such account", sid.data(), &sidBytes, domain.data(), &domainUnits));
-  EXPECT_EQ(GetLastError(), ERROR_NONE_MAPPED);
+  const std::u16string bare = std::u16string(user).substr(std::u16string(user).find(u'\\') + 1);
+  for (const std::u16string& unknown : {std::u16string(u"no such account"), u"no such host\\" + bare}) {
+    EXPECT_FALSE(LookupAccountNameW(unknown.c_str(), sid.data(), &sidBytes, domain.data(), &domainUnits));
+    EXPECT_EQ(GetLastError(), ERROR_NONE_MAPPED);
+  }
 }
 
 }  // namespace

@@ -34,11 +34,18 @@ TEST(Debugger, LinesGoToTheFileAsTheyAre) {
 }
 
 /// A pipe without a reader and a file at its limit each raise a signal that ends the process; a pipe that nobody has
-/// opened for reading is waited for.
-TEST(DebuggerDeathTest, NoSinkEndsOrStopsTheHost) {
+/// opened for reading is waited for. A host that blocks the signal keeps the one of its own that is pending, and gets
+/// none.
+TEST(DebuggerDeathTest, NoSinkEndsOrStopsTheHostOrChangesItsSignals) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const std::string path = (std::filesystem::path(testing::TempDir()) / "platform_tests_sink").string();
-  const auto write = [](const char* target) {
+  enum Host { kOrdinary, kBlocking, kPending };
+  const auto write = [](const char* target, Host host = kOrdinary) {
+    sigset_t before;
+    sigemptyset(&before);
+    if (host != kOrdinary) sigaddset(&before, SIGPIPE);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (host == kPending) raise(SIGPIPE);
     int ends[2];
     if (pipe(ends) != 0) std::exit(1);
     close(ends[0]);
@@ -51,11 +58,14 @@ TEST(DebuggerDeathTest, NoSinkEndsOrStopsTheHost) {
     sigset_t pending, blocked;
     sigpending(&pending);
     pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-    for (const int signal : {SIGPIPE, SIGXFSZ})
-      if (sigismember(&pending, signal) || sigismember(&blocked, signal)) std::exit(2);
+    for (const int signal : {SIGPIPE, SIGXFSZ}) {
+      if (sigismember(&blocked, signal) != sigismember(&before, signal)) std::exit(2);
+      if (sigismember(&pending, signal) != (host == kPending && signal == SIGPIPE)) std::exit(3);
+    }
     std::exit(0);
   };
-  EXPECT_EXIT(write("stderr"), testing::ExitedWithCode(0), "");
+  for (const Host host : {kOrdinary, kBlocking, kPending})
+    EXPECT_EXIT(write("stderr", host), testing::ExitedWithCode(0), "") << host;
   EXPECT_EXIT(write(path.c_str()), testing::ExitedWithCode(0), "");
   std::filesystem::remove(path);
   mkfifo(path.c_str(), 0600);

@@ -19,7 +19,8 @@ TEST(LocaleFormsDeathTest, TextsAreConvertedFromTheLocalesCodeSet) {
     std::u16string date, day, time;
   } rows[] = {{"de_DE", "ISO-8859-1", u"Samstag, 2 M\u00E4rz 2024", u"Sa", u"13:05"},
               {"ja_JP", "EUC-JP", u"\u571F\u66DC\u65E5, 2 3\u6708 2024", u"\u571F", u"13:05"},
-              {"en_US", "UTF-8", u"Saturday, 2 March 2024", u"Sat", u"01:05 PM"}};
+              {"en_US", "UTF-8", u"Saturday, 2 March 2024", u"Sat", u"01:05 PM"},   // times are "%r"
+              {"en_PH", "UTF-8", u"Saturday, 2 March 2024", u"Sat", u"01:05 PM"}};  // times have "%p"
   for (const auto& row : rows) {
     const std::string target = (folder / row.locale).string() + "." + row.codeSet;
     const std::string make = "localedef -c -i " + row.locale + " -f " + row.codeSet + " " + target + " 2>/dev/null";
