@@ -8,12 +8,14 @@ namespace {
 
 constexpr std::size_t kDigits = 12;
 
-/// A usual form: a separator stands after each group of so many digits; 0 for none.
+/// A usual form: groups of hexadecimal digits with a separator between them. A group of fewer digits than `most` stands
+/// for one with zeros in front.
 struct MacForm {
-  std::size_t group;
+  std::size_t least;
+  std::size_t most;
   char separator;
 };
-constexpr MacForm kForms[] = {{2, ':'}, {2, '-'}, {4, '.'}, {kDigits, 0}};
+constexpr MacForm kForms[] = {{1, 2, ':'}, {1, 2, '-'}, {4, 4, '.'}, {kDigits, kDigits, 0}};
 
 bool IsHexDigit(char c) {
   return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
@@ -21,14 +23,20 @@ bool IsHexDigit(char c) {
 
 /// The twelve digits of an address in that form; empty where it has another form.
 std::string DigitsOf(std::string_view text, const MacForm& form) {
-  if (text.size() != kDigits + kDigits / form.group - 1) return {};
-  std::string digits;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool separatorDue = i % (form.group + 1) == form.group;
-    if (separatorDue ? text[i] != form.separator : !IsHexDigit(text[i])) return {};
-    if (!separatorDue) digits += text[i] >= 'a' ? static_cast<char>(text[i] - 'a' + 'A') : text[i];
+  std::string mac;
+  while (mac.size() < kDigits) {
+    if (!mac.empty()) {
+      if (!text.starts_with(form.separator)) return {};
+      text.remove_prefix(1);
+    }
+    std::size_t length = 0;
+    while (length < form.most && length < text.size() && IsHexDigit(text[length])) ++length;
+    if (length < form.least) return {};
+    mac.append(form.most - length, '0');
+    for (const char c : text.substr(0, length)) mac += c >= 'a' ? static_cast<char>(c - 'a' + 'A') : c;
+    text.remove_prefix(length);
   }
-  return digits;
+  return text.empty() ? mac : std::string();
 }
 
 }  // namespace

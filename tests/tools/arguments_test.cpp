@@ -21,9 +21,10 @@ TEST(Arguments, AreAcceptedOrRefused) {
     std::vector<std::string> good, bad;
   } rows[] = {
       {CheckMac,
-       {"00:40:8C:ab:cd:ef", "00-40-8c-AB-CD-EF", "0040.8cab.cdef", "00408cABcdef"},
+       {"00:40:8C:ab:cd:ef", "00-40-8c-AB-CD-EF", "0040.8cab.cdef", "00408cABcdef", "0:40:8c:ab:cd:ef"},
        {"", "00:40:8C:AB:CD", "00:40:8C:AB:CD:EF:", "00:40:8C:AB:CD:EG", "00:40:8C:AB:CD: F", "00.40.8C.AB.CD.EF",
-        "00:40-8C:AB:CD:EF", "0040:8CAB:CDEF", "00408CABCDE", "00408CABCDEF0"}},
+        "00:40-8C:AB:CD:EF", "0040:8CAB:CDEF", "00408CABCDE", "00408CABCDEF0", "0:40::AB:CD:EF", "000:40:8C:AB:CD:EF",
+        "40.8cab.cdef"}},
       {CheckIpAddress,
        {"0.0.0.0", "192.168.0.9", "255.255.255.255"},
        {"", "1.2.3", "1.2.3.4.5", "1.2.3.256", "1.2.3.04", "1.2.3.-4", "1.2.3.4 ", "1..3.4", "::1",
