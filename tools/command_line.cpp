@@ -57,8 +57,7 @@ void AddChoice(CLI::App& command, Options& options) {
           return error.what();
         }
       });
-  CLI::Option* const json = command.get_option("--json");
-  command.add_flag("--csv", options.csv, "Print comma-separated values, a line for each camera")->excludes(json);
+  command.add_flag("--csv", options.csv, "Print comma-separated values, a line for each camera");
   command.add_option("--expect", options.expectedCount, "Exit code 4 unless there are so many cameras or more")
       ->type_name("NUMBER")
       ->check(CheckCount);
@@ -287,6 +286,14 @@ std::string Complaint(const CLI::ParseError& error, const CLI::App& app, const C
   return error.get_name() == "RequiredError" && !command ? "a command is missing" : error.what();
 }
 
+/// Throws where --json meets an option that has no effect with it; it may stand before the command's name too.
+void CheckPrinting(const Options& options, const CLI::App& command) {
+  if (!options.json) return;
+  if (options.csv) throw CLI::ExcludesError("--csv", "--json");
+  const bool printsEvents = command.get_option_no_throw("--exec");  // as they come
+  if (options.sort && printsEvents) throw CLI::ExcludesError("--sort", "--json");
+}
+
 /// Commands that print what is made from the table of the others.
 void DefinePrinting(CLI::App& app, std::string& printed) {
   CLI::App* const help = app.add_subcommand("help", "Print the help of a command");
@@ -344,6 +351,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
 
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend() - 1));
+    CheckPrinting(result.options, *app.get_subcommands().front());
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() != 0) {
       const auto used = app.get_subcommands();

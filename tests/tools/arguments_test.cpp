@@ -69,6 +69,8 @@ TEST(CommandLine, WrongUseIsRefusedInOneLineWithoutAPassword) {
        "--filter: there is no column \"modle\"; columns are mac, ip, dhcp, vendor, model, firmware, plugin, type, "
        "first, "
        "last, events; see tarnfind list --help"},
+      {{"--json", "search", "--sort", "ip"}, "--sort excludes --json; see tarnfind search --help"},
+      {{"list", "--csv", "--json"}, "--csv excludes --json; see tarnfind list --help"},
       {{"set-network", "00:40:8C:00:00:01", "--type", "2"}, "--type: must be 1 or 4; see tarnfind set-network --help"},
       {{"set-network", "00:40:8C:00:00:01", "--dhcp", "--static"},
        "--dhcp excludes --static; see tarnfind set-network --help"},
