@@ -61,6 +61,10 @@ FinderSession::FinderSession() {
 
 FinderSession::~FinderSession() {
   Close();
+  if (const std::optional<std::string> reason = thread_.Stopped())
+    platform::Write(platform::Stream::kError,
+                    fmt::format("tarnfind: at the end the server refused to remove the callback{}{}\n",
+                                reason->empty() ? "" : ": ", *reason));
 }
 
 template <class Work>
@@ -167,7 +171,7 @@ std::vector<Event> FinderSession::Close() {
   if (!queue) return {};
   const Clock::time_point deadline = Clock::now() + kLongestEnd;
   if (thread_.WaitUntil(Clock::now())) {
-    thread_.Begin([shared = std::exchange(shared_, std::make_shared<Shared>())] {
+    thread_.BeginLast([shared = std::exchange(shared_, std::make_shared<Shared>())] {
       shared->finder.reset();
       shared->callback.reset();
     });

@@ -38,7 +38,7 @@ using StepObserver =
 class FinderSession {
  public:
   FinderSession();
-  /// As Close.
+  /// As Close. Then says on standard error where the server refused to remove the callback.
   ~FinderSession();
 
   /// Loads the library, makes a finder, opens its channel and registers a callback: from here on events arrive.

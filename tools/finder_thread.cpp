@@ -3,6 +3,8 @@
 #include <atomic>
 #include <utility>
 
+#include "tools/stoppable_call.h"
+
 namespace tarnfind {
 
 namespace {
@@ -57,9 +59,27 @@ void FinderThread::Begin(std::function<void()> call) {
   state_->changed.notify_all();
 }
 
+void FinderThread::BeginLast(std::function<void()> call) {
+  Begin([call = std::move(call), state = state_] {
+    RunStoppable(call, [state](const std::string& text) {
+      {
+        const std::lock_guard lock(state->mutex);
+        state->stopped = text;
+      }
+      state->changed.notify_all();
+    });
+  });
+}
+
+std::optional<std::string> FinderThread::Stopped() const {
+  const std::lock_guard lock(state_->mutex);
+  return state_->stopped;
+}
+
 bool FinderThread::WaitUntil(Clock::time_point deadline) {
   std::unique_lock lock(state_->mutex);
-  return state_->changed.wait_until(lock, deadline, [&] { return !state_->call; });
+  state_->changed.wait_until(lock, deadline, [&] { return !state_->call || state_->stopped; });
+  return !state_->call;
 }
 
 void FinderThread::Rethrow() {

@@ -6,6 +6,8 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
+#include <string>
 #include <thread>
 
 #include "tools/event_queue.h"
@@ -24,7 +26,13 @@ class FinderThread {
   /// Begins a call. Requires that no other call is under way, and that the call owns all that it uses, because it may
   /// be left behind.
   void Begin(std::function<void()> call);
-  /// Waits until no call is under way. False where one still is at the deadline.
+  /// Begins the call that lets the library's objects go. The library ends the process in it where the server refuses to
+  /// remove the callback, because a destructor may not throw. Here only this thread ends, and the call counts as one
+  /// that does not return.
+  void BeginLast(std::function<void()> call);
+  /// Whether the library has wanted to end the process, with the reason or an empty text.
+  std::optional<std::string> Stopped() const;
+  /// Waits until no call is under way. False where one still is at the deadline, and at once where Stopped.
   bool WaitUntil(Clock::time_point deadline);
   /// Throws what the last call threw. Requires that no call is under way.
   void Rethrow();
@@ -40,6 +48,7 @@ class FinderThread {
     std::function<void()> call;  ///< empty where no call is under way
     std::exception_ptr error;
     bool ended = false;
+    std::optional<std::string> stopped;
   };
   static void Run(State& state);
 

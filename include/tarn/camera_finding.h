@@ -24,6 +24,8 @@
 ///   std::exception. what() is in the system's code page: that of CP_ACP on Windows, Windows-1252 elsewhere (unless
 ///   TARN_ANSI_CODE_PAGE names another). Every other operation keeps them inside and returns its failure value.
 ///   A wizard of another compiler calls these three through camera_finding_nothrow.h.
+///   Where the server refuses to remove a callback, and says why, the process ends (std::terminate): the last Release of
+///   a finder and the replacing of a callback cannot report it.
 ///
 /// The channel
 ///   It is opened by the first operation that needs it. Where it cannot be opened, nothing is sent and nothing is

@@ -127,60 +127,6 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
   }
 }
 
-TEST_F(Program, TellsTheTruthWhateverFunctionFails) {
-  const std::string create = "TarnServer_CreateLiveStream", open = "TarnLiveStream_Open",
-                    start = "TarnLiveStream_Start";
-  const std::string callback = "TarnLiveStream_SetGenericDataCallback", send = "TarnLiveStream_SendSynchDSPCommand";
-  const std::string error = "true", none = "false", every = "\"every\"", message = R"({"description": "müde\r\n"})";
-  const std::string list = "list", search = "search --for 0.2", check = "check --for 0.2",
-                    info = "info 10.0.0.1 --for 0.2";
-  const std::string change = "set-network 00408c000001 --yes --static --for 0.2",
-                    mac = "send-mac 00408c000001 --for 0.2";
-  const std::vector<std::string> all = {list, search, check, info, change, mac};
-  const std::string closed = "tarnfind: the channel to the server cannot be opened",
-                    listing = "not list its cameras: müde\n";
-  const struct {
-    std::string function, call, error;
-    std::vector<std::string> commands;
-    int code;
-    std::string text;  ///< in one of the two streams
-  } rows[] = {
-      {create, "1", error, all, 3, "tarnfind: the server refused a live stream: The live stream was refused; "},
-      {create, "1", none, all, 3, closed},
-      {open, every, error, all, 3, closed},
-      {start, every, message, all, 3, closed},
-      {open, every, none, all, 0, ""},
-      {callback, "1", error, all, 3, "tarnfind: the server refused the callback: The data callback was refused; "},
-      {callback, "1", error, {check}, 3, "\ncallback          failed             the server refused the callback: "},
-      {callback, "1", none, {list, search, change, mac}, 0, ""},
-      {callback, "1", none, {check}, 1, "answer            failed"},
-      {callback, "1", none, {info}, 1, "tarnfind: nothing arrived about a camera at 10.0.0.1 within"},
-      {send, "1", message, {list, search, check, change, mac}, 1, listing},
-      {send, "1", error, {info}, 1, "whether the server refused the question cannot be known"},
-      {send, "1", none, {list, check}, 0, "The library does not tell whether the server knows no"},
-      {send, "1", none, {change}, 1, "not found: the server's list has no such camera"},
-      {send, "2", error, {check}, 1, "the server sent nothing within 0.2 s"},
-      {send, "2", error, {mac}, 0, "the library does not tell whether the server took it."},
-      {send, "2", error, {change}, 1, "failed: the server refused the command, or did not answer"},
-      {send, "2", none, {change}, 4, "not applied: sent and listed differ: DHCP no -> yes"},
-      {send, "3", error, {change}, 0, "00:40:8C:00:00:01 applied"},  // by the second look
-      {"TarnDBI_ReleaseReference", every, error, all, 0, ""},
-      {"TarnLiveStream_Destroy", "1", error, all, 0, ""},
-      {"TarnDBIGetLastError", every, none, all, 0, ""},
-  };
-  for (const auto& row : rows) {
-    for (const std::string& command : row.commands) {
-      SCOPED_TRACE(row.function + " " + row.call + " " + row.error + ": " + command);
-      Play(R"({"speed": "instant", "cameras": [{"name": "A", "mac": "00:40:8C:00:00:01", "ip": "10.0.0.1",
-               "subnetMask": "255.255.255.0"}], "functionFaults": [{"function": ")" +
-           row.function + R"(", "call": )" + row.call + R"(, "error": )" + row.error + "}]}");
-      const Result result = Run(command);
-      EXPECT_EQ(result.code, row.code) << result.error;
-      EXPECT_NE((result.output + result.error).find(row.text), std::string::npos) << result.output << result.error;
-    }
-  }
-}
-
 TEST_F(Program, SearchesWithAnObjectForEachEventAndKeepsPictures) {
   const Result result = Run("search --for 2 --json --pictures pictures");
   ASSERT_EQ(result.code, 0);
