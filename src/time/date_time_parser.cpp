@@ -1,6 +1,9 @@
 #include "time/date_time_parser.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
+#include <limits>
 
 #include "base/checked_string.h"
 #include "base/exceptions.h"
@@ -67,32 +70,30 @@ Part DayOf(unsigned year, unsigned month) {
 /// A text, which ends at its first NUL, and the position up to which it has been read.
 class Reader {
  public:
-  explicit Reader(std::u16string_view text) : text_(text.substr(0, text.find(u'\0'))) {}
+  explicit Reader(std::u16string_view text) : begin_(text.data()), at_(begin_), end_(begin_ + text.size()) {}
 
-  std::size_t Position() const { return position_; }
-  bool AtEnd() const { return position_ == text_.size(); }
+  std::size_t Position() const { return static_cast<std::size_t>(at_ - begin_); }
+  bool AtEnd() const { return Peek() == u'\0'; }
   /// The next unit, NUL at the end.
-  char16_t Peek() const { return AtEnd() ? u'\0' : text_[position_]; }
+  char16_t Peek() const { return at_ == end_ ? u'\0' : *at_; }
   bool AtDigit() const { return Peek() >= u'0' && Peek() <= u'9'; }
 
   bool Skip(char unit) {
     if (Peek() != static_cast<char16_t>(unit)) return false;
-    ++position_;
+    ++at_;
     return true;
   }
   void SkipBlanks() {
     while (Skip(' ')) {
     }
   }
-  /// word is in lower case; the text may be in either.
+  /// word is of lower-case ASCII letters; the text may have them in either case. They differ in one bit.
   bool SkipWord(std::u16string_view word) {
-    const std::u16string_view rest = text_.substr(position_);
-    if (rest.size() < word.size()) return false;
-    for (std::size_t i = 0; i < word.size(); ++i) {
-      const bool upper = rest[i] >= u'A' && rest[i] <= u'Z';
-      if ((upper ? rest[i] + (u'a' - u'A') : rest[i]) != word[i]) return false;
-    }
-    position_ += word.size();
+    constexpr char16_t kLowerCase = u'a' - u'A';
+    if (end_ - at_ < static_cast<std::ptrdiff_t>(word.size())) return false;
+    for (std::size_t i = 0; i < word.size(); ++i)
+      if ((at_[i] | kLowerCase) != word[i]) return false;
+    at_ += word.size();
     return true;
   }
 
@@ -105,23 +106,24 @@ class Reader {
     ThrowSeparator(first, second);
   }
 
-  std::uint16_t Number(const Part& part) { return Number(part, text_.size()); }
+  std::uint16_t Number(const Part& part) { return Number(part, std::numeric_limits<std::ptrdiff_t>::max()); }
   /// A number of at most maxDigits digits.
-  std::uint16_t Number(const Part& part, std::size_t maxDigits) {
+  std::uint16_t Number(const Part& part, std::ptrdiff_t maxDigits) {
     constexpr unsigned kTooLarge = 10000;
-    const std::size_t begin = position_;
+    const char16_t* const first = at_;
+    const char16_t* digit = first;
     unsigned value = 0;
-    for (; AtDigit(); ++position_) {
-      if (value < kTooLarge) value = value * 10 + (Peek() - u'0');
-    }
-    const std::size_t digits = position_ - begin;
-    if (digits == 0 || digits > maxDigits || value < part.low || value > part.high) ThrowRange(part);
+    for (; digit != end_ && *digit >= u'0' && *digit <= u'9'; ++digit)
+      value = std::min(value, kTooLarge) * 10 + (*digit - u'0');
+    at_ = digit;
+    if (digit == first || digit - first > maxDigits || value < part.low || value > part.high) ThrowRange(part);
     return static_cast<std::uint16_t>(value);
   }
 
  private:
-  std::u16string_view text_;
-  std::size_t position_ = 0;
+  const char16_t* begin_;
+  const char16_t* at_;
+  const char16_t* end_;
 };
 
 void ReadDate(Reader& reader, platform::SystemTime& time) {

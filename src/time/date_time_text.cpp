@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdlib>
 
 #include "base/exceptions.h"
@@ -27,21 +28,21 @@ constexpr std::array<FixedForm, 2> kFixedForms = {{
     {dtsmDashes, '-', '.', '\''},
 }};
 
+constexpr unsigned kPowersOfTen[] = {1, 10, 100, 1000, 10000};
+
 /// Writes fixed forms. 64 units hold the longest of them: seven numbers of at most five digits, with separators.
 template <class Char>
 class FixedText {
  public:
   void Put(char unit) { *end_++ = static_cast<Char>(unit); }
-  /// Adds leading zeros up to the width. A longer number keeps all its digits.
-  void PutNumber(unsigned value, std::size_t width) {
-    std::array<Char, 10> digits;
-    std::size_t first = digits.size();
-    do {
-      digits[--first] = static_cast<Char>('0' + value % 10);
-      value /= 10;
-    } while (value != 0);
-    while (digits.size() - first < width) digits[--first] = static_cast<Char>('0');
-    end_ = std::copy(digits.begin() + static_cast<std::ptrdiff_t>(first), digits.end(), end_);
+  /// Adds leading zeros up to the width. A longer number keeps all its digits. The width is a constant, so that the
+  /// compiler writes the digits without a loop.
+  template <std::size_t kWidth>
+  void PutNumber(unsigned value) {
+    constexpr unsigned kTooLong = kPowersOfTen[kWidth];
+    if (value >= kTooLong) PutNumber<1>(value / kTooLong);
+    for (std::size_t i = kWidth; i-- > 0; value /= 10) end_[i] = static_cast<Char>('0' + value % 10);
+    end_ += kWidth;
   }
   std::basic_string<Char> Text() const { return {text_.data(), static_cast<std::size_t>(end_ - text_.data())}; }
 
@@ -52,25 +53,25 @@ class FixedText {
 
 template <class Char>
 void PutDate(FixedText<Char>& text, const FixedForm& form, const platform::SystemTime& time) {
-  text.PutNumber(time.year, 4);
+  text.template PutNumber<4>(time.year);
   text.Put(form.dateSeparator);
-  text.PutNumber(time.month, 2);
+  text.template PutNumber<2>(time.month);
   text.Put(form.dateSeparator);
-  text.PutNumber(time.day, 2);
+  text.template PutNumber<2>(time.day);
 }
 
 template <class Char>
 void PutTime(FixedText<Char>& text, const FixedForm& form, const platform::SystemTime& time, std::uint32_t mode) {
   const bool dropMilliseconds = (mode & dtsmDropZeros) && time.milliseconds == 0;
-  text.PutNumber(time.hour, 2);
+  text.template PutNumber<2>(time.hour);
   text.Put(':');
-  text.PutNumber(time.minute, 2);
+  text.template PutNumber<2>(time.minute);
   if ((mode & dtsmNoSeconds) || (dropMilliseconds && time.second == 0)) return;
   text.Put(':');
-  text.PutNumber(time.second, 2);
+  text.template PutNumber<2>(time.second);
   if ((mode & dtsmNoMilliseconds) || dropMilliseconds) return;
   text.Put(form.millisecondSeparator);
-  text.PutNumber(time.milliseconds, 3);
+  text.template PutNumber<3>(time.milliseconds);
 }
 
 template <class Char>
@@ -148,9 +149,9 @@ std::string BiasToStr(const TKestrelDateTime& value) {
   const auto offset = static_cast<unsigned>(std::abs(bias));
   FixedText<char> zone;
   zone.Put(bias < 1 ? '+' : '-');
-  zone.PutNumber(offset / 60, 2);
+  zone.PutNumber<2>(offset / 60);
   zone.Put(':');
-  zone.PutNumber(offset % 60, 2);
+  zone.PutNumber<2>(offset % 60);
   return SystemTimeToStr(value.ToLocalSystemTime(), dtsmDateTime | dtsmSlashes) + " GMT" + zone.Text();
 }
 

@@ -155,7 +155,7 @@ bool FileTimeToSystemTime(const FileTime& fileTime, SystemTime* systemTime) {
   if (fileTime.high >= 0x80000000U) return InvalidParameter();
   const std::int64_t intervals = static_cast<std::int64_t>(fileTime.high) << 32 | fileTime.low;
   const std::int64_t days = intervals / kIntervalsPerDay;
-  const std::int64_t milliseconds = intervals % kIntervalsPerDay / kIntervalsPerMillisecond;
+  const auto milliseconds = static_cast<std::uint32_t>(intervals % kIntervalsPerDay / kIntervalsPerMillisecond);
   const CivilDate date = CivilFromDays(days);
   *systemTime = {.year = static_cast<std::uint16_t>(date.year),
                  .month = static_cast<std::uint16_t>(date.month),
