@@ -78,13 +78,13 @@ TARN_AVX2 inline __m256i Encoded(__m256i bytes) {
   const __m256i left =
       _mm256_mullo_epi16(_mm256_and_si256(spread, _mm256_set1_epi32(0x003F03F0)), _mm256_set1_epi32(0x01000010));
   const __m256i values = _mm256_or_si256(right, left);
-  // The distance from value to character depends on the range: 13 for A-Z, 0 for a-z, 1 to 10 digits, 11 "+", 12 "/".
-  const __m256i isUpper = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), values);
-  const __m256i range =
-      _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)), _mm256_and_si256(isUpper, _mm256_set1_epi8(13)));
+  // The distance from value to character depends on the range: 0 for A-Z, 1 for a-z, 2 to 11 digits, 12 "+", 13 "/".
+  // A comparison gives -1 where it holds.
+  const __m256i isNotUpper = _mm256_cmpgt_epi8(values, _mm256_set1_epi8(25));
+  const __m256i range = _mm256_sub_epi8(_mm256_subs_epu8(values, _mm256_set1_epi8(51)), isNotUpper);
   const __m256i distances =
-      InBothLanes(_mm_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                                '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0));
+      InBothLanes(_mm_setr_epi8('A', 'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                                '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 0, 0));
   return _mm256_add_epi8(values, _mm256_shuffle_epi8(distances, range));
 }
 
@@ -93,6 +93,25 @@ template <class Char>
 TARN_AVX2 inline void EncodeVector(const std::uint8_t* bytes, Char* text) {
   const __m256i low = _mm256_castsi128_si256(Load128(bytes));
   StoreVector(text, Encoded(_mm256_inserti128_si256(low, Load128(bytes + kLaneBytes), 1)));
+}
+
+/// The first two vectors of a line.
+template <class Char>
+TARN_AVX2 inline void EncodeLineStart(const std::uint8_t* bytes, Char* text) {
+  EncodeVector(bytes, text);
+  EncodeVector(bytes + kVectorBytes, text + kVectorCharacters);
+}
+
+/// The last 12 bytes of a line, at the lane's beginning. The load ends where the line ends.
+TARN_AVX2 inline __m128i LoadLastLane(const std::uint8_t* line) {
+  return _mm_srli_si128(Load128(line + kBase64LineBytes - 16), 16 - kLaneBytes);
+}
+
+template <class Char>
+TARN_AVX2 inline void EndLine(Char* text, __m128i lastLane) {
+  StoreLane(text + kLastLaneCharacter, lastLane);
+  text[kBase64LineCharacters] = '\r';
+  text[kBase64LineCharacters + 1] = '\n';
 }
 
 struct Decoded {
@@ -158,16 +177,18 @@ TARN_AVX2 inline bool DecodeLine(const Char* text, std::uint8_t* bytes) {
 
 template <class Char>
 TARN_AVX2 void EncodeLinesAvx2(const std::uint8_t* bytes, std::size_t lines, Char* text) {
-  for (; lines > 0; --lines, bytes += kBase64LineBytes, text += kBase64LineCharacters + 2) {
-    EncodeVector(bytes, text);
-    EncodeVector(bytes + kVectorBytes, text + kVectorCharacters);
-    // The load ends where the line ends, so that the lane's 12 bytes are its last; the shift moves them to the
-    // beginning.
-    const __m128i last = _mm_srli_si128(Load128(bytes + kBase64LineBytes - 16), 16 - kLaneBytes);
-    StoreLane(text + kLastLaneCharacter, _mm256_castsi256_si128(Encoded(InBothLanes(last))));
-    text[kBase64LineCharacters] = '\r';
-    text[kBase64LineCharacters + 1] = '\n';
+  constexpr std::size_t kLine = kBase64LineCharacters + 2;
+  // Two lines at a time, because their last lanes make one vector.
+  for (; lines >= 2; lines -= 2, bytes += 2 * kBase64LineBytes, text += 2 * kLine) {
+    EncodeLineStart(bytes, text);
+    EncodeLineStart(bytes + kBase64LineBytes, text + kLine);
+    const __m256i last = Encoded(_mm256_set_m128i(LoadLastLane(bytes + kBase64LineBytes), LoadLastLane(bytes)));
+    EndLine(text, _mm256_castsi256_si128(last));
+    EndLine(text + kLine, _mm256_extracti128_si256(last, 1));
   }
+  if (lines == 0) return;
+  EncodeLineStart(bytes, text);
+  EndLine(text, _mm256_castsi256_si128(Encoded(InBothLanes(LoadLastLane(bytes)))));
 }
 
 template <class Char>
