@@ -55,7 +55,7 @@ Listing ListWith(ICameraFinder& finder) {
 
 }  // namespace
 
-FinderSession::FinderSession() {
+FinderSession::FinderSession(std::function<void()> whileWaiting) : whileWaiting_(std::move(whileWaiting)) {
   platform::CatchInterrupts();
 }
 
@@ -72,7 +72,10 @@ void FinderSession::Wait(const char* doing, const Work& interrupted) {
   const Clock::time_point start = Clock::now();
   {
     WaitLine line(doing);
-    while (!thread_.WaitUntil(Clock::now() + kCheckInterval) && !platform::Interrupted()) line.Update();
+    while (!thread_.WaitUntil(Clock::now() + kCheckInterval) && !platform::Interrupted()) {
+      line.Update();
+      if (whileWaiting_) whileWaiting_();
+    }
   }
   if (!thread_.WaitUntil(Clock::now())) {
     const std::chrono::duration<double> elapsed = Clock::now() - start;

@@ -37,7 +37,8 @@ using StepObserver =
 /// waited for and can leave with Ctrl-C.
 class FinderSession {
  public:
-  FinderSession();
+  /// whileWaiting: called several times a second while a step or a call is waited for; may be empty.
+  explicit FinderSession(std::function<void()> whileWaiting = {});
   /// As Close. Then says on standard error where the server refused to remove the callback.
   ~FinderSession();
 
@@ -74,6 +75,7 @@ class FinderSession {
   void Wait(const char* doing, const Work& interrupted);
   std::chrono::milliseconds RunStep(Step step, std::function<void()> work);
 
+  const std::function<void()> whileWaiting_;
   std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
   std::shared_ptr<EventQueue> queue_;
   FinderThread thread_;

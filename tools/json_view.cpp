@@ -7,8 +7,6 @@ namespace tarnfind {
 
 namespace {
 
-constexpr const char* kListWords[] = {"under way", "arrived", "failed"};
-
 class JsonView final : public SearchView {
  public:
   JsonView(TextOutput& output, const FoundCameras& cameras, JsonOptions options, Json summary)
@@ -37,7 +35,7 @@ class JsonView final : public SearchView {
                    {"gone", counts.gone},
                    {"pictures", progress.pictures},
                    {"values", progress.values},
-                   {"list", kListWords[static_cast<std::size_t>(progress.list)]},
+                   {"list", ListWord(progress.list)},
                    {"sharedIps", SharedIpsArray(progress.cameras)},
                    {"interrupted", progress.interrupted}});
     if (!progress.listError.empty()) object["listError"] = progress.listError;
@@ -53,6 +51,11 @@ class JsonView final : public SearchView {
 };
 
 }  // namespace
+
+const char* ListWord(SearchProgress::List list) {
+  constexpr const char* kWords[] = {"under way", "arrived", "failed"};
+  return kWords[static_cast<std::size_t>(list)];
+}
 
 std::unique_ptr<SearchView> MakeJsonView(TextOutput& output, const FoundCameras& cameras, JsonOptions options,
                                          Json summary) {

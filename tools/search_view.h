@@ -42,10 +42,15 @@ class SearchView {
   /// Something is wrong beside the cameras; the search goes on. Goes to standard error at once, unless the view says
   /// otherwise.
   virtual void ShowProblem(const std::string& text);
+  /// Called several times a second while the channel is being opened.
+  virtual void ShowConnecting(std::chrono::milliseconds) {}
   /// Called several times a second.
   virtual void Refresh(const SearchProgress& progress) = 0;
   virtual void Finish(const SearchProgress& progress) = 0;
 };
+
+/// Shows everything in both views.
+std::unique_ptr<SearchView> MakeBothViews(std::unique_ptr<SearchView> first, std::unique_ptr<SearchView> second);
 
 struct PlainViewSettings {
   bool times = false;            ///< each line begins with the time
@@ -84,6 +89,8 @@ std::string Totals(const SearchProgress& progress);
 std::string Remarks(const SearchProgress& progress);
 /// Totals and the time that it took.
 std::string Summary(const SearchProgress& progress);
+/// The state of the server's list in JSON: "under way", "arrived" or "failed".
+const char* ListWord(SearchProgress::List list);
 /// "3.2 s"
 std::string Seconds(std::chrono::milliseconds duration);
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -26,8 +28,15 @@ struct SentCommand {
   std::string sent;  ///< what is said of it afterwards
   Json summary;      ///< its first keys in JSON
 };
+/// The view that the options ask for. summary: first keys of the summary in JSON.
+std::unique_ptr<SearchView> MakeSearchView(const Options& options, const FoundCameras& cameras, const Json& summary,
+                                           TextOutput& output);
+/// output: where the view may write.
+using ViewMaker = std::function<std::unique_ptr<SearchView>(const FoundCameras& cameras, TextOutput& output)>;
+
 /// Searches, and sends the command once the server's list has arrived. The time begins when the library has returned
-/// from it. usualSeconds: where --for is not given.
-void RunSearchWith(const SentCommand& command, double usualSeconds, const Options& options, TextOutput& output);
+/// from it. usualSeconds: where --for is not given. makeView: empty for MakeSearchView.
+void RunSearchWith(const SentCommand& command, double usualSeconds, const Options& options, TextOutput& output,
+                   const ViewMaker& makeView = {});
 
 }  // namespace tarnfind

@@ -19,32 +19,24 @@ constexpr std::chrono::milliseconds kRefreshInterval{100};
 /// Events that arrive before the list are kept back so long, so that known cameras do not show as new ones.
 constexpr std::chrono::milliseconds kListPatience{1000};
 
+std::chrono::milliseconds MillisecondsSince(Clock::time_point time) {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - time);
+}
+
 bool ColoursWanted() {
   const char* const noColour = std::getenv("NO_COLOR");
   return !noColour || !*noColour;
 }
 
-std::unique_ptr<SearchView> MakeView(const Options& options, const FoundCameras& cameras, const Json& summary,
-                                     TextOutput& output) {
-  if (options.json) return MakeJsonView(output, cameras, {options.showPasswords, options.times}, summary);
-  if (options.csv) return MakeCsvView(output, options.sort);
-  // Debugger lines, and what the program prints, would tear the table apart on the same terminal.
-  const bool torn = (options.debugOutput || !options.program.empty()) && platform::IsTerminal(platform::Stream::kError);
-  if (!platform::IsTerminal(platform::Stream::kOutput) || torn)
-    return MakePlainView(output, cameras, {options.times, options.sort});
-  return MakeLiveTable(
-      output, {ColoursWanted(), options.sort, [] { return platform::GetTerminalSize(platform::Stream::kOutput); }});
-}
-
 /// Takes events in, one after the other, and shows them.
 class Search {
  public:
-  Search(const Options& options, const Json& summary, TextOutput& output)
+  Search(const Options& options, const ViewMaker& makeView, TextOutput& output)
       : options_(options),
         filtered_(!options.filters.empty()),
         cameras_(CombinedFilter(options)),
         output_(output),
-        view_(MakeView(options, cameras_, summary, output_)),
+        view_(makeView(cameras_, output_)),
         program_(options.program) {}
 
   SearchProgress& Progress() { return progress_; }
@@ -66,6 +58,7 @@ class Search {
     keepBack_ = false;
     Take(std::exchange(keptBack_, {}));
   }
+  void ShowConnecting(std::chrono::milliseconds elapsed) { view_->ShowConnecting(elapsed); }
   void Refresh() {
     if (keepBack_ && progress_.elapsed > kListPatience) StopKeepingBack();
     view_->Refresh(progress_);
@@ -164,10 +157,27 @@ class Search {
 
 }  // namespace
 
-void RunSearchWith(const SentCommand& command, double usualSeconds, const Options& options, TextOutput& output) {
+std::unique_ptr<SearchView> MakeSearchView(const Options& options, const FoundCameras& cameras, const Json& summary,
+                                           TextOutput& output) {
+  if (options.json) return MakeJsonView(output, cameras, {options.showPasswords, options.times}, summary);
+  if (options.csv) return MakeCsvView(output, options.sort);
+  // Debugger lines, and what the program prints, would tear the table apart on the same terminal.
+  const bool torn = (options.debugOutput || !options.program.empty()) && platform::IsTerminal(platform::Stream::kError);
+  if (!platform::IsTerminal(platform::Stream::kOutput) || torn)
+    return MakePlainView(output, cameras, {options.times, options.sort});
+  return MakeLiveTable(
+      output, {ColoursWanted(), options.sort, [] { return platform::GetTerminalSize(platform::Stream::kOutput); }});
+}
+
+void RunSearchWith(const SentCommand& command, double usualSeconds, const Options& options, TextOutput& output,
+                   const ViewMaker& makeView) {
   const std::optional<std::chrono::milliseconds> planned = ReceivingTime(options, usualSeconds);
-  Search search(options, command.summary, output);
-  FinderSession session;
+  const ViewMaker usual = [&](const FoundCameras& cameras, TextOutput& collected) {
+    return MakeSearchView(options, cameras, command.summary, collected);
+  };
+  Search search(options, makeView ? makeView : usual, output);
+  const Clock::time_point created = Clock::now();
+  FinderSession session([&] { search.ShowConnecting(MillisecondsSince(created)); });
   session.Connect(options.library, options.pictures);
   session.BeginList(command.call);
 
@@ -175,22 +185,19 @@ void RunSearchWith(const SentCommand& command, double usualSeconds, const Option
   progress.planned = planned;
   const Clock::time_point begin = Clock::now();
   Clock::time_point start = begin;
-  const auto since = [](Clock::time_point time) {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - time);
-  };
   bool connected = true;
-  while ((!planned || since(start) < *planned) && !platform::Interrupted() && connected) {
+  while ((!planned || MillisecondsSince(start) < *planned) && !platform::Interrupted() && connected) {
     const Clock::time_point refresh = Clock::now() + kRefreshInterval;
     const bool returnedBefore = search.CommandReturned();
     search.Take(session.TakeUntil(planned ? std::min(start + *planned, refresh) : refresh));
     if (search.CommandReturned() && !returnedBefore) start = Clock::now();
-    progress.elapsed = since(begin);
+    progress.elapsed = MillisecondsSince(begin);
     search.Refresh();
     connected = session.IsRegistered();
   }
   progress.interrupted = platform::Interrupted();
   search.Take(session.Close());
-  progress.elapsed = since(begin);
+  progress.elapsed = MillisecondsSince(begin);
   search.Finish();
   if (command.call && !options.json && !options.csv && search.CommandReturned()) output.Write(command.sent + '\n');
   if (!connected) throw NoChannel(RowOf(Step::kChannel).name, "the server has ended the channel");
