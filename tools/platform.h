@@ -4,6 +4,7 @@
 /// Text is UTF-8 on both sides of this header.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -75,6 +76,13 @@ struct ProgramResult {
 /// stand between this process's own lines.
 ProgramResult RunProgram(const std::string& program, const std::vector<std::string>& variables,
                          const std::string& input);
+
+/// Shows the address in the user's browser, without a shell, and does not wait for it. Empty, or why that cannot be.
+std::string OpenInBrowser(const std::string& address);
+
+/// For a socket that will listen: its port can be had again right after a run before, and no other program can listen
+/// there at the same time.
+void PrepareListener(std::uintptr_t socket);
 
 /// UTF-8 of a text in the system's code page, which is what the library's exceptions carry. What cannot be converted
 /// stays as it is.

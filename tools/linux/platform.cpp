@@ -1,12 +1,14 @@
 #include "tools/platform.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <iconv.h>
 #include <link.h>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -217,6 +219,31 @@ ProgramResult RunProgram(const std::string& program, const std::vector<std::stri
     if (errno != EINTR) return failed(errno);
   constexpr int kBySignal = 128;
   return {WIFEXITED(status) ? WEXITSTATUS(status) : kBySignal + WTERMSIG(status), ""};
+}
+
+std::string OpenInBrowser(const std::string& address) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);  // Ctrl-C is for this process alone
+  char opener[] = "xdg-open";
+  std::string argument = address;
+  char* arguments[] = {opener, argument.data(), nullptr};
+  pid_t child = 0;
+  const int code = posix_spawnp(&child, opener, &actions, &attributes, arguments, environ);
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  return code == 0 ? "" : std::string(opener) + ": " + std::generic_category().message(code);
+}
+
+// Here this option passes over connections of the run before, which wait for late packets.
+void PrepareListener(std::uintptr_t socket) {
+  const int yes = 1;
+  setsockopt(static_cast<int>(socket), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
 }
 
 void SetEnvironment(const std::string& name, const std::string& value) {

@@ -1,6 +1,8 @@
 #include "tools/platform.h"
 
-// The COM headers bring the system's base header.
+// The sockets' header goes before the system's base header, which the COM headers bring.
+#include <winsock2.h>
+
 #include <fcntl.h>
 #include <io.h>
 #include <objbase.h>
@@ -326,6 +328,21 @@ ProgramResult RunProgram(const std::string& program, const std::vector<std::stri
       !GetExitCodeProcess(process.hProcess, &exitCode))
     return failed();
   return {static_cast<int>(exitCode), ""};
+}
+
+std::string OpenInBrowser(const std::string& address) {
+  std::vector<WCHAR> wide = Wide(CP_UTF8, address);
+  wide.push_back(L'\0');
+  // Above 32 it is no error.
+  const auto code =
+      reinterpret_cast<std::intptr_t>(ShellExecuteW(nullptr, L"open", wide.data(), nullptr, nullptr, SW_SHOWNORMAL));
+  return code > 32 ? "" : ErrorText(GetLastError());
+}
+
+// Here a port is free again at once, but another program could share it.
+void PrepareListener(std::uintptr_t socket) {
+  const BOOL yes = TRUE;
+  setsockopt(socket, SOL_SOCKET, SO_EXCLUSIVEADDRUSE, reinterpret_cast<const char*>(&yes), sizeof yes);
 }
 
 void SetEnvironment(const std::string& name, const std::string& value) {
