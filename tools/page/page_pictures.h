@@ -1,0 +1,31 @@
+/// The pictures that a page may ask for: those that its lines have named, nothing else of the folder.
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_set>
+
+namespace tarnfind {
+
+/// One thread adds, any thread finds.
+class PagePictures {
+ public:
+  explicit PagePictures(std::filesystem::path folder) : folder_(std::move(folder)) {}
+
+  /// name: of a file inside the folder, as PictureStore made it. The oldest name goes where there are too many.
+  void Add(const std::string& name);
+  /// Empty where no line has named it.
+  std::optional<std::filesystem::path> Find(const std::string& name) const;
+
+ private:
+  const std::filesystem::path folder_;
+  mutable std::mutex mutex_;
+  std::unordered_set<std::string> names_;
+  std::deque<std::string> order_;
+};
+
+}  // namespace tarnfind

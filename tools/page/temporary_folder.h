@@ -1,0 +1,23 @@
+/// A folder for one run, which only this user may look into.
+#pragma once
+
+#include <filesystem>
+
+namespace tarnfind {
+
+class TemporaryFolder {
+ public:
+  /// Throws Failure where it cannot be made.
+  TemporaryFolder();
+  /// Removes it with all that is in it.
+  ~TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::filesystem::path& Path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+}  // namespace tarnfind
