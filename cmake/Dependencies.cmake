@@ -1,16 +1,16 @@
 # Packages of the tools, the simulator and the tests; the library itself needs none of them.
 if(CMAKE_CROSSCOMPILING)
-  # There are no packages for the other system. Three of them are headers alone: these folders are put before the
+  # There are no packages for the other system. These are headers alone: these folders are put before the
   # compiler by themselves, since /usr/include as a whole belongs to this system.
   set(headers ${PROJECT_BINARY_DIR}/cross_include)
   file(MAKE_DIRECTORY ${headers})
-  foreach(folder CLI fmt nlohmann)
+  foreach(folder CLI boost fmt nlohmann stb)
     if(NOT EXISTS /usr/include/${folder})
-      message(FATAL_ERROR "The headers in /usr/include/${folder} are missing: install libcli11-dev, libfmt-dev and nlohmann-json3-dev.")
+      message(FATAL_ERROR "The headers in /usr/include/${folder} are missing: install libboost1.81-dev, libcli11-dev, libfmt-dev, libstb-dev and nlohmann-json3-dev.")
     endif()
     file(CREATE_LINK /usr/include/${folder} ${headers}/${folder} SYMBOLIC)
   endforeach()
-  foreach(target CLI11::CLI11 fmt::fmt-header-only nlohmann_json::nlohmann_json)
+  foreach(target Boost::headers CLI11::CLI11 fmt::fmt-header-only nlohmann_json::nlohmann_json)
     add_library(${target} INTERFACE IMPORTED GLOBAL)
     target_include_directories(${target} SYSTEM INTERFACE ${headers})
   endforeach()
@@ -18,6 +18,7 @@ if(CMAKE_CROSSCOMPILING)
   # GoogleTest comes as sources too.
   add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 else()
+  find_package(Boost 1.81 REQUIRED)
   find_package(GTest REQUIRED)
   find_package(CLI11 REQUIRED)
   find_package(nlohmann_json REQUIRED)

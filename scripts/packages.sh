@@ -17,6 +17,6 @@ require_packages() {
     { echo "$0: apt-get could not install:$missing" >&2; exit 2; }
 }
 
-build_packages="g++ cmake python3 ninja-build ccache libcli11-dev nlohmann-json3-dev libfmt-dev libgtest-dev"
+build_packages="g++ cmake python3 ninja-build ccache libboost1.81-dev libcli11-dev libstb-dev nlohmann-json3-dev libfmt-dev libgtest-dev"
 install_packages="clang lintian pkg-config tshark" # to use what is installed as users do
 windows_packages="g++-mingw-w64-x86-64-posix wine wine64 googletest lld unzip"

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
+#include <utility>
 
 #include "commit.h"
 #include "tools/arguments.h"
@@ -29,8 +30,8 @@ void AddPictures(CLI::App& command, Options& options) {
       ->check(CheckText);
 }
 
-/// Which cameras are shown, how, and what must be there.
-void AddChoice(CLI::App& command, Options& options) {
+/// How cameras are shown on a terminal.
+void AddForm(CLI::App& command, Options& options) {
   command
       .add_option_function<std::string>(
           "--sort", [&options](const std::string& name) { options.sort = FindColumn(name); },
@@ -39,6 +40,11 @@ void AddChoice(CLI::App& command, Options& options) {
       ->check([](const std::string& name) {
         return FindColumn(name) ? "" : fmt::format("must be one of {}", ColumnNames());
       });
+  command.add_flag("--csv", options.csv, "Print comma-separated values, a line for each camera");
+}
+
+/// Which cameras are shown, and what must be there.
+void AddChoice(CLI::App& command, Options& options) {
   command
       .add_option_function<std::vector<std::string>>(
           "--filter",
@@ -57,7 +63,6 @@ void AddChoice(CLI::App& command, Options& options) {
           return error.what();
         }
       });
-  command.add_flag("--csv", options.csv, "Print comma-separated values, a line for each camera");
   command.add_option("--expect", options.expectedCount, "Exit code 4 unless there are so many cameras or more")
       ->type_name("NUMBER")
       ->check(CheckCount);
@@ -87,8 +92,8 @@ void AddMac(CLI::App& command, std::string& mac) {
       ->transform(CLI::Validator(NormaliseMac, ""));
 }
 
-void DefineSearch(CLI::App& command, Options& options) {
-  AddSearching(command, options, "How long to search (5)");
+/// --known and --new.
+std::pair<CLI::Option*, CLI::Option*> AddKnown(CLI::App& command, Options& options) {
   const auto addKnown = [&](const char* name, bool listed, const char* purpose) {
     return command.add_flag_callback(
         name,
@@ -99,6 +104,13 @@ void DefineSearch(CLI::App& command, Options& options) {
   };
   CLI::Option* const known = addKnown("--known", true, "Only cameras that the server knew before");
   CLI::Option* const fresh = addKnown("--new", false, "Only cameras that it did not know")->excludes(known);
+  return {known, fresh};
+}
+
+void DefineSearch(CLI::App& command, Options& options) {
+  AddSearching(command, options, "How long to search (5)");
+  AddForm(command, options);
+  const auto [known, fresh] = AddKnown(command, options);
   CLI::Option* const against =
       command
           .add_option("--against", options.capture.against,
@@ -114,7 +126,18 @@ void RunAnySearch(const Options& options, TextOutput& output) {
   options.capture.against.empty() ? RunSearch(options, output) : RunSearchAgainst(options, output);
 }
 
+void DefinePage(CLI::App& command, Options& options) {
+  AddSearching(command, options, "How long to search; without it until Ctrl-C");
+  AddKnown(command, options);
+  command.add_option("--port", options.page.port, "Port of the page; without it one that is free")
+      ->type_name("PORT")
+      ->check(CLI::Range(1024, 65535));
+  command.add_flag("--open", options.page.openBrowser, "Open the page in the browser");
+  command.add_flag("--once", options.page.once, "End when the last page is closed");
+}
+
 void DefineList(CLI::App& command, Options& options) {
+  AddForm(command, options);
   AddChoice(command, options);
 }
 
@@ -134,10 +157,12 @@ void DefineSendMac(CLI::App& command, Options& options) {
   AddMac(command, options.mac);
   command.get_option("MAC")->required();
   AddSearching(command, options, "How long to wait for answers (2)");
+  AddForm(command, options);
 }
 
 void DefineBare(CLI::App& command, Options& options) {
   AddSearching(command, options, "How long to wait for answers (2)");
+  AddForm(command, options);
 }
 
 void DefineCheck(CLI::App& command, Options& options) {
@@ -193,6 +218,7 @@ void DefineScenario(CLI::App& command, Options& options) {
           [](const std::string& action) { return action == "check" || action == "run" ? "" : "must be check or run"; });
   command.add_option("FILE", options.scenarioFile, "File of the scenario")->required()->type_name("")->check(CheckText);
   AddSearching(command, options, "How long to search (5)");
+  AddForm(command, options);
 }
 
 struct Command {
@@ -209,6 +235,9 @@ constexpr Command kCommands[] = {
      "  tarnfind search --watch --new --exec ./on-new-camera\n"
      "  tarnfind search --for 10 --json > monday.jsonl\n"
      "  tarnfind search --for 10 --against monday.jsonl\n"},
+    {"page", "Show a search in the browser", DefinePage, RunPage,
+     "  tarnfind page --open --once\n"
+     "  tarnfind page --for 30 --pictures pictures --new\n"},
     {"list", "List the cameras that the server knows", DefineList, RunList,
      "  tarnfind list --filter vendor=north --sort ip\n"
      "  tarnfind list --csv > cameras.csv\n"

@@ -10,6 +10,7 @@
 #include "tools/network_change.h"
 
 #include "tools/capture_options.h"
+#include "tools/page/page_options.h"
 
 namespace tarnfind {
 
@@ -57,6 +58,7 @@ struct Options {
   int networkCommandType = 1;
 
   CaptureOptions capture;
+  PageOptions page;
 };
 
 }  // namespace tarnfind

@@ -9,6 +9,8 @@ namespace tarnfind {
 void RunSearch(const Options& options, TextOutput& output);
 /// Shows how the cameras that are found differ from those of options.capture.against.
 void RunSearchAgainst(const Options& options, TextOutput& output);
+/// Shows a search in the browser.
+void RunPage(const Options& options, TextOutput& output);
 void RunList(const Options& options, TextOutput& output);
 void RunInfo(const Options& options, TextOutput& output);
 void RunSendMac(const Options& options, TextOutput& output);

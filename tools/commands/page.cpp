@@ -1,0 +1,87 @@
+/// A search that a browser shows. The search is the ordinary one, with a view of its own.
+#include <fmt/format.h>
+
+#include <memory>
+#include <thread>
+
+#include "tools/commands/commands.h"
+#include "tools/commands/receive.h"
+#include "tools/failure.h"
+#include "tools/page/page_server.h"
+#include "tools/page/temporary_folder.h"
+#include "tools/text.h"
+
+namespace tarnfind {
+
+namespace {
+
+constexpr std::chrono::milliseconds kCheckInterval{50};
+
+/// The page shows the rest.
+class SummaryView final : public SearchView {
+ public:
+  explicit SummaryView(TextOutput& output) : output_(output) {}
+  void ShowCamera(const FoundCamera&, std::optional<std::uint32_t>) override {}
+  void ShowPicture(const PictureEvent&, const FoundCamera*) override {}
+  void ShowValues(const ValuesEvent&, const FoundCamera*) override {}
+  void Refresh(const SearchProgress&) override {}
+  void Finish(const SearchProgress& progress) override { output_.Write(Remarks(progress) + Summary(progress) + '\n'); }
+
+ private:
+  TextOutput& output_;
+};
+
+std::string Utf8Path(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
+/// Until Ctrl-C or, with --once, until the last page is closed.
+void ServeOn(const PageServer& server, bool once) {
+  while (!platform::Interrupted() && !(once && server.HaveAllPagesClosed()))
+    std::this_thread::sleep_for(kCheckInterval);
+}
+
+}  // namespace
+
+void RunPage(const Options& options, TextOutput& output) {
+  if (options.showPasswords) throw WrongUse("a page never shows passwords");
+  Options search = options;
+  search.watch = !options.seconds;
+  std::optional<TemporaryFolder> temporary;
+  if (search.pictures.empty()) search.pictures = Utf8Path(temporary.emplace().Path());
+  PagePictures pictures(std::filesystem::path(Utf16FromUtf8(search.pictures)));
+  PageServer server({options.page.port, options.page.once});
+  output.Write(options.json ? JsonLine({{"event", "page"}, {"address", server.Address()}}) : server.Address() + '\n');
+  if (options.page.openBrowser)
+    if (const std::string error = platform::OpenInBrowser(server.Address()); !error.empty())
+      platform::Write(platform::Stream::kError, fmt::format("tarnfind: cannot open a browser: {}\n", error));
+
+  const Json summary = {{"command", "search"}};
+  const auto end = [&](const std::exception& error, int code, const std::string& step) {
+    server.Lines().Add(ErrorLine(ErrorText(error), code, step), {});
+    server.Lines().Finish();
+    platform::Write(platform::Stream::kError, "The search has failed; the page says why and stays until Ctrl-C.\n");
+    ServeOn(server, options.page.once);
+  };
+  try {
+    RunSearchWith({{}, {}, summary}, 0, search, output, [&](const FoundCameras& cameras, TextOutput& collected) {
+      return MakeBothViews(
+          options.json ? MakeSearchView(search, cameras, summary, collected) : std::make_unique<SummaryView>(collected),
+          MakeLinesView(server.Lines(), &pictures, cameras, summary));
+    });
+  } catch (const CommandError& error) {
+    end(error, error.Code(), error.Step());
+    throw;
+  } catch (const std::exception& error) {
+    end(error, kFailed, {});
+    throw;
+  } catch (...) {  // the reader of the output has gone
+    server.Lines().Finish();
+    throw;
+  }
+  server.Lines().Finish();
+  ServeOn(server, options.page.once);
+}
+
+}  // namespace tarnfind

@@ -1,0 +1,353 @@
+#include "tools/page/page_server.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <boost/asio.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <chrono>
+#include <functional>
+#include <list>
+#include <optional>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "tools/failure.h"
+#include "tools/page/page_files.h"
+#include "tools/platform.h"
+
+namespace tarnfind {
+
+namespace {
+
+namespace net = boost::asio;
+namespace http = boost::beast::http;
+using boost::beast::error_code;
+using net::ip::tcp;
+
+constexpr std::size_t kMostConnections = 64;
+constexpr std::uint32_t kMostHeaderBytes = 16 << 10;
+/// How long a browser may take for a request, or for taking what it asked for.
+constexpr std::chrono::seconds kPatience{60};
+constexpr std::chrono::seconds kReloadTime{2};
+/// What readers have for the last lines when the server ends.
+constexpr std::chrono::milliseconds kEndTime{500};
+constexpr std::chrono::milliseconds kAcceptDelay{100};
+
+constexpr std::pair<const char*, const char*> kHeaders[] = {
+    {"Content-Security-Policy",
+     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; base-uri 'none'; "
+     "form-action 'none'; frame-ancestors 'none'"},
+    {"X-Content-Type-Options", "nosniff"},
+    {"Cache-Control", "no-store"},
+    {"Referrer-Policy", "no-referrer"},
+    {"Cross-Origin-Resource-Policy", "same-origin"},
+    {"Cross-Origin-Opener-Policy", "same-origin"},
+};
+
+/// 128 bits in hexadecimal digits.
+std::string MakeToken() {
+  std::random_device random;  // the system's source on both systems
+  std::string token;
+  for (int i = 0; i < 4; ++i) token += fmt::format("{:08x}", static_cast<std::uint32_t>(random()));
+  return token;
+}
+
+/// Takes as long wherever the texts differ, so that time does not tell how much of the token is right.
+bool IsSameText(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  unsigned different = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) different |= static_cast<unsigned>(a[i] ^ b[i]);
+  return different == 0;
+}
+
+}  // namespace
+
+/// Everything but HaveAllPagesClosed and the lines runs on its thread.
+class PageServer::Server {
+ public:
+  explicit Server(const Settings& settings);
+  ~Server();
+
+  const std::string& Address() const { return address_; }
+  PageLines& Lines() { return lines_; }
+  bool HaveAllPagesClosed() const { return allPagesClosed_; }
+
+ private:
+  class Session;
+  friend class Session;
+
+  void Listen(std::uint16_t port);
+  void Accept();
+  void End();
+  void WakeReaders();
+  void PageOpened();
+  void PageClosed();
+  void ConnectionClosed();
+
+  /// 200 for a request of this page, else why it is refused.
+  http::status Judge(const http::request<http::empty_body>& request) const;
+
+  const bool watchPages_;
+  const std::string token_ = MakeToken();
+  std::string address_;
+  std::array<std::string, 2> hosts_;
+  std::atomic<bool> allPagesClosed_ = false;
+
+  std::size_t connections_ = 0;
+  std::size_t openPages_ = 0;
+  bool ending_ = false;
+  net::io_context io_{1};  // behind what the connections use that it still owns when it goes
+  tcp::acceptor acceptor_{io_};
+  net::steady_timer acceptDelay_{io_};
+  net::steady_timer reload_{io_};
+  net::steady_timer end_{io_};
+  std::list<std::weak_ptr<Session>> sessions_;
+  PageLines lines_{[this] { net::post(io_, [this] { WakeReaders(); }); }};
+  std::thread thread_;
+};
+
+/// One connection, kept alive by the operations that are under way.
+class PageServer::Server::Session : public std::enable_shared_from_this<Session> {
+ public:
+  Session(tcp::socket socket, Server& server) : server_(server), stream_(std::move(socket)) { ++server_.connections_; }
+  ~Session() {
+    if (isPage_) server_.PageClosed();
+    server_.ConnectionClosed();
+  }
+
+  void ReadRequest() {
+    parser_.emplace();
+    parser_->header_limit(kMostHeaderBytes);
+    parser_->body_limit(0);
+    stream_.expires_after(kPatience);
+    http::async_read(stream_, buffer_, *parser_, [self = shared_from_this()](error_code failed, std::size_t) {
+      if (!failed) self->Answer();
+    });
+  }
+  /// There may be lines to send.
+  void Wake() {
+    if (isPage_ && !writing_) SendLines();
+  }
+  /// The server ends: nothing but lines is still sent.
+  void End() {
+    if (isPage_)
+      Wake();
+    else
+      Close();
+  }
+
+ private:
+  void Answer() {
+    const auto& request = parser_->get();
+    const http::status status = server_.Judge(request);
+    if (status != http::status::ok) return Send(status, {}, {});
+    const std::string_view target = request.target().substr(server_.token_.size() + 2);
+    if (target == "events") return BeginLines();
+    for (const PageFile* const file : {&kPageHtml, &kPageStyle, &kPageScript})
+      if (target == file->name) return Send(http::status::ok, file->type, std::string(file->text));
+    Send(http::status::not_found, {}, {});
+  }
+
+  template <class Response>
+  void SetHeaders(Response& response) const {
+    for (const auto& [name, value] : kHeaders) response.set(name, value);
+  }
+
+  void Send(http::status status, std::string_view type, std::string body) {
+    const auto& request = parser_->get();
+    const auto response = std::make_shared<http::response<http::string_body>>(status, request.version());
+    SetHeaders(*response);
+    if (!type.empty()) response->set(http::field::content_type, type);
+    response->body() = std::move(body);
+    response->keep_alive(request.keep_alive() && !server_.ending_);
+    response->prepare_payload();
+    if (request.method() == http::verb::head) response->body().clear();
+    stream_.expires_after(kPatience);
+    http::async_write(stream_, *response, [self = shared_from_this(), response](error_code failed, std::size_t) {
+      if (failed || !response->keep_alive()) return self->Close();
+      self->ReadRequest();
+    });
+  }
+
+  void BeginLines() {
+    const auto& request = parser_->get();
+    header_.emplace(http::status::ok, request.version());
+    SetHeaders(*header_);
+    header_->set(http::field::content_type, "application/x-ndjson");
+    header_->chunked(true);
+    header_->keep_alive(false);
+    serializer_.emplace(*header_);
+    isPage_ = request.method() == http::verb::get;
+    if (isPage_) server_.PageOpened();
+    writing_ = true;
+    stream_.expires_after(kPatience);
+    http::async_write_header(stream_, *serializer_, [self = shared_from_this()](error_code failed, std::size_t) {
+      if (failed || !self->isPage_) return self->Close();
+      self->SendLines();
+      self->WatchEnd();
+    });
+  }
+
+  void SendLines() {
+    chunk_ = server_.lines_.Take(reader_);
+    writing_ = !chunk_.empty();
+    if (writing_) {
+      stream_.expires_after(kPatience);
+      net::async_write(stream_, http::make_chunk(net::buffer(chunk_)), OnLinesSent());
+    } else if (server_.lines_.IsAtEnd(reader_) && (!server_.watchPages_ || server_.ending_)) {
+      writing_ = true;
+      net::async_write(stream_, http::make_chunk_last(),
+                       [self = shared_from_this()](error_code, std::size_t) { self->Close(); });
+    } else {
+      stream_.expires_never();
+    }
+  }
+  std::function<void(error_code, std::size_t)> OnLinesSent() {
+    return [self = shared_from_this()](error_code failed, std::size_t) {
+      if (failed) return self->Close();
+      self->SendLines();
+    };
+  }
+  /// A page sends nothing more, so that what comes is the end of its connection.
+  void WatchEnd() {
+    stream_.socket().async_read_some(net::buffer(&received_, 1),
+                                     [self = shared_from_this()](error_code, std::size_t) { self->Close(); });
+  }
+
+  void Close() {
+    error_code ignored;
+    stream_.socket().shutdown(tcp::socket::shutdown_both, ignored);
+    stream_.close();
+  }
+
+  Server& server_;
+  boost::beast::tcp_stream stream_;
+  boost::beast::flat_buffer buffer_{kMostHeaderBytes};
+  std::optional<http::request_parser<http::empty_body>> parser_;
+
+  bool isPage_ = false;  ///< reads the lines
+  bool writing_ = false;
+  PageLines::Reader reader_;
+  std::string chunk_;
+  char received_ = 0;
+  std::optional<http::response<http::empty_body>> header_;
+  std::optional<http::response_serializer<http::empty_body>> serializer_;
+};
+
+PageServer::Server::Server(const Settings& settings) : watchPages_(settings.watchPages) {
+  Listen(settings.port);
+  const std::uint16_t port = acceptor_.local_endpoint().port();
+  hosts_ = {fmt::format("127.0.0.1:{}", port), fmt::format("localhost:{}", port)};
+  address_ = fmt::format("http://{}/{}/", hosts_[0], token_);
+  Accept();
+  thread_ = std::thread([this] { io_.run(); });
+}
+
+PageServer::Server::~Server() {
+  net::post(io_, [this] { End(); });
+  thread_.join();
+}
+
+void PageServer::Server::Listen(std::uint16_t port) {
+  error_code failed;
+  acceptor_.open(tcp::v4(), failed);
+  if (!failed) {
+    platform::PrepareListener(static_cast<std::uintptr_t>(acceptor_.native_handle()));
+    acceptor_.bind({net::ip::address_v4::loopback(), port}, failed);
+  }
+  if (!failed) acceptor_.listen(tcp::acceptor::max_listen_connections, failed);
+  if (failed) throw WrongUse(fmt::format("cannot serve at port {} of this computer: {}", port, failed.message()));
+}
+
+void PageServer::Server::Accept() {
+  acceptor_.async_accept([this](error_code failed, tcp::socket socket) {
+    if (ending_) return;
+    if (failed) {  // no handle is free, for example
+      acceptDelay_.expires_after(kAcceptDelay);
+      return acceptDelay_.async_wait([this](error_code cancelled) {
+        if (!cancelled && !ending_) Accept();
+      });
+    }
+    std::erase_if(sessions_, [](const auto& session) { return session.expired(); });
+    if (connections_ < kMostConnections) {
+      const auto session = std::make_shared<Session>(std::move(socket), *this);
+      sessions_.push_back(session);
+      session->ReadRequest();
+    }
+    Accept();
+  });
+}
+
+void PageServer::Server::End() {
+  ending_ = true;
+  acceptor_.close();
+  acceptDelay_.cancel();
+  reload_.cancel();
+  if (connections_ == 0) return io_.stop();
+  for (const auto& weak : sessions_)
+    if (const auto session = weak.lock()) session->End();
+  end_.expires_after(kEndTime);
+  end_.async_wait([this](error_code) { io_.stop(); });
+}
+
+void PageServer::Server::ConnectionClosed() {
+  if (--connections_ == 0 && ending_) io_.stop();
+}
+
+void PageServer::Server::WakeReaders() {
+  for (const auto& weak : sessions_)
+    if (const auto session = weak.lock()) session->Wake();
+}
+
+void PageServer::Server::PageOpened() {
+  ++openPages_;
+  allPagesClosed_ = false;
+  reload_.cancel();
+}
+
+void PageServer::Server::PageClosed() {
+  if (--openPages_ > 0 || ending_) return;
+  reload_.expires_after(kReloadTime);
+  reload_.async_wait([this](error_code cancelled) {
+    if (!cancelled) allPagesClosed_ = true;
+  });
+}
+
+http::status PageServer::Server::Judge(const http::request<http::empty_body>& request) const {
+  const auto isOwn = [&](std::string_view host) { return host == hosts_[0] || host == hosts_[1]; };
+  const std::string_view host = request[http::field::host];
+  if (!isOwn(host)) return http::status::forbidden;
+  const auto origin = request.find(http::field::origin);
+  constexpr std::string_view kScheme = "http://";
+  if (origin != request.end() && origin->value() != std::string(kScheme) + std::string(host))
+    return http::status::forbidden;
+  const auto site = request.find("Sec-Fetch-Site");
+  if (site != request.end() && site->value() != "same-origin" && site->value() != "none")
+    return http::status::forbidden;
+  const std::string_view target = request.target();
+  const std::size_t slash = target.find('/', 1);
+  if (!target.starts_with('/') || slash == std::string_view::npos || !IsSameText(target.substr(1, slash - 1), token_))
+    return http::status::not_found;
+  if (request.method() != http::verb::get && request.method() != http::verb::head)
+    return http::status::method_not_allowed;
+  return http::status::ok;
+}
+
+PageServer::PageServer(const Settings& settings) : server_(std::make_unique<Server>(settings)) {}
+PageServer::~PageServer() = default;
+const std::string& PageServer::Address() const {
+  return server_->Address();
+}
+PageLines& PageServer::Lines() {
+  return server_->Lines();
+}
+bool PageServer::HaveAllPagesClosed() const {
+  return server_->HaveAllPagesClosed();
+}
+
+}  // namespace tarnfind

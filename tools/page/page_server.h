@@ -1,0 +1,44 @@
+/// Serves the page of one search to browsers on this computer, and to nobody else.
+///
+/// It listens at 127.0.0.1 only. A request is answered where it carries the token as the first part of its path, names
+/// this server in Host (a foreign name that resolves to this computer does not), and does not come from another page:
+/// Origin and Sec-Fetch-Site are this server's own or missing. Everything else gets 403, 404 or 405 and an empty body.
+///
+///   GET /TOKEN/                the page
+///   GET /TOKEN/page.css, page.js
+///   GET /TOKEN/events          the lines, chunked, until the last one
+///
+/// One thread of its own serves all.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "tools/page/page_lines.h"
+
+namespace tarnfind {
+
+class PageServer {
+ public:
+  struct Settings {
+    std::uint16_t port = 0;   ///< 0: one that is free
+    bool watchPages = false;  ///< the response with the lines stays open behind the last one, for HaveAllPagesClosed
+  };
+  /// Listens when it returns. Throws WrongUse where the port cannot be had.
+  explicit PageServer(const Settings& settings);
+  /// Gives readers a moment to take the last lines, then ends all connections. Requires that Lines().Finish was called.
+  ~PageServer();
+
+  /// "http://127.0.0.1:PORT/TOKEN/"
+  const std::string& Address() const;
+  PageLines& Lines();
+  /// Whether pages have been open and none has been for two seconds, in which a reload brings one back. Any thread.
+  bool HaveAllPagesClosed() const;
+
+ private:
+  class Server;
+  std::unique_ptr<Server> server_;
+};
+
+}  // namespace tarnfind
