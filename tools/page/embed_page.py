@@ -1,31 +1,41 @@
 #!/usr/bin/env python3
-"""Puts the page's files into a C++ source: embed_page.py FOLDER OUTPUT"""
+"""Puts the page's files into a C++ source: embed_page.py FOLDER OUTPUT SCRIPT …"""
 import base64
 import hashlib
 import os
 import re
 import sys
 
-folder, output = sys.argv[1:]
-FILES = [("kPageHtml", "page.html", "", "text/html; charset=utf-8"), ("kPageStyle", "page.css", "page.css", "text/css; charset=utf-8"),
-         ("kPageScript", "page.js", "page.js", "text/javascript; charset=utf-8")]
+folder, output, *scripts = sys.argv[1:]
+# In a report style and scripts stand inside the page, where these would end them.
+ENDINGS = {".css": "</style", ".js": "</script|<script|<!--", ".html": "$^"}
+# In a report these lines of the page become what they name.
+LINES = ['<link rel="stylesheet" href="page.css">', "<!-- lines -->"] + [f'<script src="{name}" defer></script>' for name in scripts]
 
-source = '#include "tools/page/page_files.h"\n\nnamespace tarnfind {\n\n'
-for variable, file_name, name, media_type in FILES:
-    with open(os.path.join(folder, file_name), encoding="utf-8", newline="") as file:
+
+def read(name):
+    with open(os.path.join(folder, name), encoding="utf-8", newline="") as file:
         text = file.read()
-    # In a report style and script stand inside the page, where these would end them.
-    ending = {"page.css": r"</style", "page.js": r"</script|<!--|<script"}.get(file_name)
-    if "\r" in text or (ending and re.search(ending, text, re.IGNORECASE)):
-        sys.exit(f"{file_name}: a CR, or one of {ending}, may not stand in it")
-    if file_name == "page.html":
-        at = [text.find(f"\n{line}\n") for line in
-              ('<link rel="stylesheet" href="page.css">', "<!-- lines -->", '<script src="page.js" defer></script>')]
-        if -1 in at or at != sorted(at):
-            sys.exit("page.html: the lines of style, lines and script must stand in this order, each alone")
+    if "\r" in text or re.search(ENDINGS[os.path.splitext(name)[1]], text, re.IGNORECASE):
+        sys.exit(f"{name}: neither CR nor {ENDINGS[os.path.splitext(name)[1]]} may stand in it")
+    return text
+
+
+def row(name, asked, media_type):
+    text = read(name)
     digest = base64.b64encode(hashlib.sha256(text.encode()).digest()).decode()
     # In pieces, because a compiler need not take a long literal.
-    pieces = "\n    ".join(f'R"page({text[at:at + 8000]})page"' for at in range(0, len(text), 8000)) or '""'
-    source += f'const PageFile {variable} = {{"{name}", "{media_type}",\n    {pieces},\n    "{digest}"}};\n'
+    pieces = "\n    ".join(f'R"page({text[at:at + 8000]})page"' for at in range(0, len(text), 8000))
+    return f'{{"{asked}", "{media_type}; charset=utf-8",\n    {pieces},\n    "{digest}"}}'
+
+
+page = read("page.html")
+places = [page.find(f"\n{line}\n") for line in LINES]
+if -1 in places or places != sorted(places) or page.count("<script") != len(scripts):
+    sys.exit(f"page.html: each of these must stand alone on a line, in this order: {LINES}")
 with open(output, "w", encoding="utf-8", newline="\n") as file:
-    file.write(source + "\n}  // namespace tarnfind\n")
+    file.write('#include "tools/page/page_files.h"\n\nnamespace tarnfind {\n\n'
+               f'const PageFile kPageHtml = {row("page.html", "", "text/html")};\n'
+               f'const PageFile kPageStyle = {row("page.css", "page.css", "text/css")};\n'
+               "static const PageFile kScripts[] = {\n" + "".join(row(name, name, "text/javascript") + ",\n" for name in scripts) +
+               "};\nconst std::span<const PageFile> kPageScripts = kScripts;\n\n}  // namespace tarnfind\n")

@@ -1,6 +1,7 @@
 /// The files of the page, which travel inside the program.
 #pragma once
 
+#include <span>
 #include <string_view>
 
 namespace tarnfind {
@@ -13,6 +14,7 @@ struct PageFile {
 };
 extern const PageFile kPageHtml;
 extern const PageFile kPageStyle;
-extern const PageFile kPageScript;
+/// In the order in which the page takes them.
+extern const std::span<const PageFile> kPageScripts;
 
 }  // namespace tarnfind

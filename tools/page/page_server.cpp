@@ -65,6 +65,14 @@ bool IsSameText(std::string_view a, std::string_view b) {
   return different == 0;
 }
 
+/// Null where there is none of that name.
+const PageFile* FindPageFile(std::string_view name) {
+  for (const PageFile* const file : {&kPageHtml, &kPageStyle})
+    if (name == file->name) return file;
+  const auto script = std::ranges::find(kPageScripts, name, &PageFile::name);
+  return script == kPageScripts.end() ? nullptr : &*script;
+}
+
 }  // namespace
 
 /// Everything but HaveAllPagesClosed and the lines runs on its thread.
@@ -148,8 +156,8 @@ class PageServer::Server::Session : public std::enable_shared_from_this<Session>
     if (status != http::status::ok) return Send(status, {}, {});
     const std::string_view target = request.target().substr(server_.token_.size() + 2);
     if (target == "events") return BeginLines();
-    for (const PageFile* const file : {&kPageHtml, &kPageStyle, &kPageScript})
-      if (target == file->name) return Send(http::status::ok, file->type, std::string(file->text));
+    if (const PageFile* const file = FindPageFile(target))
+      return Send(http::status::ok, file->type, std::string(file->text));
     Send(http::status::not_found, {}, {});
   }
 

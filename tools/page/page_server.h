@@ -5,7 +5,7 @@
 /// Origin and Sec-Fetch-Site are this server's own or missing. Everything else gets 403, 404 or 405 and an empty body.
 ///
 ///   GET /TOKEN/                the page
-///   GET /TOKEN/page.css, page.js
+///   GET /TOKEN/NAME            its style, or one of its scripts
 ///   GET /TOKEN/events          the lines, chunked, until the last one
 ///
 /// One thread of its own serves all.
