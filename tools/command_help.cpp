@@ -35,14 +35,6 @@ std::vector<std::string> LongNames(const CLI::App& app) {
   return names;
 }
 
-/// The words of an argument of which there are only a few: "check run" of "check|run".
-std::string ChoicesOf(const CLI::Option& option) {
-  std::string words = option.get_type_name();
-  if (words.find('|') == std::string::npos) return {};
-  std::replace(words.begin(), words.end(), '|', ' ');
-  return words;
-}
-
 std::vector<std::string> CommandNames(const CLI::App& app) {
   std::vector<std::string> names;
   for (const CLI::App* const command : CommandsOf(app)) names.push_back(command->get_name());
@@ -52,6 +44,25 @@ std::vector<std::string> CommandNames(const CLI::App& app) {
 bool TakesValue(const CLI::Option& option) {
   return option.get_items_expected_max() > 0;
 }
+
+/// What the value of an option, or an argument, is called: "COLUMN", "check|run", "CAPTURE".
+std::string KindOf(const CLI::Option& option) {
+  return option.get_type_name().empty() ? option.get_name() : option.get_type_name();
+}
+
+/// The words of an option or argument that takes one of a few: "check run" of "check|run".
+std::string ChoicesOf(const CLI::Option& option, const CLI::App& app) {
+  std::string words = KindOf(option);
+  if (words == "COLUMN") words = ColumnNames();
+  if (words == "COMMAND") return fmt::format("{}", fmt::join(CommandNames(app), " "));
+  if (words.find_first_of("|,") == std::string::npos) return {};
+  std::erase(words, ',');
+  std::replace(words.begin(), words.end(), '|', ' ');
+  return words;
+}
+
+/// Values that are names of files or folders.
+constexpr std::string_view kFiles[] = {"FILE", "FOLDER", "PATH", "PROGRAM", "CAPTURE", "REDACTED", "BEFORE", "AFTER"};
 
 /// Each of the characters gets `escape` before it.
 std::string Escaped(const std::string& text, std::string_view characters, std::string_view escape) {
@@ -70,16 +81,29 @@ std::string ShellText(const std::string& text) {
   return result;
 }
 
-std::string ZshOption(const CLI::Option& option) {
-  const std::string text = Escaped(ShellText(option.get_description()), "[]:", "\\");
-  const std::string type = option.get_type_name();
-  std::string value;
-  if (TakesValue(option)) {
-    std::string columns = ColumnNames();
-    std::erase(columns, ',');
-    value = ':' + type + (type == "COLUMN" ? fmt::format(":({})", columns) : std::string(":_files"));
+/// ":COLUMN:(mac ip)", ":FILE:_files", or ":SECONDS: " where nothing can be offered.
+std::string ZshValue(const CLI::Option& option, const CLI::App& app) {
+  const std::string kind = KindOf(option);
+  const std::string choices = ChoicesOf(option, app);
+  const bool isFile = std::ranges::find(kFiles, kind) != std::end(kFiles);
+  return fmt::format(":{}:{}", kind, !choices.empty() ? '(' + choices + ')' : isFile ? "_files" : " ");
+}
+
+/// Options and arguments of a command, each a line.
+std::string ZshOptions(const CLI::App& command, const CLI::App& app) {
+  std::string lines;
+  int position = 0;
+  for (const CLI::Option* const option : OptionsOf(command)) {
+    if (const std::string name = LongName(*option); name.empty()) {
+      lines += fmt::format("      '{}{}' \\\n", ++position, ZshValue(*option, app));
+    } else {
+      const bool again = option->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
+      lines += fmt::format("      '{}{}[{}]{}' \\\n", again ? "*" : "", name,
+                           Escaped(ShellText(option->get_description()), "[]:", "\\"),
+                           TakesValue(*option) ? ZshValue(*option, app) : "");
+    }
   }
-  return fmt::format("      '{}[{}]{}' \\\n", LongName(option), text, value);
+  return lines;
 }
 
 /// A line may not begin with a control character of the form, and "-" would become a hyphen.
@@ -118,8 +142,7 @@ std::string BashCompletion(const CLI::App& app) {
   for (const CLI::App* const command : CommandsOf(app)) {
     std::string words = fmt::format("{}", fmt::join(LongNames(*command), " "));
     for (const CLI::Option* const option : OptionsOf(*command))
-      if (LongName(*option).empty()) words += ' ' + ChoicesOf(*option);
-    if (command->get_name() == "help") words += fmt::format(" {}", fmt::join(CommandNames(app), " "));
+      if (LongName(*option).empty()) words += ' ' + ChoicesOf(*option, app);
     cases += fmt::format("    {}) words='{}' ;;\n", command->get_name(), words);
   }
   std::string columns = ColumnNames();
@@ -150,10 +173,8 @@ std::string ZshCompletion(const CLI::App& app) {
   for (const CLI::App* const command : CommandsOf(app)) {
     commands +=
         fmt::format("    '{}:{}'\n", command->get_name(), Escaped(ShellText(command->get_description()), ":", "\\"));
-    cases += fmt::format("    {}) _arguments \\\n", command->get_name());
-    for (const CLI::Option* const option : OptionsOf(*command))
-      if (!LongName(*option).empty()) cases += ZshOption(*option);
-    cases += "      '*:argument:_files' ;;\n";
+    cases +=
+        fmt::format("    {}) _arguments \\\n{}      && return ;;\n", command->get_name(), ZshOptions(*command, app));
   }
   return fmt::format(R"(#compdef tarnfind
 # Completion of tarnfind for zsh. Use: tarnfind completion zsh > FOLDER/_tarnfind, with a FOLDER of $fpath
@@ -161,7 +182,8 @@ _tarnfind() {{
   local -a commands=(
 {}  )
   local state
-  _arguments -C '1:command:->command' '*::argument:->argument'
+  _arguments -C \
+{}      '1:command:->command' '*::argument:->argument'
   case $state in
   command) _describe command commands ;;
   argument) case $words[1] in
@@ -170,7 +192,7 @@ _tarnfind() {{
 }}
 _tarnfind "$@"
 )",
-                     commands, cases);
+                     commands, ZshOptions(app, app), cases);
 }
 
 std::string ManualPage(const CLI::App& app) {
