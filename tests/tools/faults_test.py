@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Lets each function of the platform library fail at each of its calls, for every command: faults_test.py TARNFIND"""
-import concurrent.futures, itertools, json, os, subprocess, sys, tempfile
+import concurrent.futures, itertools, json, os, signal, subprocess, sys, tempfile
 
 program = sys.argv[1].split()
 folder = tempfile.mkdtemp()
@@ -77,9 +77,25 @@ def check(case):
     return f"{function} {call} {record} {command}: {', '.join(fault)}: {result.returncode} {output} {error}" if fault else ""
 
 
+def interrupted(number):
+    """A search that is ended by a signal tells all that it has."""
+    path = os.path.join(folder, "signals.json")
+    with open(path, "w", encoding="utf-8") as file:
+        json.dump(WORLD, file)
+    with subprocess.Popen(program + ["search", "--watch", "--json"], stdout=subprocess.PIPE,
+                          env=dict(os.environ, TARN_SIMULATOR_SCENARIO=path)) as process:
+        first = json.loads(process.stdout.readline())
+        process.send_signal(number)
+        last = json.loads(process.communicate(timeout=60)[0].splitlines()[-1])
+    told = first["change"], last["event"], last["cameras"], last["interrupted"], process.returncode
+    return f"{number.name}: {told}" if told != ("known", "summary", 1, True, 0) else ""
+
+
 cases = [(function, call, record, command) for function, calls in CALLS.items()
          for call, record, command in itertools.product(range(1, calls + 1), [True, False], COMMANDS)]
 with concurrent.futures.ThreadPoolExecutor(4) as threads:
     failures = [failure for failure in threads.map(check, cases) if failure]
+if os.name == "posix" and len(program) == 1:  # without an emulator
+    failures += filter(None, map(interrupted, [signal.SIGINT, signal.SIGTERM, signal.SIGHUP]))
 print("\n".join(failures))
 sys.exit(len(failures) > 0)

@@ -93,7 +93,8 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
       {"send-mac 00:40:8C:00:00:01 --for 0.3", 0, "\nSent 00:40:8C:00:00:01; the library does not tell", ""},
       {"bare --json --for 0.3", 0, R"({"event":"summary","command":"bare","cameras":2,)", ""},
       {change + "--static", 0, "00:40:8C:00:00:01 applied\n", "00:40:8C:00:00:01 M�[2J\n  DHCP      yes -> no\n"},
-      {change + "--password x", 0, "00:40:8C:00:00:01 cannot be known: a password cannot be read back\n", "00:40"},
+      {change + "--password x", 0, "00:40:8C:00:00:01 cannot be known: a password cannot be read back\n",
+       "00:40:8C:00:00:01 M�[2J\n  password  another one\n"},
       {change + "--dhcp", 0, "cannot be known: the list has told these settings before they were sent\n",
        "00:40:8C:00:00:01 M�[2J\n  nothing differs from the list"},
       {"info 10.0.0.3 --for 0.1", 1, "", "tarnfind: nothing arrived about a camera at 10.0.0.3 within 0.1 s"},
@@ -165,6 +166,12 @@ TEST_F(Program, SearchesWithALineForEachEventAndDebuggerLinesOnRequest) {
         " Type First    Last     Events\n. 00:40:8C:00:00:01 10.0.0.1        yes ",
         "\n2 cameras: 2 known, 0 new; 1 changed, 1 gone; 2 pictures, 1 value list in "})
     EXPECT_NE(result.output.find(lines), std::string::npos) << lines << result.output;
+}
+
+TEST_F(Program, ReadsStandardInputAsBytes) {
+  constexpr char kList[] = "VLIS\x0B\1\0\0\0\0\1\0\0\0\x0B\2\0\0\0A\0\x06\x1A\r\n";  // one entry: 0x000A0D1A
+  const Result result = Run("decode --json", {kList, sizeof kList});
+  EXPECT_NE(result.output.find("658714"), std::string::npos) << result.output << result.error;
 }
 
 TEST_F(Program, ChangesWhatIsGivenAndKeepsTheRest) {

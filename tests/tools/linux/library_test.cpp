@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <tuple>
 
 #include "tools/failure.h"
 #include "tools/platform.h"
@@ -36,6 +38,14 @@ TEST(Library, NamesTheFileThatIsAtFault) {
   EXPECT_TRUE(complaint().starts_with("platform library: the video server's platform library " +
                                       platformLibrary.string() + ", which the finder library "));
   std::filesystem::remove_all(folder);
+}
+
+TEST(SystemText, KeepsTheLetterThatWaitsForACombiningOne) {
+  for (const auto& [codePage, text, utf8] : {std::tuple{"1255", "\xE9\xE0", "יא"}, {"", "\xFC", "ü"}}) {
+    setenv("TARN_ANSI_CODE_PAGE", codePage, 1);
+    EXPECT_EQ(platform::Utf8FromSystemText(text), utf8);
+  }
+  unsetenv("TARN_ANSI_CODE_PAGE");
 }
 
 }  // namespace
