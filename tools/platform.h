@@ -43,8 +43,8 @@ bool IsInputTerminal();
 /// the input and on Ctrl-C. Requires IsInputTerminal and CatchInterrupts.
 std::optional<std::string> ReadLine(bool echo);
 
-/// From here on the first Ctrl-C, or the first request to end, only makes Interrupted() true. A second one ends the
-/// process at once.
+/// From here on the first Ctrl-C, the first request to end, or the closing of the terminal only makes Interrupted()
+/// true. A second one ends the process at once. Windows grants a few seconds after the closing.
 void CatchInterrupts();
 bool Interrupted();
 

@@ -117,6 +117,10 @@ void CatchInterrupts() {
   action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
+  struct sigaction before {};
+  sigaction(SIGHUP, nullptr, &before);
+  const bool outlivesTerminal = before.sa_handler == SIG_IGN;  // as under nohup
+  if (!outlivesTerminal) sigaction(SIGHUP, &action, nullptr);
 }
 
 bool Interrupted() {

@@ -94,8 +94,12 @@ bool WriteToConsole(HANDLE console, std::string_view text) {
 }
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
-  const bool asked = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
-  return asked && !interrupted.exchange(true);
+  const bool closed = event == CTRL_CLOSE_EVENT;
+  const bool asked = closed || event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
+  if (!asked || interrupted.exchange(true)) return FALSE;
+  // The system ends the process when this returns, so the process ends itself before.
+  if (closed) Sleep(INFINITE);
+  return TRUE;
 }
 
 /// Past the C runtime: the debugger's handler also runs while the process ends.
@@ -227,28 +231,38 @@ std::string ErrorText(DWORD code) {
   return error;
 }
 
-/// Whether a library would be found where one in `folder` looks for it.
-bool IsThere(const std::filesystem::path& folder, const std::filesystem::path& name) {
+/// With a folder in its path, a library's own libraries are looked for beside it.
+HMODULE Load(const std::filesystem::path& file) {
+  return LoadLibraryExW(file.c_str(), nullptr, file.has_parent_path() ? LOAD_WITH_ALTERED_SEARCH_PATH : 0);
+}
+
+/// The platform library as the library `file` finds it; empty where it is not there.
+std::filesystem::path PlatformLibraryFor(const std::filesystem::path& file) {
+  const std::filesystem::path name(PlatformLibraryFileName());
   std::error_code unknown;
-  return std::filesystem::exists(folder / name, unknown) ||
-         SearchPathW(nullptr, name.c_str(), nullptr, 0, nullptr, nullptr) > 0;
+  if (std::filesystem::exists(file.parent_path() / name, unknown)) return file.parent_path() / name;
+  return SearchPathW(nullptr, name.c_str(), nullptr, 0, nullptr, nullptr) > 0 ? name : std::filesystem::path();
 }
 
 }  // namespace
 
-// With a folder in its path, a library's own libraries are looked for beside it.
 void* OpenModule(const std::filesystem::path& file, ModuleFailure& failure) {
-  const HMODULE module =
-      LoadLibraryExW(file.c_str(), nullptr, file.has_parent_path() ? LOAD_WITH_ALTERED_SEARCH_PATH : 0);
-  if (module) return module;
+  if (const HMODULE module = Load(file)) return module;
   const DWORD code = GetLastError();
   failure.reason = ErrorText(code);
-  // The code is the same where the file itself is missing; the system does not name the one that is.
   std::error_code unknown;
-  const std::filesystem::path platformLibrary(PlatformLibraryFileName());
-  if (code == ERROR_MOD_NOT_FOUND && std::filesystem::exists(file, unknown) &&
-      !IsThere(file.parent_path(), platformLibrary))
-    failure.other = PlatformLibraryFileName(), failure.otherMissing = true;
+  if (!std::filesystem::exists(file, unknown)) return nullptr;
+  // The system does not name the library that is at fault. Loaded alone, the platform library shows whether it is.
+  const std::filesystem::path platformLibrary = PlatformLibraryFor(file);
+  if (platformLibrary.empty()) {
+    failure.otherMissing = code == ERROR_MOD_NOT_FOUND;
+    if (failure.otherMissing) failure.other = PlatformLibraryFileName();
+  } else if (const HMODULE whole = Load(platformLibrary)) {
+    FreeLibrary(whole);
+  } else {
+    failure.reason = ErrorText(GetLastError());
+    failure.other = Utf8(platformLibrary.c_str(), lstrlenW(platformLibrary.c_str()));
+  }
   return nullptr;
 }
 
