@@ -132,13 +132,13 @@ constexpr char kMac[] = "00:40:8C:00:00:2C";  // block-4-camera.bin
 TEST(Show, TellsALineForEachCallAndBlock) {
   EXPECT_EQ(
       Told(RunShow, Over(Recorded()
-                            .Search()
-                            .Call(Function::kSendSynchDSPCommand, 1, 0, Sample("request-info-by-ip.bin"))
-                            .Block(8, Sample("block-8-gone.bin"))
-                            .Ended(capture::FrameEvent::kDelivered)
-                            .Block(3, {})
-                            .Ended(capture::FrameEvent::kDelivered, 0)
-                            .Fail(Function::kSetGenericDataCallback))),
+                             .Search()
+                             .Call(Function::kSendSynchDSPCommand, 1, 0, Sample("request-info-by-ip.bin"))
+                             .Block(8, Sample("block-8-gone.bin"))
+                             .Ended(capture::FrameEvent::kDelivered)
+                             .Block(3, {})
+                             .Ended(capture::FrameEvent::kDelivered, 0)
+                             .Fail(Function::kSetGenericDataCallback))),
       "   0.000000     1      7 -> CreateLiveStream                         1.000 ms  \n"
       "   0.100000     2      7 -> Open                                     1.000 ms  \n"
       "   0.200000     3      7 -> Start                                    1.000 ms  \n"
@@ -179,15 +179,15 @@ TEST(Show, FiltersByAddressFunctionAndType) {
 }
 
 TEST(Stats, CountsSizesAndTimesByCommandAndType) {
-  const std::string text =
-      Told(RunStats, Over(Recorded()
-                             .Search()
-                             .Call(Function::kSendSynchDSPCommand, 1, 0, Sample("request-bare.bin"), {1, 2}, 20'000'000)
-                             .Call(Function::kSendSynchDSPCommand, 0, 0, Sample("request-bare.bin"), {}, 2'000'000'000)
-                             .Block(8, Sample("block-8-gone.bin"))
-                             .Ended(capture::FrameEvent::kDelivered)
-                             .Block(8, {1})
-                             .Ended(capture::FrameEvent::kDelivered)));
+  const std::string text = Told(
+      RunStats, Over(Recorded()
+                         .Search()
+                         .Call(Function::kSendSynchDSPCommand, 1, 0, Sample("request-bare.bin"), {1, 2}, 20'000'000)
+                         .Call(Function::kSendSynchDSPCommand, 0, 0, Sample("request-bare.bin"), {}, 2'000'000'000)
+                         .Block(8, Sample("block-8-gone.bin"))
+                         .Ended(capture::FrameEvent::kDelivered)
+                         .Block(8, {1})
+                         .Ended(capture::FrameEvent::kDelivered)));
   EXPECT_NE(
       text.find("block type 8                       2       1         71        70       5.000       5.000  ···█····"),
       std::string::npos)
@@ -214,11 +214,11 @@ TEST(Redact, LeavesTheConversationAndTakesTheCredentials) {
   EXPECT_EQ(std::string(body.begin(), body.end()).find("operator"), std::string::npos);
   options.file = options.target;
   EXPECT_EQ(Told(RunRedact,
-                [&] {
-                  auto again = options;
-                  again.target += "2";
-                  return again;
-                }()),
+                 [&] {
+                   auto again = options;
+                   again.target += "2";
+                   return again;
+                 }()),
             "2 frames with credentials out of 6 frames\n");
   EXPECT_THROW(Told(RunRedact, options), WrongUse) << "the file itself";
 }
@@ -277,11 +277,22 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{"OpenFailsWithoutARecord",
                  [](auto& c) { c.Call(Function::kCreateLiveStream).Call(Function::kOpen, 0).Call(Function::kStart); },
                  "No callback was registered",
-                 "TarnLiveStream_Open failed 1 time without an error record, which the finder takes for success."},
+                 "! open      TarnLiveStream_Open failed 1 time without an error record, which the finder takes for"},
         FaultRow{"SlowOpen", [](auto& c) { c.Call(Function::kOpen, 1, 0, {}, {}, 2'500'000'000).Search(); },
                  "No block arrived", "The longest call took 2.5 s."},
         FaultRow{"RegistrationFails", [](auto& c) { c.Open().Fail(Function::kSetGenericDataCallback); },
                  "The callback was refused", "TarnLiveStream_SetGenericDataCallback failed: error 7"},
+        FaultRow{"RegistrationFailsWithoutARecord",
+                 [](auto& c) {
+                   c.Open()
+                       .Call(Function::kSetGenericDataCallback, 0, kRegisterDataCallback)
+                       .Call(Function::kSendSynchDSPCommand, 1, 0, Sample("request-list.bin"),
+                             Sample("reply-list-300.bin"))
+                       .Call(Function::kSetGenericDataCallback, 1, kUnregisterDataCallback);
+                 },
+                 "The callback was refused without an error record",
+                 "! callback  No callback was registered, so the server's blocks reach nobody. "
+                 "TarnLiveStream_SetGenericDataCallback failed 1 time without an error record"},
         FaultRow{"NoCallback", [](auto& c) { c.Open(); }, "No callback was registered",
                  "so the server's blocks reach nobody"},
         FaultRow{"CommandFails",

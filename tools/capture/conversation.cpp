@@ -153,7 +153,7 @@ RecordedEvent Conversation::ReadCall(const Frame& frame) {
     if (!event.failed) registered = std::max(0, registered + (registers ? 1 : -1));
   } else if (frame.IsCall(Function::kGetLastError)) {
     event.failed = false;
-    event.outcome = "no error record";
+    event.outcome = "no error record, so the finder takes the call for a success";
     if (const auto part = frame.Find(PartKind::kError)) event.error = capture::ReadErrorRecord(*part);
     if (event.error)
       event.outcome = Printable(fmt::format("error {} of class {} ({}): {} [{}]", event.error->errorCode,

@@ -187,19 +187,24 @@ ExplainedStep Explainer::ExplainCalls(const char* name, Function function, const
   const auto found = calls_.find(function);
   if (found == calls_.end()) return {name, never, false};
   const Calls& calls = found->second;
-  std::string text = calls.lastFailed ? fmt::format("{} failed: {}.", Name(function), calls.lastError) : done;
+  std::string text;
+  if (calls.lastFailed)
+    text = fmt::format("{} failed: {}.", Name(function), calls.lastError);
+  else if (calls.count > calls.failedWithoutRecord)
+    text = done;
   if (calls.failedWithRecord > 0 && !calls.lastFailed)
     text += fmt::format(" It had failed {} before: {}.", Counted(calls.failedWithRecord, "time"), calls.lastError);
   if (calls.failedWithoutRecord > 0)
-    text += fmt::format(" {} failed {} without an error record, which the finder takes for success.", Name(function),
-                        Counted(calls.failedWithoutRecord, "time"));
+    text += fmt::format("{}{} failed {} without an error record, which the finder takes for success.",
+                        text.empty() ? "" : " ", Name(function), Counted(calls.failedWithoutRecord, "time"));
   if (calls.longest >= kSlow) text += fmt::format(" The longest call took {:.1f} s.", Seconds(calls.longest));
   return {name, text, !calls.lastFailed && calls.failedWithoutRecord == 0};
 }
 
 ExplainedStep Explainer::ExplainCallback() const {
-  ExplainedStep step = ExplainCalls("callback", Function::kSetGenericDataCallback, "A callback was registered.",
-                                    "No callback was registered, so the server's blocks reach nobody.");
+  constexpr char kNever[] = "No callback was registered, so the server's blocks reach nobody.";
+  ExplainedStep step = ExplainCalls("callback", Function::kSetGenericDataCallback,
+                                    everRegistered_ > 0 ? "A callback was registered." : kNever, kNever);
   const bool registered = std::ranges::any_of(registered_, [](const auto& stream) { return stream.second > 0; });
   if (everRegistered_ > 0)
     step.text += registered ? " It was still registered at the end." : " It was let go at the end.";
@@ -342,6 +347,9 @@ void Explainer::Judge(Explanation& explanation) const {
       {failed(Function::kSetGenericDataCallback),
        "The callback was refused, so no block reaches the wizard.",
        {"See why the server refuses, by the error above."}},
+      {everRegistered_ == 0 && !never(Function::kSetGenericDataCallback) && blocks_ == 0,
+       "The callback was refused without an error record, so no block reaches the wizard, which does not know it.",
+       {"See in the server's own log why it refuses.", "tarnfind list shows what the server knows all the same."}},
       {replies_.count > 0,
        "It stands in an answer, and no block about it was pushed.",
        {"A wizard that shows pushed cameras alone does not show it: ask for the list, as tarnfind list does."}},
