@@ -43,7 +43,8 @@ function(tarn_test name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} tarn_options GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+  # New memory of the C library is not empty, so that what nobody has written is seen.
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "MALLOC_PERTURB_=165")
   if(arg_DEATH_TESTS)
     # They start the program again and catch what it prints in the temporary folder: one program at a time.
     set_tests_properties(${name} PROPERTIES RESOURCE_LOCK death_tests)

@@ -83,6 +83,8 @@ TEST(LocaleForms, AreEnglishWithoutASetting) {
   EXPECT_EQ(date(0, u"ddd"), u"Mon");
   EXPECT_EQ(GetTimeFormatW(0, time, text, 64), 11);
   EXPECT_EQ(std::u16string(text), u"1:05:09 PM");
+  EXPECT_EQ(GetTimeFormatW(TIME_NOSECONDS, time, text, 8), 8);
+  EXPECT_EQ(std::u16string(text), u"1:05 PM");
   EXPECT_EQ(GetTimeFormatW(TIME_NOSECONDS, time, text, 7), 0);
   EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
 }

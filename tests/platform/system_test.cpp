@@ -24,8 +24,9 @@ TEST(Errors, SystemTextEndsWithALineEndAndStandsForItsResultToo) {
   const auto textOf = [](std::uint32_t code) {
     char16_t* text = nullptr;
     const std::uint32_t units = FormatMessageW(code, &text);
-    const std::u16string copy(text ? text : u"", units);
+    const std::u16string copy(text ? text : u"");
     LocalFree(text);
+    EXPECT_EQ(copy.size(), units) << code;
     return copy;
   };
   for (const std::uint32_t code : {5U, 122U, 10013U}) {
@@ -106,6 +107,13 @@ TEST(Accounts, CurrentUserHasASecurityIdentifier) {
   EXPECT_FALSE(GetUserNameExSamCompatible(user + 200, &needed));
   EXPECT_EQ(GetLastError(), ERROR_MORE_DATA);
   EXPECT_EQ(needed, units + 1);
+  const std::u16string bare = std::u16string(user).substr(std::u16string(user).find(u'\\') + 1);
+  needed = static_cast<std::uint32_t>(bare.size());
+  EXPECT_FALSE(GetUserNameW(user + 200, &needed));
+  EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(needed, bare.size() + 1);
+  EXPECT_TRUE(GetUserNameW(user + 200, &needed));
+  EXPECT_EQ(user + 200, bare);
 
   std::uint32_t sidBytes = 0, domainUnits = 0;
   EXPECT_FALSE(LookupAccountNameW(user, nullptr, &sidBytes, nullptr, &domainUnits));
@@ -118,7 +126,6 @@ TEST(Accounts, CurrentUserHasASecurityIdentifier) {
   EXPECT_EQ(sid.at(0), 1) << "revision";
   EXPECT_EQ(sidBytes, 8U + 4U * sid.at(1));
 
-  const std::u16string bare = std::u16string(user).substr(std::u16string(user).find(u'\\') + 1);
   for (const std::u16string& unknown : {std::u16string(u"no such account"), u"no such host\\" + bare}) {
     EXPECT_FALSE(LookupAccountNameW(unknown.c_str(), sid.data(), &sidBytes, domain.data(), &domainUnits));
     EXPECT_EQ(GetLastError(), ERROR_NONE_MAPPED);

@@ -16,11 +16,13 @@ TEST(LocaleFormsDeathTest, TextsAreConvertedFromTheLocalesCodeSet) {
   setenv("LOCPATH", folder.c_str(), 1);
   const struct {
     std::string locale, codeSet;
-    std::u16string date, day, time;
-  } rows[] = {{"de_DE", "ISO-8859-1", u"Samstag, 2 M\u00E4rz 2024", u"Sa", u"13:05"},
-              {"ja_JP", "EUC-JP", u"\u571F\u66DC\u65E5, 2 3\u6708 2024", u"\u571F", u"13:05"},
-              {"en_US", "UTF-8", u"Saturday, 2 March 2024", u"Sat", u"01:05 PM"},   // times are "%r"
-              {"en_PH", "UTF-8", u"Saturday, 2 March 2024", u"Sat", u"01:05 PM"}};  // times have "%p"
+    std::u16string texts;  // the date, long and short, the day, and the time with and without seconds
+  } rows[] = {{"de_DE", "ISO-8859-1", u"Samstag, 2 M\u00E4rz 2024|02.03.2024|Sa|13:05:09|13:05"},
+              {"ja_JP", "EUC-JP",
+               u"\u571F\u66DC\u65E5, 2 3\u6708 2024|2024\u5E7403\u670802\u65E5|\u571F|13\u664205\u520609\u79D2|13:05"},
+              {"en_US", "UTF-8", u"Saturday, 2 March 2024|03/02/2024|Sat|01:05:09 PM|01:05 PM"},  // times are "%r"
+              // Times have "%p" and the zone.
+              {"en_PH", "UTF-8", u"Saturday, 2 March 2024|Saturday, 02 March, 2024|Sat|01:05:09 PM UTC|01:05 PM"}};
   for (const auto& row : rows) {
     const std::string target = (folder / row.locale).string() + "." + row.codeSet;
     const std::string make = "localedef -c -i " + row.locale + " -f " + row.codeSet + " " + target + " 2>/dev/null";
@@ -29,12 +31,15 @@ TEST(LocaleFormsDeathTest, TextsAreConvertedFromTheLocalesCodeSet) {
     setenv("LC_ALL", (row.locale + "." + row.codeSet).c_str(), 1);
     const auto format = [&row] {
       const SystemTime time{2024, 3, 6, 2, 13, 5, 9, 0};
-      char16_t date[64] = {}, day[64] = {}, hour[64] = {};
-      GetDateFormatW(DATE_LONGDATE, time, nullptr, date, 64);
-      GetDateFormatW(0, time, u"ddd", day, 64);
-      GetTimeFormatW(TIME_NOSECONDS, time, hour, 64);
+      std::u16string texts;
+      char16_t text[64];
+      for (const auto& [flags, picture] :
+           {std::pair(DATE_LONGDATE, static_cast<const char16_t*>(nullptr)), {DATE_SHORTDATE, nullptr}, {0, u"ddd"}})
+        if (GetDateFormatW(flags, time, picture, text, 64) > 0) texts += std::u16string(text) + u"|";
+      for (const std::uint32_t flags : {0U, TIME_NOSECONDS})
+        if (GetTimeFormatW(flags, time, text, 64) > 0) texts += std::u16string(text) + (flags == 0 ? u"|" : u"");
       // No exit handlers, because the C library leaks the folder's name, which a leak checker reports.
-      std::_Exit(date != row.date ? 1 : day != row.day ? 2 : hour != row.time ? 3 : 0);
+      std::_Exit(texts != row.texts);
     };
     EXPECT_EXIT(format(), testing::ExitedWithCode(0), "") << row.locale;
   }
