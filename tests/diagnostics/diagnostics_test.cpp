@@ -104,11 +104,18 @@ TEST_F(Diagnostics, RegistryValuesAreNumbersByTheRulesOfTheirType) {
   };
   for (const auto& [type, number, data] : rows) EXPECT_EQ(NumberOfRegistryValue<char>(type, data), number) << type;
   const std::tuple<std::uint32_t, Number, std::string> texts[] = {
-      {REG_SZ, 0x80000000, "-2147483648"}, {REG_SZ, {}, "-2147483649"},
-      {REG_SZ, 0xFFFFFFFF, "-1"},          {REG_SZ, {}, "%FIVE%"},
-      {REG_EXPAND_SZ, 5, "%FIVE%"},        {REG_EXPAND_SZ, 6, "%62%"},
-      {REG_EXPAND_SZ, 6, "%63%"},          {REG_EXPAND_SZ, 6, "%1048574%"},  // 1 MiB with its NUL
-      {REG_EXPAND_SZ, {}, "%1048575%"},    {REG_EXPAND_SZ, 7, "%TWO NULS%"},
+      {REG_SZ, 0x80000000, "-2147483648"},
+      {REG_SZ, {}, "-2147483649"},
+      {REG_SZ, 0xFFFFFFFF, "-1"},
+      {REG_SZ, {}, "%FIVE%"},
+      {REG_SZ, 7, "\x01 +7"},
+      {REG_SZ, {}, "!7"},
+      {REG_EXPAND_SZ, 5, "%FIVE%"},
+      {REG_EXPAND_SZ, 6, "%62%"},
+      {REG_EXPAND_SZ, 6, "%63%"},
+      {REG_EXPAND_SZ, 6, "%1048574%"},  // 1 MiB with its NUL
+      {REG_EXPAND_SZ, {}, "%1048575%"},
+      {REG_EXPAND_SZ, 7, "%TWO NULS%"},
       {REG_EXPAND_SZ, {}, "%FAILURE%"}};
   for (const auto& [type, number, text] : texts) {
     EXPECT_EQ(NumberOfRegistryValue<char>(type, TextBytes<char>(text)), number) << text;

@@ -57,6 +57,7 @@ TEST(BufferPoolList, TakesBuffersOfItsCapacityUpToItsLimits) {
   for (const auto& [index, capacity, returned, kept] :
        {std::tuple(SmallBufferList, 0u, 257u, 256u), std::tuple(SmallBufferList, 8192u, 256u, 256u),
         std::tuple(SmallBufferList, 61440u, 35u, 34u), std::tuple(MediumBufferList, 65536u, 17u, 16u),
+        std::tuple(MediumBufferList, 393216u, 16u, 16u), std::tuple(MediumBufferList, 397312u, 16u, 15u),
         std::tuple(MediumBufferList, 520192u, 13u, 12u), std::tuple(LargeBufferList, 524288u, 5u, 4u),
         std::tuple(LargeBufferList, 3145728u, 1u, 1u), std::tuple(LargeBufferList, 3149824u, 1u, 0u)}) {
     SCOPED_TRACE(testing::Message() << index << " " << capacity);

@@ -8,8 +8,12 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <iostream>
 #include <string>
 #include <thread>
+
+#include "platform/error_codes.h"
+#include "platform/errors.h"
 
 using namespace platform;
 
@@ -50,11 +54,16 @@ TEST_F(Terminal, ShowsTextsAndColoursUntilItIsNone) {
     EXPECT_EQ(Read(), shown);
     EXPECT_TRUE(GetConsoleTextAttribute(console, &attributes) && attributes == set);
   }
+  std::cout << "kept back";
+  FlushStandardOutput();
+  ASSERT_TRUE(WriteConsoleW(console, u".", 1));
+  EXPECT_EQ(Read(), "kept back.");
   const int null = open("/dev/null", O_WRONLY);
   dup2(null, STDOUT_FILENO);
   close(null);
   EXPECT_FALSE(HasConsoleWindow() || WriteConsoleW(console, u"x", 1) || SetConsoleTextAttribute(console, 1) ||
                GetConsoleTextAttribute(console, &attributes) || WriteConsoleW(nullptr, u"x", 1));
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
   close(STDOUT_FILENO);
   EXPECT_EQ(GetStdHandle(STD_OUTPUT_HANDLE), nullptr);
   EXPECT_EQ(GetStdHandle(0), InvalidConsoleHandle());

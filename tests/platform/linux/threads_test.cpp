@@ -6,11 +6,13 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <latch>
 #include <thread>
 #include <vector>
 
+#include "platform/critical_section.h"
 #include "platform/hand_over.h"
 
 using namespace platform;
@@ -63,6 +65,20 @@ TEST(WorkerThreads, IdleOnesBeyondABoundEnd) {
   ExpectThreads(before + 16);
   StopWorkers();
   ExpectThreads(before);
+}
+
+/// For a lock and for a task, and as an idle worker.
+TEST(WorkerThreads, WaitingTakesNoProcessorTime) {
+  const auto pause = [] { std::this_thread::sleep_for(std::chrono::milliseconds(300)); };
+  CriticalSection section(1000);
+  ASSERT_TRUE(HandOver([] {}));
+  const std::clock_t before = std::clock();
+  section.lock();
+  std::thread waiting([&] { section.lock(), section.unlock(); });
+  ASSERT_TRUE(HandOver(pause));
+  section.unlock();
+  waiting.join();
+  EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 25);
 }
 
 /// It forks where a worker is idle, whose thread the child has not.
