@@ -106,11 +106,26 @@ void DeliverPicture(benchmark::State& state) {
                   "every picture");
 }
 
+/// The limit of a picture's delivery: its bytes are copied once.
+void MemoryCopy(benchmark::State& state) {
+  const Bytes bytes = sample::SampleBytes(static_cast<std::size_t>(state.range(0)));
+  Bytes copy(bytes.size());
+  for (auto _ : state) {
+    std::memcpy(copy.data(), bytes.data(), bytes.size());
+    benchmark::ClobberMemory();
+  }
+}
+
+/// From 100 bytes to 8 MiB.
+void PictureSizes(benchmark::internal::Benchmark* benchmark) {
+  for (const std::int64_t size : {100, 1024, 10240, 102400, 1048576, 8388608}) benchmark->Arg(size);
+}
+
 BENCHMARK(HandOff)->UseRealTime()->MeasureProcessCPUTime();
 BENCHMARK(HandOff)->Threads(2)->UseRealTime()->MeasureProcessCPUTime();
 BENCHMARK(HandOffIdle)->Name("HandOff/idle")->UseManualTime()->MeasureProcessCPUTime()->Iterations(200);
 BENCHMARK(DeliverCamera)->Name("BlockDelivery/type3")->UseRealTime()->MeasureProcessCPUTime();
-BENCHMARK(DeliverCamera)->Name("BlockDelivery/type3")->Threads(2)->UseRealTime()->MeasureProcessCPUTime();
+BENCHMARK(DeliverCamera)->Name("BlockDelivery/type3")->ThreadRange(2, 8)->UseRealTime()->MeasureProcessCPUTime();
 BENCHMARK_CAPTURE(DeliverCameraAfterRest, idle, 1)
     ->Name("BlockDelivery/type3/idle")
     ->UseManualTime()
@@ -124,9 +139,9 @@ BENCHMARK_CAPTURE(DeliverCameraAfterRest, burst, 10)
 BENCHMARK(DeliverPicture)
     ->Name("BlockDelivery")
     ->ArgName("picture")
-    ->Arg(102400)
-    ->Arg(1048576)
+    ->Apply(PictureSizes)
     ->UseRealTime()
     ->MeasureProcessCPUTime();
+BENCHMARK(MemoryCopy)->ArgName("bytes")->Apply(PictureSizes);
 
 }  // namespace

@@ -124,7 +124,7 @@ BENCHMARK(ValueListRead)->Name("ValueListRead/record");
 BENCHMARK(ValueListGet)->Name("ValueListGet/record");
 BENCHMARK(RecordsWrite)->Apply(Counts);
 BENCHMARK(RecordsRead)->Apply(Counts);
-BENCHMARK(ReplyDecode)->Apply(Counts);
+BENCHMARK(ReplyDecode)->ArgName("cameras")->RangeMultiplier(10)->Range(1, 100000);
 BENCHMARK_CAPTURE(Encode, networkCommand, SampleNetworkCommand())->Name("CommandEncode/networkCommand");
 BENCHMARK_CAPTURE(Encode, infoByIp, InfoByIpMessage{"10.0.0.5"})->Name("CommandEncode/infoByIp");
 
