@@ -10,6 +10,7 @@ import os
 import random
 import struct
 import sys
+import zlib
 
 here = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(here, "..", "tests", "oracle"))
@@ -39,8 +40,34 @@ def capture(packet):
             struct.pack("<IIIIIII", 6, size, 0, 0, 5, len(packet), len(packet)) + packet.ljust(size - 32, b"\0") + struct.pack("<I", size))
 
 
+def jpeg(width, height, scans):
+    """A grey picture; both tables have the one code "0". More than one scan: progressive."""
+    def segment(marker, content):
+        return bytes([0xFF, marker]) + struct.pack(">H", len(content) + 2) + content
+    one_code, blocks = b"\1" + bytes(16), (width + 7) // 8 * ((height + 7) // 8)
+    data = bytes((blocks * (2 if scans == 1 else 1) + 7) // 8)
+    spectra = [b"\0\x3f\0"] if scans == 1 else [b"\0\0\0"] + [b"\1\x3f\0"] * (scans - 1)
+    return (b"\xff\xd8" + segment(0xDB, b"\0" + b"\x10" * 64) +
+            segment(0xC0 if scans == 1 else 0xC2, struct.pack(">BHH", 8, height, width) + b"\1\1\x11\0") +
+            segment(0xC4, b"\0" + one_code) + segment(0xC4, b"\x10" + one_code) +
+            b"".join(segment(0xDA, b"\1\1\0" + spectrum) + data for spectrum in spectra) + b"\xff\xd9")
+
+
+def png(width, height, kind, pixel_bytes):
+    def chunk(name, content):
+        return struct.pack(">I", len(content)) + name + content + struct.pack(">I", zlib.crc32(name + content))
+    rows = b"".join(bytes([y % 5]) + bytes(range(width * pixel_bytes)) for y in range(height))
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, kind, 0, 0, 0)) +
+            chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
+
+
 def main():
     generator = compare.Generator(1)
+    bmp = struct.pack("<2sIIIIiiHHIIIIII", b"BM", 86, 0, 54, 40, 3, 2, 1, 24, 0, 24, 0, 0, 0, 0) + bytes(range(24))
+    for name, picture in {"jpeg": jpeg(24, 16, 1), "progressive": jpeg(8, 8, 3), "png-grey": png(5, 4, 0, 1),
+                          "png-colour": png(4, 6, 2, 3), "png-alpha": png(3, 5, 6, 4), "bmp": bmp}.items():
+        for shown in (0, 1):
+            write("camera_picture", f"seed-{name}-{shown}", bytes([shown]) + picture)
     with open(os.path.join(data, "expected.json"), encoding="utf-8") as file:
         expected = json.load(file)
     small = [os.path.basename(p) for p in sorted(glob.glob(os.path.join(data, "*.bin"))) if os.path.getsize(p) < 5000]
