@@ -25,7 +25,7 @@ CLI::Option* AddSeconds(CLI::App& command, Options& options, const char* purpose
 }
 
 void AddPictures(CLI::App& command, Options& options) {
-  command.add_option("--pictures", options.pictures, "Keep received pictures in this folder")
+  command.add_option("--pictures", options.pictures.path, "Keep received pictures in this folder")
       ->type_name("FOLDER")
       ->check(CheckText);
 }

@@ -91,12 +91,12 @@ std::chrono::milliseconds FinderSession::RunStep(Step step, std::function<void()
   return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
 }
 
-void FinderSession::Connect(const std::string& libraryFile, const std::string& picturesFolder,
+void FinderSession::Connect(const std::string& libraryFile, const PictureFolder& pictureFolder,
                             const StepObserver& observer) {
   const auto tell = [&](Step step, std::optional<std::chrono::milliseconds> duration, const std::string& detail) {
     if (observer) observer(step, duration, detail);
   };
-  auto pictures = picturesFolder.empty() ? nullptr : std::make_shared<PictureStore>(picturesFolder);
+  auto pictures = pictureFolder.path.empty() ? nullptr : std::make_shared<PictureStore>(pictureFolder);
   queue_ = std::make_shared<EventQueue>();
   shared_->callback.reset(new WizardCallback(queue_, std::move(pictures)));
 

@@ -43,9 +43,9 @@ class FinderSession {
   ~FinderSession();
 
   /// Loads the library, makes a finder, opens its channel and registers a callback: from here on events arrive.
-  /// libraryFile: see FindLibraryFile. picturesFolder: empty where no pictures are kept. Throws NoChannel with the step
+  /// libraryFile: see FindLibraryFile. Throws NoChannel with the step
   /// that failed, and what PictureStore throws.
-  void Connect(const std::string& libraryFile, const std::string& picturesFolder, const StepObserver& observer = {});
+  void Connect(const std::string& libraryFile, const PictureFolder& pictures, const StepObserver& observer = {});
 
   using FinderCall = std::function<void(Tarn::CameraFinding::ICameraFinder& finder)>;
   /// Runs the call and waits for its end. Throws what it throws, and Failure on Ctrl-C. Requires Connect, and that the

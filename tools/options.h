@@ -8,6 +8,7 @@
 
 #include "tools/found_cameras.h"
 #include "tools/network_change.h"
+#include "tools/picture_store.h"
 
 #include "tools/capture_options.h"
 #include "tools/page/page_options.h"
@@ -26,8 +27,8 @@ struct Options {
 
   // Commands that receive.
   std::optional<double> seconds;
-  std::string pictures;  ///< empty: keep none
-  bool watch = false;    ///< until Ctrl-C
+  PictureFolder pictures;
+  bool watch = false;  ///< until Ctrl-C
 
   // Which cameras are shown, and how.
   const Column* sort = nullptr;  ///< null: in order of arrival

@@ -36,12 +36,12 @@ std::filesystem::path PathOf(const std::string& utf8) {
 
 }  // namespace
 
-PictureStore::PictureStore(const std::string& folder) : folder_(PathOf(folder)) {
+PictureStore::PictureStore(const PictureFolder& folder) : folder_(PathOf(folder.path)), mostBytes_(folder.mostBytes) {
   std::error_code failed;
   std::filesystem::create_directories(folder_, failed);
   if (!failed && !std::filesystem::is_directory(folder_, failed))
     failed = std::make_error_code(std::errc::not_a_directory);
-  if (failed) throw Failure(fmt::format("cannot make the folder \"{}\": {}", folder, failed.message()));
+  if (failed) throw Failure(fmt::format("cannot make the folder \"{}\": {}", folder.path, failed.message()));
 }
 
 PictureStore::Kept PictureStore::Keep(std::span<const std::uint8_t> picture, std::string_view cameraText) {
@@ -59,11 +59,25 @@ PictureStore::Kept PictureStore::Keep(std::span<const std::uint8_t> picture, std
   const bool opened = file.is_open();
   file.write(reinterpret_cast<const char*>(picture.data()), static_cast<std::streamsize>(picture.size()));
   file.close();
-  if (file) return kept;
+  if (file) {
+    RemoveOldest(path, picture.size());
+    return kept;
+  }
   const std::string reason = errno != 0 ? std::generic_category().message(errno) : "unknown reason";
   if (opened) std::filesystem::remove(path, unknown);
   const std::u8string folder = folder_.u8string();
   return {"", fmt::format("cannot keep pictures in \"{}\": {}", std::string(folder.begin(), folder.end()), reason)};
+}
+
+void PictureStore::RemoveOldest(const std::filesystem::path& newest, std::uint64_t size) {
+  if (mostBytes_ == PictureFolder().mostBytes) return;
+  keptBytes_ += size;
+  kept_.emplace_back(newest, size);
+  for (; keptBytes_ > mostBytes_ && kept_.size() > 1; kept_.pop_front()) {
+    std::error_code left;
+    std::filesystem::remove(kept_.front().first, left);
+    keptBytes_ -= kept_.front().second;
+  }
 }
 
 std::string SafeFileName(std::string_view cameraText) {

@@ -2,13 +2,21 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <filesystem>
+#include <limits>
 #include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tarnfind {
+
+struct PictureFolder {
+  std::string path = {};  ///< UTF-8; empty: no pictures are kept
+  std::uint64_t mostBytes = std::numeric_limits<std::uint64_t>::max();
+};
 
 /// Any thread may keep a picture.
 class PictureStore {
@@ -19,16 +27,22 @@ class PictureStore {
   };
 
   /// Makes the folder where it is missing; throws Failure where that does not work.
-  explicit PictureStore(const std::string& folder);
+  explicit PictureStore(const PictureFolder& folder);
 
   /// Writes the picture to a file that did not exist: the camera's text, a number, and an extension by content. Leaves
-  /// no file behind where that fails.
+  /// no file behind where that fails. Where the pictures of this store have more bytes than they may, the oldest go.
   Kept Keep(std::span<const std::uint8_t> picture, std::string_view cameraText);
 
  private:
+  /// As many as have to go for the newest one, which stays however large it is.
+  void RemoveOldest(const std::filesystem::path& newest, std::uint64_t size);
+
   std::mutex mutex_;
   std::filesystem::path folder_;
+  const std::uint64_t mostBytes_;
   std::uint64_t lastNumber_ = 0;
+  std::uint64_t keptBytes_ = 0;
+  std::deque<std::pair<std::filesystem::path, std::uint64_t>> kept_;  ///< with their sizes, the oldest first
 };
 
 /// A camera's text as the beginning of a file name that every system takes: no separators, reserved or control

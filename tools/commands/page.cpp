@@ -46,12 +46,14 @@ void ServeOn(const PageServer& server, bool once) {
 
 void RunPage(const Options& options, TextOutput& output) {
   if (options.showPasswords) throw WrongUse("a page never shows passwords");
+  platform::CatchInterrupts();
   Options search = options;
   search.watch = !options.seconds;
   std::optional<TemporaryFolder> temporary;
-  if (search.pictures.empty()) search.pictures = Utf8Path(temporary.emplace().Path());
-  PagePictures pictures(std::filesystem::path(Utf16FromUtf8(search.pictures)));
-  PageServer server({options.page.port, options.page.once});
+  if (search.pictures.path.empty())
+    search.pictures = {Utf8Path(temporary.emplace().Path()), kMostTemporaryPictureBytes};
+  PagePictures pictures(std::filesystem::path(Utf16FromUtf8(search.pictures.path)));
+  PageServer server({options.page.port, options.page.once}, pictures);
   output.Write(options.json ? JsonLine({{"event", "page"}, {"address", server.Address()}}) : server.Address() + '\n');
   if (options.page.openBrowser)
     if (const std::string error = platform::OpenInBrowser(server.Address()); !error.empty())
@@ -61,7 +63,7 @@ void RunPage(const Options& options, TextOutput& output) {
   const auto end = [&](const std::exception& error, int code, const std::string& step) {
     server.Lines().Add(ErrorLine(ErrorText(error), code, step), {});
     server.Lines().Finish();
-    platform::Write(platform::Stream::kError, "The search has failed; the page says why and stays until Ctrl-C.\n");
+    platform::Write(platform::Stream::kError, "tarnfind: the search has ended with an error; the page says which\n");
     ServeOn(server, options.page.once);
   };
   try {

@@ -2,14 +2,19 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 namespace tarnfind {
+
+/// The bytes of the file; no more than one beyond what a picture may have. None where it cannot be read.
+std::optional<std::vector<std::uint8_t>> ReadPictureFile(const std::filesystem::path& file);
 
 /// One thread adds, any thread finds.
 class PagePictures {

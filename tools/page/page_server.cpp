@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "tools/failure.h"
+#include "tools/page/camera_picture.h"
 #include "tools/page/page_files.h"
 #include "tools/platform.h"
 
@@ -29,6 +30,7 @@ namespace http = boost::beast::http;
 using boost::beast::error_code;
 using net::ip::tcp;
 
+constexpr std::string_view kPicturesFolder = "pictures/";
 constexpr std::size_t kMostConnections = 64;
 constexpr std::uint32_t kMostHeaderBytes = 16 << 10;
 /// How long a browser may take for a request, or for taking what it asked for.
@@ -65,6 +67,27 @@ bool IsSameText(std::string_view a, std::string_view b) {
   return different == 0;
 }
 
+/// Empty where an escape is none.
+std::string PercentDecoded(std::string_view text) {
+  const auto digit = [](char c) {
+    const std::string_view digits = "0123456789abcdef";
+    return digits.find(static_cast<char>(c >= 'A' && c <= 'F' ? c - 'A' + 'a' : c));
+  };
+  std::string decoded;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '%') {
+      decoded += text[i];
+      continue;
+    }
+    if (text.size() - i < 3) return {};
+    const std::size_t high = digit(text[i + 1]), low = digit(text[i + 2]);
+    if (high == std::string_view::npos || low == std::string_view::npos) return {};
+    decoded += static_cast<char>(high * 16 + low);
+    i += 2;
+  }
+  return decoded;
+}
+
 /// Null where there is none of that name.
 const PageFile* FindPageFile(std::string_view name) {
   for (const PageFile* const file : {&kPageHtml, &kPageStyle})
@@ -73,12 +96,20 @@ const PageFile* FindPageFile(std::string_view name) {
   return script == kPageScripts.end() ? nullptr : &*script;
 }
 
+/// The picture as a browser gets it; empty text where it cannot be shown, none where there is no such file any more.
+std::optional<std::string> ShowablePictureOf(const std::filesystem::path& file) {
+  const std::optional<std::vector<std::uint8_t>> bytes = ReadPictureFile(file);
+  if (!bytes) return std::nullopt;
+  const std::vector<std::uint8_t> jpeg = ShowablePicture(*bytes, kPictureOnPage);
+  return std::string(jpeg.begin(), jpeg.end());
+}
+
 }  // namespace
 
 /// Everything but HaveAllPagesClosed and the lines runs on its thread.
 class PageServer::Server {
  public:
-  explicit Server(const Settings& settings);
+  Server(const Settings& settings, const PagePictures& pictures);
   ~Server();
 
   const std::string& Address() const { return address_; }
@@ -101,6 +132,7 @@ class PageServer::Server {
   http::status Judge(const http::request<http::empty_body>& request) const;
 
   const bool watchPages_;
+  const PagePictures& pictures_;
   const std::string token_ = MakeToken();
   std::string address_;
   std::array<std::string, 2> hosts_;
@@ -116,6 +148,7 @@ class PageServer::Server {
   net::steady_timer end_{io_};
   std::list<std::weak_ptr<Session>> sessions_;
   PageLines lines_{[this] { net::post(io_, [this] { WakeReaders(); }); }};
+  net::thread_pool pictureThread_{1};
   std::thread thread_;
 };
 
@@ -156,6 +189,7 @@ class PageServer::Server::Session : public std::enable_shared_from_this<Session>
     if (status != http::status::ok) return Send(status, {}, {});
     const std::string_view target = request.target().substr(server_.token_.size() + 2);
     if (target == "events") return BeginLines();
+    if (target.starts_with(kPicturesFolder)) return SendPicture(PercentDecoded(target.substr(kPicturesFolder.size())));
     if (const PageFile* const file = FindPageFile(target))
       return Send(http::status::ok, file->type, std::string(file->text));
     Send(http::status::not_found, {}, {});
@@ -179,6 +213,19 @@ class PageServer::Server::Session : public std::enable_shared_from_this<Session>
     http::async_write(stream_, *response, [self = shared_from_this(), response](error_code failed, std::size_t) {
       if (failed || !response->keep_alive()) return self->Close();
       self->ReadRequest();
+    });
+  }
+
+  void SendPicture(const std::string& name) {
+    const std::optional<std::filesystem::path> file = server_.pictures_.Find(name);
+    if (!file) return Send(http::status::not_found, {}, {});
+    net::post(server_.pictureThread_, [self = shared_from_this(), file] {
+      const std::optional<std::string> jpeg = ShowablePictureOf(*file);
+      net::post(self->server_.io_, [self, jpeg] {
+        if (!jpeg) return self->Send(http::status::not_found, {}, {});
+        if (jpeg->empty()) return self->Send(http::status::unsupported_media_type, {}, {});
+        self->Send(http::status::ok, "image/jpeg", *jpeg);
+      });
     });
   }
 
@@ -247,7 +294,8 @@ class PageServer::Server::Session : public std::enable_shared_from_this<Session>
   std::optional<http::response_serializer<http::empty_body>> serializer_;
 };
 
-PageServer::Server::Server(const Settings& settings) : watchPages_(settings.watchPages) {
+PageServer::Server::Server(const Settings& settings, const PagePictures& pictures)
+    : watchPages_(settings.watchPages), pictures_(pictures) {
   Listen(settings.port);
   const std::uint16_t port = acceptor_.local_endpoint().port();
   hosts_ = {fmt::format("127.0.0.1:{}", port), fmt::format("localhost:{}", port)};
@@ -259,6 +307,8 @@ PageServer::Server::Server(const Settings& settings) : watchPages_(settings.watc
 PageServer::Server::~Server() {
   net::post(io_, [this] { End(); });
   thread_.join();
+  pictureThread_.stop();
+  pictureThread_.join();
 }
 
 void PageServer::Server::Listen(std::uint16_t port) {
@@ -346,7 +396,8 @@ http::status PageServer::Server::Judge(const http::request<http::empty_body>& re
   return http::status::ok;
 }
 
-PageServer::PageServer(const Settings& settings) : server_(std::make_unique<Server>(settings)) {}
+PageServer::PageServer(const Settings& settings, const PagePictures& pictures)
+    : server_(std::make_unique<Server>(settings, pictures)) {}
 PageServer::~PageServer() = default;
 const std::string& PageServer::Address() const {
   return server_->Address();

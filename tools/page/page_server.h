@@ -7,8 +7,9 @@
 ///   GET /TOKEN/                the page
 ///   GET /TOKEN/NAME            its style, or one of its scripts
 ///   GET /TOKEN/events          the lines, chunked, until the last one
+///   GET /TOKEN/pictures/NAME   a picture that a line has named, made anew as a JPEG; 415 where it cannot be shown
 ///
-/// One thread of its own serves all.
+/// One thread of its own serves all; a second one makes the pictures.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +17,7 @@
 #include <string>
 
 #include "tools/page/page_lines.h"
+#include "tools/page/page_pictures.h"
 
 namespace tarnfind {
 
@@ -25,8 +27,8 @@ class PageServer {
     std::uint16_t port = 0;   ///< 0: one that is free
     bool watchPages = false;  ///< the response with the lines stays open behind the last one, for HaveAllPagesClosed
   };
-  /// Listens when it returns. Throws WrongUse where the port cannot be had.
-  explicit PageServer(const Settings& settings);
+  /// Listens when it returns. Throws WrongUse where the port cannot be had. Requires that `pictures` outlives it.
+  PageServer(const Settings& settings, const PagePictures& pictures);
   /// Gives readers a moment to take the last lines, then ends all connections. Requires that Lines().Finish was called.
   ~PageServer();
 

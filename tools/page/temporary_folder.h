@@ -1,9 +1,13 @@
 /// A folder for one run, which only this user may look into.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 
 namespace tarnfind {
+
+/// What a run may keep in it of pictures.
+inline constexpr std::uint64_t kMostTemporaryPictureBytes = 256 << 20;
 
 class TemporaryFolder {
  public:
