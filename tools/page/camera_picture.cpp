@@ -25,9 +25,31 @@ std::uint64_t CountScans(std::span<const std::uint8_t> picture) {
   return scans;
 }
 
+/// Whether no table of codes has more of them than stb has room for, which does not check. Wherever "FF C4" stands it
+/// may begin such tables: stb reads on behind damage.
+bool FitCodeTables(std::span<const std::uint8_t> picture) {
+  constexpr std::size_t kMostCodes = 256, kLengths = 16;
+  constexpr int kMostPlaces = 256;  // far more than any file has; each may take a while
+  int places = 0;
+  const auto byte = [&](std::size_t at) -> std::size_t { return at < picture.size() ? picture[at] : 0; };
+  for (std::size_t start = 0; start + 1 < picture.size(); ++start) {
+    if (picture[start] != 0xFF || picture[start + 1] != 0xC4) continue;
+    if (++places > kMostPlaces) return false;
+    const std::size_t end = start + 2 + byte(start + 2) * 256 + byte(start + 3);
+    for (std::size_t table = start + 4; table < end;) {
+      std::size_t codes = 0;
+      for (std::size_t i = 1; i <= kLengths; ++i) codes += byte(table + i);
+      if (codes > kMostCodes) return false;
+      table += 1 + kLengths + codes;
+    }
+  }
+  return true;
+}
+
 bool IsWithinLimits(std::span<const std::uint8_t> picture, std::uint64_t mostPixels) {
   int width = 0, height = 0, channels = 0;
-  if (picture.size() > kMostPictureFileBytes ||
+  // The tables first, because asking for the size reads those before it.
+  if (picture.size() > kMostPictureFileBytes || !FitCodeTables(picture) ||
       !stbi_info_from_memory(picture.data(), static_cast<int>(picture.size()), &width, &height, &channels))
     return false;
   if (width < 1 || height < 1 || width > kMostSide || height > kMostSide) return false;
