@@ -4,17 +4,16 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
-#include <system_error>
 #include <unordered_set>
 
 #include "tools/arguments.h"
 #include "tools/csv.h"
 #include "tools/failure.h"
+#include "tools/replaced_file.h"
 #include "tools/text.h"
 
 namespace tarnfind {
@@ -141,22 +140,10 @@ NetworkBatch ReadNetworkBatch(const std::string& file) {
 }
 
 void WriteRemaining(const NetworkBatch& batch, const std::vector<std::size_t>& indices, const std::string& file) {
-  // Beside it first, because the lines may have come from this very file.
-  const std::filesystem::path path = PathOf(file), part = PathOf(file + ".part");
-  std::error_code failed;
-  errno = 0;
-  std::ofstream stream(part, std::ios::binary);
-  const bool opened = stream.is_open();
-  stream << batch.header << '\n';
-  for (const std::size_t index : indices) stream << batch.lines[index] << '\n';
-  stream.close();
-  if (stream) std::filesystem::rename(part, path, failed);
-  if (stream && !failed) return;
-  const std::string reason = failed       ? failed.message()
-                             : errno != 0 ? std::generic_category().message(errno)
-                                          : "unknown reason";
-  if (opened) std::filesystem::remove(part, failed);
-  throw Failure(fmt::format("cannot write \"{}\": {}", file, reason));
+  ReplacedFile written(file);  // the lines may have come from this very file
+  written.Stream() << batch.header << '\n';
+  for (const std::size_t index : indices) written.Stream() << batch.lines[index] << '\n';
+  written.Finish();
 }
 
 std::string ReadTextFile(const std::string& file) {
