@@ -158,7 +158,7 @@ _tarnfind() {{
   esac
   case $previous in
     --sort) words='{}' ;;
-    --pictures|--password-file|--from|--remaining|--exec|--library) return ;;
+    --pictures|--report|--output|--password-file|--from|--remaining|--exec|--library) return ;;
   esac
   COMPREPLY=($(compgen -W "$words" -- "$current"))
 }}

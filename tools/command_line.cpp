@@ -119,11 +119,17 @@ void DefineSearch(CLI::App& command, Options& options) {
           ->check(CheckText)
           ->excludes(known)
           ->excludes(fresh);
-  for (const char* const name : {"--csv", "--filter", "--sort"}) against->excludes(command.get_option(name));
+  command
+      .add_option("--report", options.page.report, "Write the page of the search, with its pictures, to one HTML file")
+      ->type_name("FILE")
+      ->check(CheckText);
+  for (const char* const name : {"--csv", "--filter", "--report", "--sort"})
+    against->excludes(command.get_option(name));
 }
 
 void RunAnySearch(const Options& options, TextOutput& output) {
-  options.capture.against.empty() ? RunSearch(options, output) : RunSearchAgainst(options, output);
+  if (!options.capture.against.empty()) return RunSearchAgainst(options, output);
+  options.page.report.empty() ? RunSearch(options, output) : RunSearchWithReport(options, output);
 }
 
 void DefinePage(CLI::App& command, Options& options) {
@@ -134,6 +140,20 @@ void DefinePage(CLI::App& command, Options& options) {
       ->check(CLI::Range(1024, 65535));
   command.add_flag("--open", options.page.openBrowser, "Open the page in the browser");
   command.add_flag("--once", options.page.once, "End when the last page is closed");
+}
+
+void DefineReport(CLI::App& command, Options& options) {
+  command.add_option("LINES", options.page.lines, "File of the lines of search --json")
+      ->required()
+      ->type_name("")
+      ->check(CheckText);
+  command.add_option("--pictures", options.pictures.path, "Folder of the pictures that the lines name")
+      ->type_name("FOLDER")
+      ->check(CheckText);
+  command.add_option("-o,--output", options.page.report, "The HTML file to write")
+      ->required()
+      ->type_name("FILE")
+      ->check(CheckText);
 }
 
 void DefineList(CLI::App& command, Options& options) {
@@ -234,10 +254,14 @@ constexpr Command kCommands[] = {
      "  tarnfind search --for 30 --pictures pictures --sort ip\n"
      "  tarnfind search --watch --new --exec ./on-new-camera\n"
      "  tarnfind search --for 10 --json > monday.jsonl\n"
-     "  tarnfind search --for 10 --against monday.jsonl\n"},
+     "  tarnfind search --for 10 --against monday.jsonl\n"
+     "  tarnfind search --report cameras.html\n"},
     {"page", "Show a search in the browser", DefinePage, RunPage,
      "  tarnfind page --open --once\n"
      "  tarnfind page --for 30 --pictures pictures --new\n"},
+    {"report", "Write a search as one HTML file with its pictures", DefineReport, RunReport,
+     "  tarnfind report monday.jsonl -o monday.html\n"
+     "  tarnfind report monday.jsonl --pictures pictures -o monday.html\n"},
     {"list", "List the cameras that the server knows", DefineList, RunList,
      "  tarnfind list --filter vendor=north --sort ip\n"
      "  tarnfind list --csv > cameras.csv\n"

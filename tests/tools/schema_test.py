@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Compares what tarnfind prints, and what the simulator accepts, with the schemas: schema_test.py TARNFIND DOCS SCENARIO"""
-import copy, json, os, random, subprocess, sys, tempfile
+import base64, copy, hashlib, json, os, random, re, subprocess, sys, tempfile, urllib.request
 import jsonschema
 
 program, docs, scenario_file = sys.argv[1:]
@@ -13,12 +13,18 @@ def validator(name):
         return jsonschema.Draft202012Validator(json.load(file))
 
 
-def run(arguments, scenario):
-    path = os.path.join(folder, "scenario.json")
-    with open(path, "w", encoding="utf-8") as file:
+scenario_path = os.path.join(folder, "scenario.json")
+
+
+def play(scenario):
+    with open(scenario_path, "w", encoding="utf-8") as file:
         json.dump(scenario, file)
-    return subprocess.run(program.split() + [path if a == "SCENARIO" else a for a in arguments], stdin=subprocess.DEVNULL,
-                          env=dict(os.environ, TARN_SIMULATOR_SCENARIO=path), capture_output=True)
+
+
+def run(arguments, scenario):
+    play(scenario)
+    return subprocess.run(program.split() + [scenario_path if a == "SCENARIO" else a for a in arguments], stdin=subprocess.DEVNULL,
+                          env=dict(os.environ, TARN_SIMULATOR_SCENARIO=scenario_path), capture_output=True)
 
 
 def check_output():
@@ -41,6 +47,48 @@ def check_output():
             errors = [error.message for o in objects for error in schema.iter_errors(o)]
             if errors or objects[-1].get("exitCode", 0) != result.returncode:
                 failures.append(f"{command} {fault}: {errors} {result.returncode} {objects[-1]}")
+
+
+def check_page():
+    """The lines that a browser gets."""
+    schema = validator("tarnfind.schema.json")
+    with open(scenario_file, encoding="utf-8") as file:
+        play(json.load(file))
+    page = subprocess.Popen(program.split() + "page --for 1 --once --json".split(), stdout=subprocess.PIPE, stdin=subprocess.DEVNULL,
+                            env=dict(os.environ, TARN_SIMULATOR_SCENARIO=scenario_path))
+    first = json.loads(page.stdout.readline())
+    with urllib.request.urlopen(first["address"] + "events") as response:
+        lines = [json.loads(response.readline())]
+        while lines[-1]["event"] != "summary":
+            lines.append(json.loads(response.readline()))
+    rest = page.stdout.read().decode()
+    errors = [error.message for o in [first] + lines for error in schema.iter_errors(o)]
+    printed = [json.loads(line) for line in rest.splitlines()]
+    shown = [{k: v for k, v in o.items() if k not in ("time", "seconds")} for o in lines if o["event"] != "state"]
+    if errors or page.wait() != 0 or shown != printed or not any(o["event"] == "camera" for o in lines):
+        failures.append(f"page: {errors} {page.returncode} {lines} {rest}")
+
+
+def check_report():
+    """A report of a search and one of its lines, in which passwords stand."""
+    schema = validator("tarnfind.schema.json")
+    with open(scenario_file, encoding="utf-8") as file:
+        scenario = json.load(file)
+    names = [os.path.join(folder, name) for name in ("live.html", "lines", "saved.html")]
+    run(["search", "--for", "1", "--report", names[0]], scenario)
+    with open(names[1], "wb") as file:
+        file.write(run(["search", "--for", "1", "--json", "--show-passwords"], scenario).stdout)
+    run(["report", names[1], "-o", names[2]], scenario)
+    for name in (names[0], names[2]):
+        with open(name, encoding="utf-8", newline="") as file:
+            html = file.read()
+        lines = re.search('id="lines">\n(.*?)</script>', html, re.S)[1].splitlines()
+        errors = [error.message for line in lines for error in schema.iter_errors(json.loads(line))]
+        policy = re.search('Content-Security-Policy" content="([^"]*)"', html)[1]
+        inline = re.findall("<(?:style|script)>(.*?)</(?:style|script)>", html, re.S)
+        hashes = ["sha256-" + base64.b64encode(hashlib.sha256(text.encode()).digest()).decode() for text in inline]
+        if errors or "hunter2" in html or len(inline) < 3 or sorted(hashes) != sorted(re.findall("sha256-[^']*", policy)):
+            failures.append(f"{name}: {errors} {policy} {hashes}")
 
 
 BASE = {
@@ -87,6 +135,8 @@ def check_scenarios():
 
 
 check_output()
+check_page()
+check_report()
 check_scenarios()
 print("\n".join(failures))
 sys.exit(len(failures) > 0)

@@ -11,6 +11,10 @@ void RunSearch(const Options& options, TextOutput& output);
 void RunSearchAgainst(const Options& options, TextOutput& output);
 /// Shows a search in the browser.
 void RunPage(const Options& options, TextOutput& output);
+/// Searches, and writes what is found to options.page.report too.
+void RunSearchWithReport(const Options& options, TextOutput& output);
+/// Writes the lines of an earlier search as a page.
+void RunReport(const Options& options, TextOutput& output);
 void RunList(const Options& options, TextOutput& output);
 void RunInfo(const Options& options, TextOutput& output);
 void RunSendMac(const Options& options, TextOutput& output);

@@ -31,11 +31,6 @@ class SummaryView final : public SearchView {
   TextOutput& output_;
 };
 
-std::string Utf8Path(const std::filesystem::path& path) {
-  const std::u8string text = path.u8string();
-  return {text.begin(), text.end()};
-}
-
 /// Until Ctrl-C or, with --once, until the last page is closed.
 void ServeOn(const PageServer& server, bool once) {
   while (!platform::Interrupted() && !(once && server.HaveAllPagesClosed()))
@@ -51,7 +46,7 @@ void RunPage(const Options& options, TextOutput& output) {
   search.watch = !options.seconds;
   std::optional<TemporaryFolder> temporary;
   if (search.pictures.path.empty())
-    search.pictures = {Utf8Path(temporary.emplace().Path()), kMostTemporaryPictureBytes};
+    search.pictures = {Utf8FromUtf16(temporary.emplace().Path().u16string()), kMostTemporaryPictureBytes};
   PagePictures pictures(std::filesystem::path(Utf16FromUtf8(search.pictures.path)));
   PageServer server({options.page.port, options.page.once}, pictures);
   output.Write(options.json ? JsonLine({{"event", "page"}, {"address", server.Address()}}) : server.Address() + '\n');
@@ -60,23 +55,17 @@ void RunPage(const Options& options, TextOutput& output) {
       platform::Write(platform::Stream::kError, fmt::format("tarnfind: cannot open a browser: {}\n", error));
 
   const Json summary = {{"command", "search"}};
-  const auto end = [&](const std::exception& error, int code, const std::string& step) {
-    server.Lines().Add(ErrorLine(ErrorText(error), code, step), {});
-    server.Lines().Finish();
-    platform::Write(platform::Stream::kError, "tarnfind: the search has ended with an error; the page says which\n");
-    ServeOn(server, options.page.once);
-  };
   try {
     RunSearchWith({{}, {}, summary}, 0, search, output, [&](const FoundCameras& cameras, TextOutput& collected) {
       return MakeBothViews(
           options.json ? MakeSearchView(search, cameras, summary, collected) : std::make_unique<SummaryView>(collected),
           MakeLinesView(server.Lines(), &pictures, cameras, summary));
     });
-  } catch (const CommandError& error) {
-    end(error, error.Code(), error.Step());
-    throw;
   } catch (const std::exception& error) {
-    end(error, kFailed, {});
+    server.Lines().Add(ErrorLine(error), {});
+    server.Lines().Finish();
+    platform::Write(platform::Stream::kError, "tarnfind: the search has ended with an error; the page says which\n");
+    ServeOn(server, options.page.once);
     throw;
   } catch (...) {  // the reader of the output has gone
     server.Lines().Finish();

@@ -22,6 +22,9 @@ FoundCameras::Filter CombinedFilter(const Options& options);
 /// Throws Missed where --expect or --expect-mac is not met by the cameras that are shown and have not gone.
 void CheckExpectations(const Options& options, const FoundCameras& cameras);
 
+/// How long a search lasts where --for is not given.
+inline constexpr double kUsualSearchSeconds = 5;
+
 /// A command of the finder that a search sends when it has begun.
 struct SentCommand {
   FinderSession::FinderCall call;

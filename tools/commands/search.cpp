@@ -13,7 +13,6 @@ namespace tarnfind {
 
 namespace {
 
-constexpr double kUsualSeconds = 5;
 constexpr double kUsualAnswerSeconds = 2;
 constexpr std::chrono::milliseconds kRefreshInterval{100};
 /// Events that arrive before the list are kept back so long, so that known cameras do not show as new ones.
@@ -210,7 +209,7 @@ void RunSearchWith(const SentCommand& command, double usualSeconds, const Option
 }
 
 void RunSearch(const Options& options, TextOutput& output) {
-  RunSearchWith({{}, {}, {{"command", "search"}}}, kUsualSeconds, options, output);
+  RunSearchWith({{}, {}, {{"command", "search"}}}, kUsualSearchSeconds, options, output);
 }
 
 void RunSendMac(const Options& options, TextOutput& output) {

@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "tools/failure.h"
+
 namespace tarnfind {
 
 namespace {
@@ -76,9 +78,11 @@ class LinesView final : public SearchView, private TextOutput {
 
 }  // namespace
 
-std::string ErrorLine(const std::string& text, int exitCode, const std::string& step) {
-  Json object = {{"event", "error"}, {"error", text}, {"exitCode", exitCode}};
-  if (!step.empty()) object["step"] = step;
+std::string ErrorLine(const std::exception& error) {
+  const auto* const known = dynamic_cast<const CommandError*>(&error);
+  Json object = {
+      {"event", "error"}, {"error", ErrorText(error)}, {"exitCode", static_cast<int>(known ? known->Code() : kFailed)}};
+  if (known && !known->Step().empty()) object["step"] = known->Step();
   return JsonLine(object);
 }
 

@@ -2,6 +2,7 @@
 /// goes and what is wrong. docs/tarnfind.schema.json describes every line.
 #pragma once
 
+#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -26,6 +27,6 @@ std::unique_ptr<SearchView> MakeLinesView(LineReceiver& lines, PagePictures* pic
                                           Json summary);
 
 /// The line of a search that did not come to its end.
-std::string ErrorLine(const std::string& text, int exitCode, const std::string& step);
+std::string ErrorLine(const std::exception& error);
 
 }  // namespace tarnfind
