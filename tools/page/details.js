@@ -103,7 +103,7 @@ class Details {
     if (!newest) return [];
     const rows = newest.shown.map((exact, position) => {
       const series = camera.values.map((list) => list.numbers[position]).filter((n) => n !== undefined);
-      return make("div", "series", make("span", "position", `${position + 1}`), sparkline(series, 220, 36), make("span", "number", exact));
+      return make("div", "series", make("span", "position", `${position + 1}`), sparkline(series, 220, 36), make("span", "number", String(exact)));
     });
     const notes = [];
     if (newest.count > kMostPositions) notes.push(`The first ${kMostPositions} of ${grouped(newest.count)} numbers are kept.`);
@@ -166,10 +166,10 @@ class Details {
   }
 
   raw(open) {
-    if (!this.camera.line) return [];
-    const text = make("pre", "scrolls", visible(this.camera.line.trim()));
+    if (this.camera.stray) return [];
+    const text = make("pre", "scrolls", JSON.stringify(this.camera.told, null, 2).split("\n").map(visible).join("\n"));
     text.tabIndex = 0;
-    const details = make("details", "", make("summary", "", "Last line as it came"), text);
+    const details = make("details", "", make("summary", "", "As JSON"), text);
     details.open = open;
     return [details];
   }

@@ -231,7 +231,7 @@ function seenText(camera) {
 }
 
 function sharedBadge() {
-  return make("span", "badge is-shared", icon("shared"), make("span", "", "Same address"));
+  return make("span", "badge is-shared", icon("shared"), make("span", "", "Same IP"));
 }
 
 /// A row of the table.

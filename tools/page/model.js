@@ -80,7 +80,7 @@ class Model {
       this.lastTime = line.time;
     }
     switch (line.event) {
-      case "camera": this.takeCamera(line, text); break;
+      case "camera": this.takeCamera(line); break;
       case "picture": this.takePicture(line); break;
       case "values": this.takeValues(line, text); break;
       case "state": this.state = line; break;
@@ -105,7 +105,7 @@ class Model {
     return told.mac === "UNKNOWN" ? `UNKNOWN ${told.ip ?? ""}` : standardMac(told.mac);
   }
 
-  takeCamera(line, text) {
+  takeCamera(line) {
     const key = Model.keyOf(line.camera);
     const camera = this.byKey.get(key) ?? this.add(key);
     const first = camera.first === "";
@@ -114,7 +114,6 @@ class Model {
     camera.told = line.camera;
     camera.level = toldBy(line.camera);
     camera.type = line.type;
-    camera.line = text;
     camera.twiceAt = line.listedTwiceAt ?? "";
     // A line without a kind is of the server's list; a first line that is no news is of a camera that was listed.
     const ofList = !("kind" in line);
@@ -149,10 +148,8 @@ class Model {
     const camera = this.find(line);
     if (!camera) return;
     ++camera.valueLists;
-    // Numbers beyond 2^53 lose digits in JSON.parse, so what is shown is taken from the text.
-    const exact = /"values":\[([0-9,]*)\]\}\s*$/.exec(text)?.[1].split(",") ?? line.values.map(String);
-    const kept = {time: line.time, count: exact.length, shown: exact.slice(0, kMostPositions)};
-    kept.numbers = kept.shown.map(Number);
+    const kept = {time: line.time, count: line.values.length, numbers: line.values.slice(0, kMostPositions)};
+    kept.shown = exactNumbers(kept.numbers, text);
     camera.values.push(kept);
     keepLast(camera.values, kMostValueLists);
     this.addEvent(camera, {time: line.time, what: "values", text: kept.shown.join(" "), differences: []});
@@ -199,7 +196,7 @@ class Model {
     const camera = {
       key, arrival: this.cameras.length, told: {mac: ""}, level: 0, type: null, state: "new", stray: false, listed: false,
       everChanged: false, isGone: false, twiceAt: "", first: "", last: "", eventCount: 0, events: [], eventsLost: 0,
-      pictures: [], pictureCount: 0, values: [], valueLists: 0, line: "", version: 0, words: null, counted: false,
+      pictures: [], pictureCount: 0, values: [], valueLists: 0, version: 0, words: null, counted: false,
     };
     this.byKey.set(key, camera);
     this.cameras.push(camera);
@@ -277,6 +274,13 @@ function countIn(map, text, by) {
   const count = (map.get(text) ?? 0) + by;
   if (count > 0) map.set(text, count);
   else map.delete(text);
+}
+
+/// Numbers beyond 2^53 have lost digits in JSON.parse; those are read from the line's text.
+function exactNumbers(numbers, text) {
+  if (numbers.every(Number.isSafeInteger)) return numbers;
+  const digits = /"values":\[([0-9,]*)\]\}\s*$/.exec(text)?.[1].split(",") ?? [];
+  return numbers.map((number, i) => (Number.isSafeInteger(number) || !digits[i] ? number : BigInt(digits[i])));
 }
 
 /// What differs between two states of a camera, as texts. A password says only that it is set.
@@ -371,24 +375,39 @@ function* arrange(model, query) {
   return (runs[0] ?? []).map((entry) => entry.camera);
 }
 
-/// `shown` with the touched cameras put where they belong by now.
+const kMostSingly = 32;  // more cameras than this are put in place together
+
+/// `shown` with the touched cameras put where they belong by now. Changes and returns `shown`, or returns another array.
 function rearranged(shown, touched, model, query) {
   const moved = [...touched].filter((camera) => query.matches(model, camera))
       .map((camera) => ({camera, key: query.keyOf(camera)}))
       .sort((a, b) => query.compare(a.camera, a.key, b.camera, b.key));
-  const others = shown.filter((camera) => !touched.has(camera));
+  if (touched.size > kMostSingly) return merged(shown.filter((camera) => !touched.has(camera)), moved, query);
+  for (const camera of touched) {
+    const at = shown.indexOf(camera);
+    if (at >= 0) shown.splice(at, 1);
+  }
+  for (const entry of moved) shown.splice(placeOf(entry, shown, 0, query), 0, entry.camera);
+  return shown;
+}
+
+/// Index of the first camera, from `low` on, that does not come before the entry.
+function placeOf({camera, key}, cameras, low, query) {
+  for (let high = cameras.length; low < high;) {
+    const middle = (low + high) >> 1, other = cameras[middle];
+    if (query.compare(other, query.keyOf(other), camera, key) < 0) low = middle + 1;
+    else high = middle;
+  }
+  return low;
+}
+
+function merged(cameras, entries, query) {
   const result = [];
   let next = 0;
-  for (const {camera, key} of moved) {
-    let low = next, high = others.length;
-    while (low < high) {
-      const middle = (low + high) >> 1, other = others[middle];
-      if (query.compare(other, query.keyOf(other), camera, key) < 0) low = middle + 1;
-      else high = middle;
-    }
-    while (next < low) result.push(others[next++]);
-    result.push(camera);
+  for (const entry of entries) {
+    for (const end = placeOf(entry, cameras, next, query); next < end; ++next) result.push(cameras[next]);
+    result.push(entry.camera);
   }
-  while (next < others.length) result.push(others[next++]);
+  while (next < cameras.length) result.push(cameras[next++]);
   return result;
 }

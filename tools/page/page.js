@@ -19,7 +19,7 @@ const page = {
   pending: new Set(),     // touched since that began
   broken: "",             // why no more lines come, though the last one has not come
   heard: performance.now(), announced: 0, toAnnounce: {new: 0, changed: 0, gone: 0}, said: "",
-  frameAsked: false, choicesDrawn: -Infinity,
+  frameAsked: false, choicesDrawn: -Infinity, lastOpened: null,
 };
 
 const list = () => (page.view === "table" ? table : wall);
@@ -134,14 +134,15 @@ function drawFrame() {
 /// What goes on, as kind (for colour and shape), text, and how far it has come.
 function currentState() {
   const {state, summary, error} = model;
-  if (error) return {kind: "error", text: error.step ? `No channel: ended at step “${error.step}”` : "The search failed"};
+  if (error) return {kind: "error", text: error.step ? "No channel" : "Search failed"};
   if (summary) {
     const took = summary.seconds === undefined ? "" : ` after ${seconds(summary.seconds)}`;
     return {kind: "ended", text: summary.interrupted ? `Search interrupted${took}` : `Search ended${took}`};
   }
   if (page.broken) return {kind: "error", text: "tarnfind has gone"};
+  if (isReport()) return {kind: "ended", text: "Lines without an end"};
   const silent = performance.now() - page.heard;
-  if (silent > kSilence && !isReport()) return {kind: "silent", text: `No sign of life for ${Math.floor(silent / 1000)} s`};
+  if (silent > kSilence) return {kind: "silent", text: `No sign of life for ${Math.floor(silent / 1000)} s`};
   if (!state || state.state === "connecting")
     return {kind: "connecting", text: `Opening the channel${state ? ` · ${Math.floor(state.seconds)} s` : ""}`};
   const planned = state.planned ? ` of ${state.planned} s` : "";
@@ -172,7 +173,7 @@ function listText() {
 function drawAlert() {
   const alert = byId("alert");
   const {error} = model;
-  const title = error ? currentState().text : page.broken && !model.ended ? "tarnfind has gone" : "";
+  const title = error ? (error.step ? `No channel: the way to the server ended at step “${error.step}”` : "The search failed") : page.broken && !model.ended ? "tarnfind has gone" : "";
   if (alert.dataset.title === title) return;
   alert.dataset.title = title;
   if (!title) return alert.replaceChildren();
@@ -191,7 +192,7 @@ function drawRemarks() {
   const key = remarks.join("\n");
   if (byId("remarks").dataset.key === key) return;
   byId("remarks").dataset.key = key;
-  byId("remarks").replaceChildren(...remarks.map((text) => make("li", "", icon("shared"), isolated(text))));
+  byId("remarks").replaceChildren(...remarks.map((text) => make("li", "", icon("alert"), isolated(text))));
 }
 
 function drawFilters() {
@@ -260,8 +261,15 @@ function announce() {
 
 // ---- the lines ----
 
-function takeLines(texts) {
-  for (const text of texts) if (text.trim()) model.take(text);
+/// Takes the lines in; many at once let frames pass between.
+async function takeLines(texts) {
+  for (let i = 0, deadline = performance.now() + kPieceOfWork; i < texts.length; ++i) {
+    if (texts[i].trim()) model.take(texts[i]);
+    if (performance.now() < deadline) continue;
+    askFrame();
+    await new Promise((resume) => setTimeout(resume));
+    deadline = performance.now() + kPieceOfWork;
+  }
   page.heard = performance.now();
   askFrame();
 }
@@ -276,13 +284,13 @@ async function readEvents() {
       if (done) break;
       const texts = (rest + value).split("\n");
       rest = texts.pop();
-      takeLines(texts);
+      await takeLines(texts);
     }
     if (!model.ended) page.broken = "Its answer broke off before the search ended.";
   } catch (error) {
     if (!model.ended) page.broken = `Nothing can be read from it: ${error.message}.`;
   }
-  if (page.broken) askFrame();
+  askFrame();
 }
 
 // ---- what people do ----
