@@ -15,11 +15,19 @@ const kEventWords = {
   picture: "Picture", values: "Values",
 };
 
+const kMostOthers = 10;  // links to cameras with the same address
+
 class Details {
   /// close: what to do when the dialog is closed. neighbour: given -1 or 1, opens another camera.
   constructor(dialog, model, {close, neighbour}) {
-    Object.assign(this, {dialog, model, camera: null, picture: null});
+    Object.assign(this, {dialog, model, camera: null, picture: null, version: -1});
     this.body = dialog.querySelector(".body");
+    this.places = {};
+    const place = (name) => (this.places[name] = make(name === "remarks" ? "div" : "section", name));
+    this.columns = [make("div", "left", ...["pictures", "value-lists"].map(place)),
+      make("div", "right", ...["remarks", "all-fields", "events", "json"].map(place))];
+    this.thumbs = new WeakMap();  // picture -> its button, so that no picture is asked for twice
+    this.frame = make("div", "frame large");
     this.title = dialog.querySelector("h2");
     dialog.addEventListener("close", () => {
       this.camera = null;
@@ -44,7 +52,10 @@ class Details {
     this.version = -1;
     if (!this.dialog.open) this.dialog.showModal();
     this.body.scrollTop = 0;
-    if (camera) return this.draw();
+    if (camera) {
+      this.body.replaceChildren(...this.columns);
+      return this.draw();
+    }
     setText(this.title, "No such camera");
     this.dialog.querySelector(".badges").replaceChildren();
     this.body.replaceChildren(make("p", "empty", "This search has not told of ", isolated(key), "."));
@@ -58,121 +69,137 @@ class Details {
     setText(this.title, visible(nameOf(camera)));
     this.dialog.querySelector(".badges").replaceChildren(
         stateBadge(camera.state), ...(this.model.sharesIp(camera) ? [sharedBadge()] : []));
-    const scrolled = this.body.scrollTop;
-    const thumb = [...this.body.querySelectorAll(".thumbs button")].indexOf(document.activeElement);
-    const open = this.body.querySelector("details")?.open ?? false;
-    this.body.replaceChildren(
-        make("div", "left", this.pictures(), ...this.values()),
-        make("div", "right", ...this.remarks(), this.fields(), this.events(), ...this.raw(open)));
-    this.body.scrollTop = scrolled;
-    if (thumb >= 0) this.body.querySelectorAll(".thumbs button")[thumb]?.focus();
+    const told = JSON.stringify([camera.told, camera.type, camera.listed]);
+    this.write("pictures", camera.pictureCount, () => this.makePictures());
+    this.write("value-lists", camera.valueLists, () => this.makeValues());
+    this.write("remarks", `${told} ${this.others().map((other) => other.key)} ${camera.twiceAt}`, () => this.makeRemarks());
+    this.write("all-fields", `${told} ${camera.last}`, () => this.makeFields());
+    this.write("events", camera.events.length + camera.eventsLost, () => this.makeEvents());
+    this.write("json", told, () => this.makeJson());
   }
 
-  pictures() {
-    const {camera} = this;
-    const shown = camera.pictures.includes(this.picture) ? this.picture : camera.pictures.at(-1) ?? null;
-    const frame = make("div", "frame large");
-    fillPicture(frame, shown, nameOf(camera));
-    const caption = make("p", "caption", shown ? `${preciseClock(shown.time)} · ${counted(shown.bytes, "byte")}` : "");
-    const section = make("section", "pictures", make("h3", "", headingOf("Pictures", camera.pictureCount)), frame, caption);
-    if (camera.pictures.length > 1) section.append(this.thumbs(shown, frame, caption));
-    if (camera.pictureCount > camera.pictures.length)
-      section.append(make("p", "note", `The newest ${kMostPictures} of ${grouped(camera.pictureCount)} are kept.`));
-    return section;
+  /// Builds a section anew where its key has changed, so that focus and selection stay in the others.
+  write(name, key, build) {
+    const place = this.places[name];
+    const whole = `${this.camera.key} ${key}`;
+    if (place.key === whole) return;
+    place.key = whole;
+    place.replaceChildren(...build());
   }
 
-  thumbs(shown) {
-    const list = make("div", "thumbs");
-    for (const picture of [...this.camera.pictures].reverse()) {
-      const frame = make("span", "frame");
-      fillPicture(frame, picture, nameOf(this.camera));
-      const button = make("button", "", frame, make("span", "", clock(picture.time)));
-      setAttribute(button, "aria-pressed", String(picture === shown));
-      button.addEventListener("click", () => {
-        this.picture = picture;
-        this.version = -1;
-        this.draw();
-      });
-      list.append(button);
+  /// Other cameras that are present with the same IP address.
+  others() {
+    const {camera, model} = this;
+    return model.sharesIp(camera) ? [...model.byIp.get(camera.told.ip)].filter((other) => other !== camera) : [];
+  }
+
+  makePictures() {
+    const {camera} = this, caption = make("p", "caption"), thumbs = make("div", "thumbs");
+    const choose = (picture) => {
+      this.picture = picture;
+      const shown = camera.pictures.includes(picture) ? picture : camera.pictures.at(-1) ?? null;
+      fillPicture(this.frame, shown, nameOf(camera));
+      setText(caption, shown ? `${preciseClock(shown.time)} · ${counted(shown.bytes, "byte")}` : "");
+      for (const button of thumbs.children) setAttribute(button, "aria-pressed", String(button.picture === shown));
+    };
+    if (camera.pictures.length > 1) {
+      for (const picture of [...camera.pictures].reverse()) {
+        const button = this.thumbs.get(picture) ?? makeThumb(picture, nameOf(camera));
+        this.thumbs.set(picture, button);
+        button.onclick = () => choose(picture);
+        thumbs.append(button);
+      }
     }
-    return list;
+    choose(this.picture);
+    const parts = [make("h3", "", headingOf("Pictures", camera.pictureCount)), this.frame, caption, thumbs];
+    if (camera.pictureCount > camera.pictures.length)
+      parts.push(make("p", "note", `The newest ${kMostPictures} of ${grouped(camera.pictureCount)} are kept.`));
+    return parts;
   }
 
-  values() {
+  makeValues() {
     const {camera} = this, newest = camera.values.at(-1);
     if (!newest) return [];
     const rows = newest.shown.map((exact, position) => {
       const series = camera.values.map((list) => list.numbers[position]).filter((n) => n !== undefined);
-      return make("div", "series", make("span", "position", `${position + 1}`), sparkline(series, 220, 36), make("span", "number", String(exact)));
+      return make("div", "series", make("span", "position", `${position + 1}`), sparkline(series, 220, 36),
+          make("span", "number", String(exact)));
     });
     const notes = [];
     if (newest.count > kMostPositions) notes.push(`The first ${kMostPositions} of ${grouped(newest.count)} numbers are kept.`);
-    if (camera.valueLists > camera.values.length) notes.push(`The newest ${kMostValueLists} of ${grouped(camera.valueLists)} lists are kept.`);
-    return [make("section", "value-lists", make("h3", "", headingOf("Values", camera.valueLists)), ...rows,
-        ...notes.map((note) => make("p", "note", note)))];
+    if (camera.valueLists > camera.values.length)
+      notes.push(`The newest ${kMostValueLists} of ${grouped(camera.valueLists)} lists are kept.`);
+    return [make("h3", "", headingOf("Values", camera.valueLists)), ...rows, ...notes.map((note) => make("p", "note", note))];
   }
 
   /// What an engineer must know of this camera before all else.
-  remarks() {
-    const {camera, model} = this, remarks = [];
-    if (model.sharesIp(camera)) {
-      const others = [...model.byIp.get(camera.told.ip)].filter((other) => other !== camera);
-      const links = others.slice(0, 10).flatMap((other, i) => {
+  makeRemarks() {
+    const {camera} = this, others = this.others(), remarks = [];
+    const say = (symbol, ...parts) => remarks.push(make("p", "remark", icon(symbol), make("span", "", ...parts)));
+    if (others.length > 0) {
+      const links = others.slice(0, kMostOthers).flatMap((other, i) => {
         const link = linkTo(other);
         link.append(isolated(other.told.mac));
         return i > 0 ? [", ", link] : [link];
       });
-      remarks.push(make("p", "remark", icon("shared"), make("span", "", "Also at ", isolated(camera.told.ip), ": ", ...links,
-          others.length > 10 ? ` and ${grouped(others.length - 10)} more` : "")));
+      say("shared", "Also at ", isolated(camera.told.ip), ": ", ...links,
+          others.length > kMostOthers ? ` and ${grouped(others.length - kMostOthers)} more` : "");
     }
-    if (camera.twiceAt)
-      remarks.push(make("p", "remark", icon("shared"), make("span", "", "The server's list has it twice, also at ", isolated(camera.twiceAt), ".")));
-    if (camera.stray)
-      remarks.push(make("p", "remark", icon("stray"), make("span", "", "Pictures and values came with this text. It names no camera that is known.")));
-    if (!camera.stray && camera.level < 2)
-      remarks.push(make("p", "remark", icon("stray"), make("span", "", "Only a part of this camera has been told; ? is what nobody has told.")));
+    if (camera.twiceAt) say("shared", "The server's list has it twice, also at ", isolated(camera.twiceAt), ".");
+    if (camera.stray) say("stray", "Pictures and values came with this text. It names no camera that is known.");
+    else if (camera.level < 2) say("stray", "Only a part of this camera has been told; ? is what nobody has told.");
     return remarks;
   }
 
-  fields() {
-    const {camera} = this, list = make("dl", "");
-    const add = (title, text, extra) => list.append(make("div", "", make("dt", "", title), make("dd", "", isolated(text), ...(extra ? [extra] : []))));
+  makeFields() {
+    const {camera} = this, list = make("dl");
+    const add = (title, text) => list.append(make("div", "", make("dt", "", title), make("dd", "", isolated(text))));
     if (camera.stray) {
       add("Text", camera.told.mac);
     } else {
       for (const [name, title] of kFields) add(title, fieldText(camera.told, name));
-      add("Type", camera.type === null || kTypeNames.has(camera.type) === false ? typeName(camera.type) : `${typeName(camera.type)} (${camera.type})`);
+      add("Type", kTypeNames.has(camera.type) ? `${typeName(camera.type)} (${camera.type})` : typeName(camera.type));
       add("Listed before", camera.listed ? "yes" : "no");
     }
     add("First seen", preciseClock(camera.first));
     add("Last seen", preciseClock(camera.last));
-    return make("section", "all-fields", make("h3", "", "Fields"), list);
+    return [make("h3", "", "Fields"), list];
   }
 
-  events() {
+  makeEvents() {
     const {camera} = this;
     const rows = [...camera.events].reverse().map((event) => {
-      const item = make("li", `is-${event.what}`, make("time", "", preciseClock(event.time)), make("strong", "", kEventWords[event.what] ?? event.what));
+      const item = make("li", `is-${event.what}`, make("time", "", preciseClock(event.time)),
+          make("strong", "", kEventWords[event.what] ?? event.what));
       if (event.text) item.append(isolated(event.text, "event-text"));
       for (const {name, before, after} of event.differences)
-        item.append(make("div", "difference", make("span", "", kFieldTitles.get(name) ?? name), " ", make("del", "", isolated(before)),
-            make("span", "arrow", " → "), make("ins", "", isolated(after))));
+        item.append(make("div", "difference", make("span", "", kFieldTitles.get(name) ?? name), " ",
+            make("del", "", isolated(before)), make("span", "", " → "), make("ins", "", isolated(after))));
       return item;
     });
-    const section = make("section", "events", make("h3", "", headingOf("Events", camera.events.length + camera.eventsLost)), make("ol", "", ...rows));
+    const parts = [make("h3", "", headingOf("Events", camera.events.length + camera.eventsLost)), make("ol", "", ...rows)];
     if (camera.eventsLost > 0)
-      section.append(make("p", "note", `The newest ${kMostEvents} are kept; ${grouped(camera.eventsLost)} earlier ones are not.`));
-    return section;
+      parts.push(make("p", "note", `The newest ${kMostEvents} are kept; ${grouped(camera.eventsLost)} earlier ones are not.`));
+    return parts;
   }
 
-  raw(open) {
+  makeJson() {
     if (this.camera.stray) return [];
     const text = make("pre", "scrolls", JSON.stringify(this.camera.told, null, 2).split("\n").map(visible).join("\n"));
     text.tabIndex = 0;
     const details = make("details", "", make("summary", "", "As JSON"), text);
-    details.open = open;
+    details.open = this.places.json.querySelector("details")?.open ?? false;
     return [details];
   }
+}
+
+function makeThumb(picture, name) {
+  const frame = make("span", "frame");
+  fillPicture(frame, picture, name);
+  const button = make("button", "", frame, make("span", "", clock(picture.time)));
+  button.type = "button";
+  button.picture = picture;
+  return button;
 }
 
 function headingOf(title, count) {
