@@ -1,7 +1,7 @@
 // The wall and the table. Only the cameras that can be seen, and some beside them, have elements.
-"use strict";
+'use strict';
 
-const kBeside = 600;    // pixels above and below what is seen that are drawn, too
+const kBeside = 600;  // pixels above and below what is seen that are drawn, too
 const kMostPrinted = 2000;
 
 /// Draws a long list of cameras of equal height into `container`, whose properties --before and --after make room for
@@ -24,7 +24,7 @@ class VirtualList {
     if (!probe) return;
     const style = getComputedStyle(this.container);
     this.itemHeight = probe.getBoundingClientRect().height + (parseFloat(style.rowGap) || 0);
-    const tracks = style.display === "grid" ? style.gridTemplateColumns.split(" ").length : 1;
+    const tracks = style.display === 'grid' ? style.gridTemplateColumns.split(' ').length : 1;
     this.columns = Math.max(tracks, 1);
   }
 
@@ -69,15 +69,16 @@ class VirtualList {
         this.drawn.set(camera, element);
       }
       const inPlace = before ? before.nextElementSibling === element : this.container.firstElementChild === element;
-      if (!inPlace) this.container.insertBefore(element, before ? before.nextElementSibling : this.container.firstElementChild);
+      if (!inPlace)
+        this.container.insertBefore(element, before ? before.nextElementSibling : this.container.firstElementChild);
       this.template.update(element, camera, i, this.cameras.length);
-      element.querySelector(".link").tabIndex = camera === this.active ? 0 : -1;
+      element.querySelector('.link').tabIndex = camera === this.active ? 0 : -1;
       before = element;
     }
     const rows = Math.ceil(this.cameras.length / this.columns);
     const room = this.printing ? 0 : this.itemHeight;
-    this.container.style.setProperty("--before", `${Math.floor(first / this.columns) * room}px`);
-    this.container.style.setProperty("--after", `${Math.max(rows - Math.ceil(end / this.columns), 0) * room}px`);
+    this.container.style.setProperty('--before', `${Math.floor(first / this.columns) * room}px`);
+    this.container.style.setProperty('--after', `${Math.max(rows - Math.ceil(end / this.columns), 0) * room}px`);
   }
 
   clear() {
@@ -90,8 +91,14 @@ class VirtualList {
   moveBy(key) {
     const page = this.columns * Math.max(Math.floor(this.scroller.clientHeight / this.itemHeight), 1);
     const steps = {
-      ArrowLeft: this.columns > 1 ? -1 : 0, ArrowRight: this.columns > 1 ? 1 : 0, ArrowUp: -this.columns,
-      ArrowDown: this.columns, PageUp: -page, PageDown: page, Home: -Infinity, End: Infinity,
+      ArrowLeft: this.columns > 1 ? -1 : 0,
+      ArrowRight: this.columns > 1 ? 1 : 0,
+      ArrowUp: -this.columns,
+      ArrowDown: this.columns,
+      PageUp: -page,
+      PageDown: page,
+      Home: -Infinity,
+      End: Infinity,
     };
     if (!steps[key] || this.cameras.length === 0) return false;
     const at = Math.max(this.cameras.indexOf(this.active), 0);
@@ -106,166 +113,14 @@ class VirtualList {
     this.active = camera;
     const top = this.container.getBoundingClientRect().top - this.scroller.getBoundingClientRect().top;
     const y = top + Math.floor(index / this.columns) * this.itemHeight;
-    const head = this.scroller.querySelector("thead")?.getBoundingClientRect().height ?? 0;
-    if (y < head) this.scroller.scrollTop += y - head - 8;
-    else if (y + this.itemHeight > this.scroller.clientHeight) this.scroller.scrollTop += y + this.itemHeight - this.scroller.clientHeight + 8;
+    const head = this.scroller.querySelector('thead')?.getBoundingClientRect().height ?? 0;
+    if (y < head)
+      this.scroller.scrollTop += y - head - 8;
+    else if (y + this.itemHeight > this.scroller.clientHeight)
+      this.scroller.scrollTop += y + this.itemHeight - this.scroller.clientHeight + 8;
     this.draw(this.cameras);
     this.active = camera;
     this.draw(this.cameras);
-    this.drawn.get(camera)?.querySelector(".link").focus({preventScroll: true});
+    this.drawn.get(camera)?.querySelector('.link').focus({preventScroll: true});
   }
 }
-
-/// What a camera is called: its model, else its addresses.
-function nameOf(camera) {
-  if (camera.stray) return camera.told.mac || "(no text)";
-  return camera.told.model || camera.told.ip || camera.told.mac;
-}
-
-/// State as shape, colour and word.
-function stateBadge(state) {
-  return make("span", `badge is-${state}`, icon(state), make("span", "", kStates[state]));
-}
-
-/// Shows a picture, or a placeholder that says why there is none.
-function fillPicture(frame, picture, name) {
-  if (frame.picture === picture) return;
-  frame.picture = picture;
-  const say = (title, detail) => {
-    frame.replaceChildren(make("span", "no-picture", icon("picture"), make("span", "", title), make("small", "", detail)));
-  };
-  if (!picture) return say("No picture yet", "");
-  const format = /\.(\w+)$/.exec(picture.file ?? "")?.[1].toUpperCase() ?? "";
-  const what = [format, counted(picture.bytes, "byte")].filter(Boolean).join(", ");
-  const address = picture.data ?? (picture.file && !isReport() ? `pictures/${encodeURIComponent(picture.file)}` : null);
-  if (!address) return say("Picture not shown", picture.error ? visible(picture.error) : `cannot be read: ${what}`);
-  const image = make("img");
-  image.decoding = "async";
-  image.alt = `Picture of ${visible(name)}, ${clock(picture.time)}`;
-  image.addEventListener("error", () => {
-    if (frame.picture === picture) say("Broken picture", what);
-  });
-  image.src = address;
-  frame.replaceChildren(image);
-}
-
-/// Each position of the value lists as a small line. most: of those that are drawn.
-function fillValues(place, camera, most) {
-  if (place.valueLists === camera.valueLists) return;
-  place.valueLists = camera.valueLists;
-  const newest = camera.values.at(-1);
-  if (!newest) return place.replaceChildren();
-  const lines = newest.numbers.slice(0, most).map((_, position) => {
-    const series = camera.values.map((list) => list.numbers[position]).filter((n) => n !== undefined);
-    return make("span", "value", sparkline(series, 48, 16), make("span", "number", short(newest.numbers[position])));
-  });
-  place.replaceChildren(...lines);
-}
-
-const shortFormat = new Intl.NumberFormat("en-GB", {notation: "compact", maximumFractionDigits: 1});
-function short(number) {
-  return number < 10000 ? String(number) : number < 1e15 ? shortFormat.format(number) : number.toExponential(1);
-}
-
-function linkTo(camera) {
-  const link = make("a", "link");
-  link.href = `#camera=${encodeURIComponent(camera.key)}`;
-  return link;
-}
-
-/// A card of the wall. `parts` of the element are what update() writes.
-const cardTemplate = (model) => ({
-  create(camera) {
-    const rows = {}, fields = make("dl", "fields");
-    for (const [name, title] of kCardRows) {
-      rows[name] = make("bdi");
-      fields.append(make("div", `field-${name}`, make("dt", "", title), make("dd", "", rows[name])));
-    }
-    const parts = {
-      rows, badge: make("span", "badges"), frame: make("span", "frame"), count: make("span", "picture-count"),
-      name: make("bdi", "name"), vendor: make("bdi", "vendor"), values: make("span", "values"), seen: make("span", "seen"), link: linkTo(camera),
-    };
-    parts.link.append(parts.name);
-    const element = make("li", "card",
-        make("div", "shot", parts.frame, parts.badge, parts.count),
-        make("div", "text", make("h3", "", parts.link), make("p", "maker", parts.vendor), fields, parts.values, parts.seen));
-    element.parts = parts;
-    return element;
-  },
-  update(element, camera, index, size) {
-    setAttribute(element, "aria-posinset", String(index + 1));
-    setAttribute(element, "aria-setsize", String(size));
-    if (element.version === camera.version) return;
-    element.version = camera.version;
-    const {parts} = element;
-    const shared = model.sharesIp(camera);
-    element.className = `card is-${camera.state}`;
-    parts.badge.replaceChildren(stateBadge(camera.state), ...(shared ? [sharedBadge()] : []));
-    fillPicture(parts.frame, camera.pictures.at(-1) ?? null, nameOf(camera));
-    setText(parts.count, camera.pictureCount > 1 ? counted(camera.pictureCount, "picture") : "");
-    parts.frame.classList.toggle("stacked", camera.pictureCount > 1);
-    setText(parts.name, visible(nameOf(camera)));
-    const maker = camera.stray ? "no known camera" : cellText(kVendorColumn, camera);
-    const firmware = camera.level === 2 && camera.told.firmware ? ` · ${camera.told.firmware}` : "";
-    setText(parts.vendor, visible(maker + firmware));
-    for (const [name, , text] of kCardRows) setText(parts.rows[name], camera.stray ? "" : visible(text(camera)));
-    fillValues(parts.values, camera, 4);
-    setText(parts.seen, seenText(camera));
-  },
-});
-
-const cell = (name) => (camera) => cellText(columnNamed(name), camera);
-const kCardRows = [
-  ["ip", "IP", (c) => cell("ip")(c) + (c.level < 2 ? "" : c.told.dhcp ? " · DHCP" : " · static")],
-  ["mac", "MAC", cell("mac")],
-  ["mask", "Mask", cell("mask")],
-  ["gateway", "Gateway", cell("gateway")],
-  ["plugin", "Plug-in", cell("plugin")],
-  ["type", "Type", cell("type")],
-];
-
-function seenText(camera) {
-  const first = clock(camera.first), last = clock(camera.last);
-  const events = camera.eventCount > 0 ? ` · ${counted(camera.eventCount, "event")}` : "";
-  return (first === last ? `seen ${last}` : `seen ${first} – ${last}`) + events;
-}
-
-function sharedBadge() {
-  return make("span", "badge is-shared", icon("shared"), make("span", "", "Same IP"));
-}
-
-/// A row of the table.
-const rowTemplate = (model) => ({
-  create(camera) {
-    const parts = {frame: make("span", "frame small"), link: linkTo(camera), cells: {}};
-    const element = make("tr");
-    for (const column of kColumns) {
-      const place = make(column.name === "mac" ? "th" : "td", `column-${column.name}`);
-      const text = parts.cells[column.name] = make("bdi", column.name === "values" ? "values" : "");
-      if (column.name === "mac") {
-        place.scope = "row";
-        parts.link.append(text);
-        place.append(parts.frame, parts.link);
-      } else {
-        place.append(text);
-      }
-      element.append(place);
-    }
-    element.parts = parts;
-    return element;
-  },
-  update(element, camera, index) {
-    setAttribute(element, "aria-rowindex", String(index + 2));  // the head is the first
-    if (element.version === camera.version) return;
-    element.version = camera.version;
-    const {parts} = element;
-    element.className = `row is-${camera.state}`;
-    fillPicture(parts.frame, camera.pictures.at(-1) ?? null, nameOf(camera));
-    for (const column of kColumns) {
-      const place = parts.cells[column.name];
-      if (column.name === "state") place.replaceChildren(stateBadge(camera.state), ...(model.sharesIp(camera) ? [sharedBadge()] : []));
-      else if (column.name === "values") fillValues(place, camera, 3);
-      else setText(place, camera.stray && column.needs > 0 ? "" : visible(cellText(column, camera)));
-    }
-  },
-});

@@ -1,49 +1,61 @@
 // What the lines of a search tell, kept in bounded space. Knows nothing of the page's elements.
-"use strict";
+'use strict';
 
-const kMostEvents = 100;    // kept of a camera
-const kMostPictures = 20;   // kept of a camera
+const kMostEvents = 100;      // kept of a camera
+const kMostPictures = 20;     // kept of a camera
 const kMostValueLists = 100;  // kept of a camera
-const kMostPositions = 32;  // kept of a value list
-const kMostStrays = 1000;   // texts of no known camera that are kept
+const kMostPositions = 32;    // kept of a value list
+const kMostStrays = 1000;     // texts of no known camera that are kept
 const kMostProblems = 5;
 
-const kStates = {known: "Known", new: "New", changed: "Changed", gone: "Gone", stray: "No known camera"};
+const kStates = {
+  known: 'Known',
+  new: 'New',
+  changed: 'Changed',
+  gone: 'Gone',
+  stray: 'No camera'
+};
 
 /// How much of a camera its object tells. A member above that level is not there.
-function toldBy(camera) {
-  return "model" in camera ? 2 : "ip" in camera ? 1 : 0;
-}
+function toldBy(camera) { return 'model' in camera ? 2 : 'ip' in camera ? 1 : 0; }
 
 /// A column of the table and of the sort box. needs: the level that tells it. text: what the cell says. key: what it is
 /// sorted by where that is not the text.
 const kColumns = [
-  {name: "state", title: "State", needs: 0, text: (c) => kStates[c.state], key: (c) => Object.keys(kStates).indexOf(c.state)},
-  {name: "mac", title: "MAC", needs: 0, text: (c) => c.told.mac},
-  {name: "ip", title: "IP", needs: 1, text: (c) => c.told.ip, key: (c) => ipNumber(c.told.ip)},
-  {name: "dhcp", title: "DHCP", needs: 2, text: (c) => (c.told.dhcp ? "yes" : "no")},
-  {name: "vendor", title: "Vendor", needs: 1, text: (c) => c.told.vendor},
-  {name: "model", title: "Model", needs: 2, text: (c) => c.told.model},
-  {name: "firmware", title: "Firmware", needs: 2, text: (c) => c.told.firmware},
-  {name: "plugin", title: "Plug-in", needs: 1, text: (c) => c.told.plugin},
-  {name: "type", title: "Type", needs: 0, text: (c) => typeName(c.type), key: (c) => c.type ?? -1},
-  {name: "mask", title: "Mask", needs: 2, text: (c) => c.told.subnetMask, key: (c) => ipNumber(c.told.subnetMask)},
-  {name: "gateway", title: "Gateway", needs: 2, text: (c) => c.told.gateway, key: (c) => ipNumber(c.told.gateway)},
-  {name: "values", title: "Values", needs: 0, text: (c) => c.values.at(-1)?.shown.join(" ") ?? "", key: (c) => c.valueLists},
-  {name: "pictures", title: "Pictures", needs: 0, text: (c) => grouped(c.pictureCount), key: (c) => c.pictureCount},
-  {name: "first", title: "First seen", needs: 0, text: (c) => clock(c.first), key: (c) => c.first},
-  {name: "last", title: "Last seen", needs: 0, text: (c) => clock(c.last), key: (c) => c.last},
-  {name: "events", title: "Events", needs: 0, text: (c) => grouped(c.eventCount), key: (c) => c.eventCount},
+  {
+    name: 'state',
+    title: 'State',
+    needs: 0,
+    text: (c) => kStates[c.state],
+    key: (c) => Object.keys(kStates).indexOf(c.state)
+  },
+  {name: 'mac', title: 'MAC', needs: 0, text: (c) => c.told.mac},
+  {name: 'ip', title: 'IP', needs: 1, text: (c) => c.told.ip, key: (c) => ipNumber(c.told.ip)},
+  {name: 'dhcp', title: 'DHCP', needs: 2, text: (c) => (c.told.dhcp ? 'yes' : 'no')},
+  {name: 'vendor', title: 'Vendor', needs: 1, text: (c) => c.told.vendor},
+  {name: 'model', title: 'Model', needs: 2, text: (c) => c.told.model},
+  {name: 'firmware', title: 'Firmware', needs: 2, text: (c) => c.told.firmware},
+  {name: 'plugin', title: 'Plug-in', needs: 1, text: (c) => c.told.plugin},
+  {name: 'type', title: 'Type', needs: 0, text: (c) => (c.stray ? '' : typeName(c.type)), key: (c) => c.type ?? -1},
+  {name: 'mask', title: 'Mask', needs: 2, text: (c) => c.told.subnetMask, key: (c) => ipNumber(c.told.subnetMask)},
+  {name: 'gateway', title: 'Gateway', needs: 2, text: (c) => c.told.gateway, key: (c) => ipNumber(c.told.gateway)},
+  {
+    name: 'values',
+    title: 'Values',
+    needs: 0,
+    text: (c) => c.values.at(-1)?.shown.join(' ') ?? '',
+    key: (c) => c.valueLists
+  },
+  {name: 'pictures', title: 'Pictures', needs: 0, text: (c) => grouped(c.pictureCount), key: (c) => c.pictureCount},
+  {name: 'first', title: 'First seen', needs: 0, text: (c) => clock(c.first), key: (c) => c.first},
+  {name: 'last', title: 'Last seen', needs: 0, text: (c) => clock(c.last), key: (c) => c.last},
+  {name: 'events', title: 'Events', needs: 0, text: (c) => grouped(c.eventCount), key: (c) => c.eventCount},
 ];
 
-function columnNamed(name) {
-  return kColumns.find((column) => column.name === name);
-}
-const kVendorColumn = columnNamed("vendor");
+function columnNamed(name) { return kColumns.find((column) => column.name === name); }
+const kVendorColumn = columnNamed('vendor');
 
-function cellText(column, camera) {
-  return camera.level < column.needs ? kNotTold : column.text(camera);
-}
+function cellText(column, camera) { return camera.level < column.needs ? kNotTold : column.text(camera); }
 
 function keepLast(list, most) {
   if (list.length > most) list.splice(0, list.length - most);
@@ -58,19 +70,17 @@ class Model {
     this.vendors = new Map();  // text -> number of cameras
     this.types = new Map();
     this.pictures = this.valueLists = this.omitted = this.strayOverflow = 0;
-    this.state = null;         // the newest line of that kind
+    this.state = null;  // the newest line of that kind
     this.summary = this.error = null;
     this.problems = [];
-    this.firstTime = this.lastTime = "";
+    this.firstTime = this.lastTime = '';
     this.byKey = new Map();
-    this.byIp = new Map();     // IP address -> present cameras that have it
+    this.byIp = new Map();  // IP address -> present cameras that have it
     this.byModel = new Map();
   }
 
   /// Whether the last line of the search has come.
-  get ended() {
-    return this.summary !== null || this.error !== null;
-  }
+  get ended() { return this.summary !== null || this.error !== null; }
 
   /// text: one line. Throws SyntaxError where it is no JSON.
   take(text) {
@@ -80,14 +90,28 @@ class Model {
       this.lastTime = line.time;
     }
     switch (line.event) {
-      case "camera": this.takeCamera(line); break;
-      case "picture": this.takePicture(line); break;
-      case "values": this.takeValues(line, text); break;
-      case "state": this.state = line; break;
-      case "summary": this.summary = line; break;
-      case "error": this.error = line; break;
-      case "omitted": this.omitted += line.lines; break;
-      case "problem":
+      case 'camera':
+        this.takeCamera(line);
+        break;
+      case 'picture':
+        this.takePicture(line);
+        break;
+      case 'values':
+        this.takeValues(line, text);
+        break;
+      case 'state':
+        this.state = line;
+        break;
+      case 'summary':
+        this.summary = line;
+        break;
+      case 'error':
+        this.error = line;
+        break;
+      case 'omitted':
+        this.omitted += line.lines;
+        break;
+      case 'problem':
         this.problems.push(line.text);
         keepLast(this.problems, kMostProblems);
         break;
@@ -101,31 +125,31 @@ class Model {
   }
 
   /// A camera is known by its MAC address; those without one by their IP address too.
-  static keyOf(told) {
-    return told.mac === "UNKNOWN" ? `UNKNOWN ${told.ip ?? ""}` : standardMac(told.mac);
-  }
+  static keyOf(told) { return told.mac === 'UNKNOWN' ? `UNKNOWN ${told.ip ?? ''}` : standardMac(told.mac); }
 
   takeCamera(line) {
     const key = Model.keyOf(line.camera);
     const camera = this.byKey.get(key) ?? this.add(key);
-    const first = camera.first === "";
+    const first = camera.first === '';
     this.count(camera, -1);
     const before = camera.told, beforeType = camera.type;
     camera.told = line.camera;
     camera.level = toldBy(line.camera);
     camera.type = line.type;
-    camera.twiceAt = line.listedTwiceAt ?? "";
+    camera.twiceAt = line.listedTwiceAt ?? '';
     // A line without a kind is of the server's list; a first line that is no news is of a camera that was listed.
-    const ofList = !("kind" in line);
-    camera.listed ||= ofList || (first && (line.change === "same" || line.change === "changed"));
-    camera.everChanged ||= line.change === "changed";
-    camera.isGone = line.change === "gone";
-    if (line.change !== "same") camera.state = line.change;
-    camera.first ||= line.time ?? "";
+    const ofList = !('kind' in line);
+    camera.listed ||= ofList || (first && (line.change === 'same' || line.change === 'changed'));
+    camera.everChanged ||= line.change === 'changed';
+    camera.isGone = line.change === 'gone';
+    if (line.change !== 'same') camera.state = line.change;
+    camera.first ||= line.time ?? '';
     camera.last = line.time ?? camera.last;
     if (!ofList) ++camera.eventCount;
     this.addEvent(camera, {
-      time: line.time, what: ofList ? "listed" : line.change, kind: line.kind,
+      time: line.time,
+      what: ofList ? 'listed' : line.change,
+      kind: line.kind,
       differences: first ? [] : differences(before, beforeType, line.camera, line.type),
     });
     this.count(camera, 1);
@@ -139,7 +163,7 @@ class Model {
     ++camera.pictureCount;
     camera.pictures.push({time: line.time, file: line.file, data: line.data, bytes: line.bytes, error: line.error});
     keepLast(camera.pictures, kMostPictures);
-    this.addEvent(camera, {time: line.time, what: "picture", text: counted(line.bytes, "byte"), differences: []});
+    this.addEvent(camera, {time: line.time, what: 'picture', text: counted(line.bytes, 'byte'), differences: []});
     this.touch(camera);
   }
 
@@ -152,7 +176,7 @@ class Model {
     kept.shown = exactNumbers(kept.numbers, text);
     camera.values.push(kept);
     keepLast(camera.values, kMostValueLists);
-    this.addEvent(camera, {time: line.time, what: "values", text: kept.shown.join(" "), differences: []});
+    this.addEvent(camera, {time: line.time, what: 'values', text: kept.shown.join(' '), differences: []});
     this.touch(camera);
   }
 
@@ -174,11 +198,11 @@ class Model {
       }
       camera = this.add(key);
       camera.stray = true;
-      camera.state = "stray";
+      camera.state = 'stray';
       camera.told = {mac: line.camera};
       ++this.counts.stray;
     }
-    camera.first ||= line.time ?? "";
+    camera.first ||= line.time ?? '';
     camera.last = line.time ?? camera.last;
     return camera;
   }
@@ -187,16 +211,36 @@ class Model {
   addOmitted(mac) {
     const camera = this.add(standardMac(mac));
     camera.told = {mac};
-    camera.state = "known";
+    camera.state = 'known';
     this.count(camera, 1);
     return camera;
   }
 
   add(key) {
     const camera = {
-      key, arrival: this.cameras.length, told: {mac: ""}, level: 0, type: null, state: "new", stray: false, listed: false,
-      everChanged: false, isGone: false, twiceAt: "", first: "", last: "", eventCount: 0, events: [], eventsLost: 0,
-      pictures: [], pictureCount: 0, values: [], valueLists: 0, version: 0, words: null, counted: false,
+      key,
+      arrival: this.cameras.length,
+      told: {mac: ''},
+      level: 0,
+      type: null,
+      state: 'new',
+      stray: false,
+      listed: false,
+      everChanged: false,
+      isGone: false,
+      twiceAt: '',
+      first: '',
+      last: '',
+      eventCount: 0,
+      events: [],
+      eventsLost: 0,
+      pictures: [],
+      pictureCount: 0,
+      values: [],
+      valueLists: 0,
+      version: 0,
+      words: null,
+      counted: false,
     };
     this.byKey.set(key, camera);
     this.cameras.push(camera);
@@ -222,15 +266,17 @@ class Model {
     if (by < 0 && !camera.counted) return;
     camera.counted = by > 0;
     this.counts.all += by;
-    if (camera.listed) this.counts.known += by;
-    else if (camera.level > 0) this.counts.new += by;
+    if (camera.listed)
+      this.counts.known += by;
+    else if (camera.level > 0)
+      this.counts.new += by;
     if (camera.everChanged) this.counts.changed += by;
     if (camera.isGone) this.counts.gone += by;
     countIn(this.vendors, cellText(kVendorColumn, camera), by);
     countIn(this.types, typeName(camera.type), by);
     if (camera.told.model) this.index(this.byModel, camera.told.model, camera, by);
     const ip = camera.told.ip;
-    if (!camera.isGone && ip && ip !== "0.0.0.0") this.shareIp(ip, camera, by);
+    if (!camera.isGone && ip && ip !== '0.0.0.0') this.shareIp(ip, camera, by);
   }
 
   shareIp(ip, camera, by) {
@@ -239,15 +285,20 @@ class Model {
     const users = this.index(this.byIp, ip, camera, by);
     this.counts.shared += sharers(users.size) - sharers(before);
     // Another camera begins or ceases to share its address.
-    if ((by > 0 && users.size === 2) || (by < 0 && users.size === 1)) for (const user of users) this.touch(user);
+    if ((by > 0 && users.size === 2) || (by < 0 && users.size === 1))
+      for (const user of users) this.touch(user);
   }
 
   index(map, text, camera, by) {
     const users = map.get(text) ?? new Set();
-    if (by > 0) users.add(camera);
-    else users.delete(camera);
-    if (users.size > 0) map.set(text, users);
-    else map.delete(text);
+    if (by > 0)
+      users.add(camera);
+    else
+      users.delete(camera);
+    if (users.size > 0)
+      map.set(text, users);
+    else
+      map.delete(text);
     return users;
   }
 
@@ -259,27 +310,36 @@ class Model {
   /// Those of a filter by state. The sets overlap, because a known camera may have changed and gone.
   isOf(camera, set) {
     switch (set) {
-      case "known": return camera.listed;
-      case "new": return !camera.stray && !camera.listed && camera.level > 0;
-      case "changed": return camera.everChanged;
-      case "gone": return camera.isGone;
-      case "shared": return this.sharesIp(camera);
-      case "stray": return camera.stray;
-      default: return true;
+      case 'known':
+        return camera.listed;
+      case 'new':
+        return !camera.stray && !camera.listed && camera.level > 0;
+      case 'changed':
+        return camera.everChanged;
+      case 'gone':
+        return camera.isGone;
+      case 'shared':
+        return this.sharesIp(camera);
+      case 'stray':
+        return camera.stray;
+      default:
+        return true;
     }
   }
 }
 
 function countIn(map, text, by) {
   const count = (map.get(text) ?? 0) + by;
-  if (count > 0) map.set(text, count);
-  else map.delete(text);
+  if (count > 0)
+    map.set(text, count);
+  else
+    map.delete(text);
 }
 
 /// Numbers beyond 2^53 have lost digits in JSON.parse; those are read from the line's text.
 function exactNumbers(numbers, text) {
   if (numbers.every(Number.isSafeInteger)) return numbers;
-  const digits = /"values":\[([0-9,]*)\]\}\s*$/.exec(text)?.[1].split(",") ?? [];
+  const digits = /"values":\[([0-9,]*)\]\}\s*$/.exec(text)?.[1].split(',') ?? [];
   return numbers.map((number, i) => (Number.isSafeInteger(number) || !digits[i] ? number : BigInt(digits[i])));
 }
 
@@ -288,126 +348,13 @@ function differences(before, beforeType, after, afterType) {
   const say = (object, name) => {
     if (!(name in object)) return kNotTold;
     const value = object[name];
-    return value === null ? "(unset)" : value === true ? "yes" : value === false ? "no" : String(value);
+    return value === null ? '(unset)' : value === true ? 'yes' : value === false ? 'no' : String(value);
   };
   const found = [];
   for (const name of Object.keys(after)) {
     const old = say(before, name), now = say(after, name);
-    if (name !== "type" && old !== now) found.push({name, before: old, after: now});
+    if (name !== 'type' && old !== now) found.push({name, before: old, after: now});
   }
-  if (beforeType !== afterType) found.push({name: "type", before: typeName(beforeType), after: typeName(afterType)});
+  if (beforeType !== afterType) found.push({name: 'type', before: typeName(beforeType), after: typeName(afterType)});
   return found;
-}
-
-/// Which cameras are shown, and in which order.
-class Query {
-  constructor({text = "", state = "", vendor = null, type = null, sort = "", descending = false} = {}) {
-    Object.assign(this, {text, state, vendor, type, sort, descending});
-    this.wanted = text.toLowerCase().split(/\s+/).filter(Boolean);
-    this.column = columnNamed(sort) ?? null;
-  }
-
-  matches(model, camera) {
-    if (!model.isOf(camera, this.state)) return false;
-    if (this.vendor !== null && (camera.stray || cellText(kVendorColumn, camera) !== this.vendor)) return false;
-    if (this.type !== null && (camera.stray || typeName(camera.type) !== this.type)) return false;
-    if (this.wanted.length === 0) return true;
-    camera.words ??= searchText(camera);
-    return this.wanted.every((word) => camera.words.includes(word));
-  }
-
-  /// What the camera is sorted by.
-  keyOf(camera) {
-    if (!this.column) return camera.arrival;
-    return this.column.key ? this.column.key(camera) : cellText(this.column, camera);
-  }
-
-  /// Order of two cameras with their keys: strays come last, equal ones in order of arrival.
-  compare(a, aKey, b, bKey) {
-    if (a.stray !== b.stray) return a.stray ? 1 : -1;
-    if (aKey !== bKey) return aKey < bKey !== this.descending ? -1 : 1;
-    return a.arrival - b.arrival;
-  }
-}
-
-/// All that can be searched for, in small letters: what the cells say, the rest of the record, and the hardware address
-/// without its separators.
-function searchText(camera) {
-  const told = Object.values(camera.told).filter((value) => typeof value === "string");
-  return [...kColumns.map((column) => cellText(column, camera)), ...told, camera.told.mac.replace(/[:.-]/g, "")].join("\n").toLowerCase();
-}
-
-const kPieceOfWork = 10;  // milliseconds until a long arrangement lets a frame pass
-
-/// The cameras that the query shows, in its order. Yields whenever a piece of work is done; its result is the array.
-/// Cameras that change meanwhile have their old place in it: give them to rearranged().
-function* arrange(model, query) {
-  let deadline = performance.now() + kPieceOfWork;
-  const pause = function* () {
-    if (performance.now() < deadline) return;
-    yield;
-    deadline = performance.now() + kPieceOfWork;
-  };
-  const compare = (a, b) => query.compare(a.camera, a.key, b.camera, b.key);
-  let runs = [], run = [];
-  for (let i = 0, most = model.cameras.length; i < most; ++i) {
-    const camera = model.cameras[i];
-    if (query.matches(model, camera)) run.push({camera, key: query.keyOf(camera)});
-    if (run.length === 1024 || i + 1 === most) {
-      runs.push(run.sort(compare));
-      run = [];
-    }
-    if (i % 256 === 255) yield* pause();
-  }
-  while (runs.length > 1) {  // each round merges neighbours
-    const merged = [];
-    for (let i = 0; i < runs.length; i += 2) {
-      const left = runs[i], right = runs[i + 1] ?? [], both = [];
-      for (let l = 0, r = 0; l < left.length || r < right.length;) {
-        const takeLeft = r === right.length || (l < left.length && compare(left[l], right[r]) <= 0);
-        both.push(takeLeft ? left[l++] : right[r++]);
-        if (both.length % 1024 === 0) yield* pause();
-      }
-      merged.push(both);
-    }
-    runs = merged;
-  }
-  return (runs[0] ?? []).map((entry) => entry.camera);
-}
-
-const kMostSingly = 32;  // more cameras than this are put in place together
-
-/// `shown` with the touched cameras put where they belong by now. Changes and returns `shown`, or returns another array.
-function rearranged(shown, touched, model, query) {
-  const moved = [...touched].filter((camera) => query.matches(model, camera))
-      .map((camera) => ({camera, key: query.keyOf(camera)}))
-      .sort((a, b) => query.compare(a.camera, a.key, b.camera, b.key));
-  if (touched.size > kMostSingly) return merged(shown.filter((camera) => !touched.has(camera)), moved, query);
-  for (const camera of touched) {
-    const at = shown.indexOf(camera);
-    if (at >= 0) shown.splice(at, 1);
-  }
-  for (const entry of moved) shown.splice(placeOf(entry, shown, 0, query), 0, entry.camera);
-  return shown;
-}
-
-/// Index of the first camera, from `low` on, that does not come before the entry.
-function placeOf({camera, key}, cameras, low, query) {
-  for (let high = cameras.length; low < high;) {
-    const middle = (low + high) >> 1, other = cameras[middle];
-    if (query.compare(other, query.keyOf(other), camera, key) < 0) low = middle + 1;
-    else high = middle;
-  }
-  return low;
-}
-
-function merged(cameras, entries, query) {
-  const result = [];
-  let next = 0;
-  for (const entry of entries) {
-    for (const end = placeOf(entry, cameras, next, query); next < end; ++next) result.push(cameras[next]);
-    result.push(entry.camera);
-  }
-  while (next < cameras.length) result.push(cameras[next++]);
-  return result;
 }
