@@ -1,5 +1,6 @@
 /// The base library over a code page that the system refuses, and on a processor without vectors: the tests of base64
 /// in this program see the portable code.
+#include "base/text_conversion.h"
 #include "platform/code_pages.h"
 #include "platform/errors.h"
 #include "platform/processor.h"
@@ -25,6 +26,8 @@ TEST(FailingConversion, ReplacesTheExceptionAndItsOwnReportIsAscii) {
             "SystemException 4322 [ErrorCode #4322] in WideCharToMultiByte");
   EXPECT_EQ(SystemErrorOf([] { throw KestrelException("x"); }),
             "SystemException 4321 [ErrorCode #4321] in MultiByteToWideChar");
+  EXPECT_EQ(WideToAnsiOrAscii(u"a\u007F\u0080\u0416"), "a\x7F??");
+  EXPECT_EQ(AnsiToWideOrAscii("a\x7F\x80\xFF"), u"a\u007F??");
 }
 
 }  // namespace Kestrel

@@ -16,9 +16,11 @@ extern "C" int getaddrinfo(const char* node, const char*, const addrinfo* hints,
   static std::string name;
   static addrinfo entries[2];
   name = node ? node : "";
-  for (addrinfo& entry : entries)
-    entry = {0,       hints->ai_family, hints->ai_socktype, 6, sizeof address, reinterpret_cast<sockaddr*>(&address),
-             nullptr, nullptr};
+  for (addrinfo& entry : entries) {
+    entry = *hints;
+    entry.ai_addrlen = sizeof address;
+    entry.ai_addr = reinterpret_cast<sockaddr*>(&address);
+  }
   entries[0].ai_canonname = name.data();
   entries[0].ai_next = &entries[1];
   *result = entries;
@@ -27,14 +29,15 @@ extern "C" int getaddrinfo(const char* node, const char*, const addrinfo* hints,
 extern "C" void freeaddrinfo(addrinfo*) noexcept {}
 
 TEST(AddressInfo, EntriesAreCopiedAndFailuresAreThoseOfWindows) {
-  const platform::AddressInfo hints{0, AF_INET, SOCK_STREAM, 0, 0, nullptr, nullptr, nullptr};
+  const platform::AddressInfo hints{AI_CANONNAME, AF_INET, SOCK_STREAM, IPPROTO_TCP, 0, nullptr, nullptr, nullptr};
   platform::AddressInfo* list = nullptr;
   ASSERT_EQ(platform::GetAddrInfoW(u"h\u00F6st", nullptr, &hints, &list), 0);
   ASSERT_NE(list->next, nullptr);
   for (const auto* entry : {list, list->next})
     EXPECT_EQ(reinterpret_cast<const sockaddr_in*>(entry->address)->sin_port, 80);
   EXPECT_EQ(std::u16string(list->canonicalName), u"h\u00F6st");
-  EXPECT_TRUE(list->socketType == SOCK_STREAM && !list->next->canonicalName && !list->next->next);
+  EXPECT_EQ(list->flags * 1000 + list->family * 100 + list->socketType * 10 + list->protocol, 2216);
+  EXPECT_TRUE(!list->next->canonicalName && !list->next->next);
   platform::FreeAddrInfoW(list);
   const std::pair<int, int> rows[] = {{EAI_AGAIN, 11002},   {EAI_BADFLAGS, 10022}, {EAI_FAIL, 11003},
                                       {EAI_FAMILY, 10047},  {EAI_MEMORY, 8},       {EAI_NONAME, 11001},
