@@ -39,6 +39,7 @@ class BothViews final : public SearchView {
     first_->Finish(progress);
     second_->Finish(progress);
   }
+  bool IsAbandoned() const override { return first_->IsAbandoned() || second_->IsAbandoned(); }
 
  private:
   std::unique_ptr<SearchView> first_;

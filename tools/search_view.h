@@ -47,6 +47,8 @@ class SearchView {
   /// Called several times a second.
   virtual void Refresh(const SearchProgress& progress) = 0;
   virtual void Finish(const SearchProgress& progress) = 0;
+  /// Whether nobody looks any more, so that the search may end. Asked several times a second.
+  virtual bool IsAbandoned() const { return false; }
 };
 
 /// Shows everything in both views.

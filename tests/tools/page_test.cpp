@@ -130,7 +130,7 @@ TEST(PageServer, SendsLinesAsTheyComeAndEndsBehindTheLast) {
 
 TEST(PageServer, KnowsThatEveryPageWasClosed) {
   const PagePictures none{{}};
-  PageServer server({.watchPages = true}, none);
+  PageServer server({.endWithPages = true}, none);
   const std::string address = server.Address();
   const std::string host = address.substr(7, address.find('/', 7) - 7);
   net::io_context io;
@@ -142,11 +142,11 @@ TEST(PageServer, KnowsThatEveryPageWasClosed) {
              net::buffer("GET " + address.substr(7 + host.size()) + "events HTTP/1.1\r\nHost: " + host + "\r\n\r\n"));
   std::string head;
   net::read_until(socket, net::dynamic_buffer(head), "\r\n\r\n");
-  EXPECT_FALSE(server.HaveAllPagesClosed());
+  EXPECT_FALSE(server.Lines().IsAbandoned());
   socket.close();
-  for (int i = 0; i < 100 && !server.HaveAllPagesClosed(); ++i)
+  for (int i = 0; i < 100 && !server.Lines().IsAbandoned(); ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  EXPECT_TRUE(server.HaveAllPagesClosed());
+  EXPECT_TRUE(server.Lines().IsAbandoned());
 }
 
 }  // namespace

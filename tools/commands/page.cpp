@@ -32,9 +32,8 @@ class SummaryView final : public SearchView {
 };
 
 /// Until Ctrl-C or, with --once, until the last page is closed.
-void ServeOn(const PageServer& server, bool once) {
-  while (!platform::Interrupted() && !(once && server.HaveAllPagesClosed()))
-    std::this_thread::sleep_for(kCheckInterval);
+void ServeOn(PageServer& server) {
+  while (!platform::Interrupted() && !server.Lines().IsAbandoned()) std::this_thread::sleep_for(kCheckInterval);
 }
 
 }  // namespace
@@ -65,14 +64,14 @@ void RunPage(const Options& options, TextOutput& output) {
     server.Lines().Add(ErrorLine(error), {});
     server.Lines().Finish();
     platform::Write(platform::Stream::kError, "tarnfind: the search has ended with an error; the page says which\n");
-    ServeOn(server, options.page.once);
+    ServeOn(server);
     throw;
   } catch (...) {  // the reader of the output has gone
     server.Lines().Finish();
     throw;
   }
   server.Lines().Finish();
-  ServeOn(server, options.page.once);
+  ServeOn(server);
 }
 
 }  // namespace tarnfind

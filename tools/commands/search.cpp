@@ -58,6 +58,7 @@ class Search {
     Take(std::exchange(keptBack_, {}));
   }
   void ShowConnecting(std::chrono::milliseconds elapsed) { view_->ShowConnecting(elapsed); }
+  bool IsAbandoned() const { return view_->IsAbandoned(); }
   void Refresh() {
     if (keepBack_ && progress_.elapsed > kListPatience) StopKeepingBack();
     view_->Refresh(progress_);
@@ -185,7 +186,8 @@ void RunSearchWith(const SentCommand& command, double usualSeconds, const Option
   const Clock::time_point begin = Clock::now();
   Clock::time_point start = begin;
   bool connected = true;
-  while ((!planned || MillisecondsSince(start) < *planned) && !platform::Interrupted() && connected) {
+  while ((!planned || MillisecondsSince(start) < *planned) && !platform::Interrupted() && connected &&
+         !search.IsAbandoned()) {
     const Clock::time_point refresh = Clock::now() + kRefreshInterval;
     const bool returnedBefore = search.CommandReturned();
     search.Take(session.TakeUntil(planned ? std::min(start + *planned, refresh) : refresh));
@@ -194,7 +196,7 @@ void RunSearchWith(const SentCommand& command, double usualSeconds, const Option
     search.Refresh();
     connected = session.IsRegistered();
   }
-  progress.interrupted = platform::Interrupted();
+  progress.interrupted = platform::Interrupted() || search.IsAbandoned();
   search.Take(session.Close());
   progress.elapsed = MillisecondsSince(begin);
   search.Finish();

@@ -55,6 +55,7 @@ class LinesView final : public SearchView, private TextOutput {
     subject_.clear();
     json_->Finish(progress);
   }
+  bool IsAbandoned() const override { return lines_.IsAbandoned(); }
 
  private:
   void Write(std::string_view line) override { lines_.Add(line, subject_); }

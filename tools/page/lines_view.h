@@ -20,6 +20,8 @@ class LineReceiver {
   virtual void Add(std::string_view line, std::string_view subject) = 0;
   /// A line that only counts until the next one of its kind.
   virtual void SetState(std::string line) = 0;
+  /// Whether nobody will read them any more.
+  virtual bool IsAbandoned() const { return false; }
 };
 
 /// pictures: is told of each picture before its line; may be null. summary: first keys of the summary.

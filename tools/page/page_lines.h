@@ -5,6 +5,7 @@
 /// camera. A reader learns by an "omitted" line how many are missing.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -30,6 +31,9 @@ class PageLines final : public LineReceiver {
   void SetState(std::string line) override;
   /// No line follows.
   void Finish();
+  /// Whether readers have gone for good; any thread may say so or ask.
+  void SetAbandoned(bool abandoned) { abandoned_ = abandoned; }
+  bool IsAbandoned() const override { return abandoned_; }
 
   /// How far one reader has come.
   struct Reader {
@@ -61,6 +65,7 @@ class PageLines final : public LineReceiver {
   std::string state_;
   std::uint64_t stateNumber_ = 0;
   bool finished_ = false;
+  std::atomic<bool> abandoned_ = false;
 };
 
 }  // namespace tarnfind

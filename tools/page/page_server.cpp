@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <boost/asio.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
@@ -106,7 +105,7 @@ std::optional<std::string> ShowablePictureOf(const std::filesystem::path& file) 
 
 }  // namespace
 
-/// Everything but HaveAllPagesClosed and the lines runs on its thread.
+/// Everything but the lines runs on its thread.
 class PageServer::Server {
  public:
   Server(const Settings& settings, const PagePictures& pictures);
@@ -114,7 +113,6 @@ class PageServer::Server {
 
   const std::string& Address() const { return address_; }
   PageLines& Lines() { return lines_; }
-  bool HaveAllPagesClosed() const { return allPagesClosed_; }
 
  private:
   class Session;
@@ -131,12 +129,11 @@ class PageServer::Server {
   /// 200 for a request of this page, else why it is refused.
   http::status Judge(const http::request<http::empty_body>& request) const;
 
-  const bool watchPages_;
+  const bool endWithPages_;
   const PagePictures& pictures_;
   const std::string token_ = MakeToken();
   std::string address_;
   std::array<std::string, 2> hosts_;
-  std::atomic<bool> allPagesClosed_ = false;
 
   std::size_t connections_ = 0;
   std::size_t openPages_ = 0;
@@ -254,7 +251,7 @@ class PageServer::Server::Session : public std::enable_shared_from_this<Session>
     if (writing_) {
       stream_.expires_after(kPatience);
       net::async_write(stream_, http::make_chunk(net::buffer(chunk_)), OnLinesSent());
-    } else if (server_.lines_.IsAtEnd(reader_) && (!server_.watchPages_ || server_.ending_)) {
+    } else if (server_.lines_.IsAtEnd(reader_) && (!server_.endWithPages_ || server_.ending_)) {
       writing_ = true;
       net::async_write(stream_, http::make_chunk_last(),
                        [self = shared_from_this()](error_code, std::size_t) { self->Close(); });
@@ -295,7 +292,7 @@ class PageServer::Server::Session : public std::enable_shared_from_this<Session>
 };
 
 PageServer::Server::Server(const Settings& settings, const PagePictures& pictures)
-    : watchPages_(settings.watchPages), pictures_(pictures) {
+    : endWithPages_(settings.endWithPages), pictures_(pictures) {
   Listen(settings.port);
   const std::uint16_t port = acceptor_.local_endpoint().port();
   hosts_ = {fmt::format("127.0.0.1:{}", port), fmt::format("localhost:{}", port)};
@@ -364,15 +361,15 @@ void PageServer::Server::WakeReaders() {
 
 void PageServer::Server::PageOpened() {
   ++openPages_;
-  allPagesClosed_ = false;
+  lines_.SetAbandoned(false);
   reload_.cancel();
 }
 
 void PageServer::Server::PageClosed() {
-  if (--openPages_ > 0 || ending_) return;
+  if (--openPages_ > 0 || ending_ || !endWithPages_) return;
   reload_.expires_after(kReloadTime);
   reload_.async_wait([this](error_code cancelled) {
-    if (!cancelled) allPagesClosed_ = true;
+    if (!cancelled) lines_.SetAbandoned(true);
   });
 }
 
@@ -404,9 +401,6 @@ const std::string& PageServer::Address() const {
 }
 PageLines& PageServer::Lines() {
   return server_->Lines();
-}
-bool PageServer::HaveAllPagesClosed() const {
-  return server_->HaveAllPagesClosed();
 }
 
 }  // namespace tarnfind

@@ -24,8 +24,10 @@ namespace tarnfind {
 class PageServer {
  public:
   struct Settings {
-    std::uint16_t port = 0;   ///< 0: one that is free
-    bool watchPages = false;  ///< the response with the lines stays open behind the last one, for HaveAllPagesClosed
+    std::uint16_t port = 0;  ///< 0: one that is free
+    /// The lines count as abandoned once pages have been open and none has been for two seconds, in which a reload
+    /// brings one back. The response with the lines stays open behind the last one, so that this is noticed.
+    bool endWithPages = false;
   };
   /// Listens when it returns. Throws WrongUse where the port cannot be had. Requires that `pictures` outlives it.
   PageServer(const Settings& settings, const PagePictures& pictures);
@@ -35,8 +37,6 @@ class PageServer {
   /// "http://127.0.0.1:PORT/TOKEN/"
   const std::string& Address() const;
   PageLines& Lines();
-  /// Whether pages have been open and none has been for two seconds, in which a reload brings one back. Any thread.
-  bool HaveAllPagesClosed() const;
 
  private:
   class Server;
