@@ -35,9 +35,9 @@ function fillPicture(frame, picture, name) {
 
 /// Each position of the value lists as a small line. most: of those that are drawn.
 function fillValues(place, camera, most) {
-  if (place.valueLists === camera.valueLists) return;
-  place.valueLists = camera.valueLists;
   const newest = camera.values.at(-1);
+  if (place.newest === newest) return;
+  place.newest = newest;
   if (!newest) return place.replaceChildren();
   const lines = newest.numbers.slice(0, most).map((_, position) => {
     const series = camera.values.map((list) => list.numbers[position]).filter((n) => n !== undefined);
@@ -51,15 +51,20 @@ function short(number) {
   return number < 10000 ? String(number) : number < 1e15 ? shortFormat.format(number) : number.toExponential(1);
 }
 
-function linkTo(camera) {
-  const link = make('a', 'link');
-  link.href = `#camera=${encodeURIComponent(camera.key)}`;
-  return link;
+function addressOf(camera) { return `#camera=${encodeURIComponent(camera.key)}`; }
+
+/// Whether the element shows this state of the camera already; else it counts as shown from here on.
+function isDrawn(element, camera) {
+  if (element.camera === camera && element.version === camera.version) return true;
+  element.camera = camera;
+  element.version = camera.version;
+  element.parts.link.href = addressOf(camera);
+  return false;
 }
 
 /// A card of the wall. `parts` of the element are what update() writes.
 const cardTemplate = (model) => ({
-  create(camera) {
+  create() {
     const rows = {}, fields = make('dl', 'fields');
     for (const [name, title] of kCardRows) {
       rows[name] = make('bdi');
@@ -74,7 +79,7 @@ const cardTemplate = (model) => ({
       vendor: make('bdi', 'vendor'),
       values: make('span', 'values'),
       seen: make('span', 'seen'),
-      link: linkTo(camera),
+      link: make('a', 'link'),
     };
     parts.link.append(parts.name);
     const element = make(
@@ -88,8 +93,7 @@ const cardTemplate = (model) => ({
   update(element, camera, index, size) {
     setAttribute(element, 'aria-posinset', String(index + 1));
     setAttribute(element, 'aria-setsize', String(size));
-    if (element.version === camera.version) return;
-    element.version = camera.version;
+    if (isDrawn(element, camera)) return;
     const {parts} = element;
     const shared = model.sharesIp(camera);
     element.className = `card is-${camera.state}`;
@@ -131,8 +135,8 @@ function sharedBadge() { return make('span', 'badge is-shared', icon('shared'), 
 
 /// A row of the table.
 const rowTemplate = (model) => ({
-  create(camera) {
-    const parts = {frame: make('span', 'frame small'), link: linkTo(camera), cells: {}};
+  create() {
+    const parts = {frame: make('span', 'frame small'), link: make('a', 'link'), cells: {}};
     const element = make('tr');
     for (const column of kColumns) {
       const place = make(column.name === 'mac' ? 'th' : 'td', `column-${column.name}`);
@@ -151,8 +155,7 @@ const rowTemplate = (model) => ({
   },
   update(element, camera, index) {
     setAttribute(element, 'aria-rowindex', String(index + 2));  // the head is the first
-    if (element.version === camera.version) return;
-    element.version = camera.version;
+    if (isDrawn(element, camera)) return;
     const {parts} = element;
     element.className = `row is-${camera.state}`;
     fillPicture(parts.frame, camera.pictures.at(-1) ?? null, nameOf(camera));

@@ -164,7 +164,8 @@ class Details {
     const say = (symbol, ...parts) => remarks.push(make('p', 'remark', icon(symbol), make('span', '', ...parts)));
     if (others.length > 0) {
       const links = others.slice(0, kMostOthers).flatMap((other, i) => {
-        const link = linkTo(other);
+        const link = make('a', 'link');
+        link.href = addressOf(other);
         link.append(isolated(other.told.mac));
         return i > 0 ? [', ', link] : [link];
       });

@@ -2,6 +2,7 @@
 'use strict';
 
 const kBeside = 600;  // pixels above and below what is seen that are drawn, too
+const kMostSpare = 100;
 const kMostPrinted = 2000;
 
 /// Draws a long list of cameras of equal height into `container`, whose properties --before and --after make room for
@@ -12,6 +13,7 @@ class VirtualList {
     Object.assign(this, {scroller, container, template});
     this.cameras = [];
     this.drawn = new Map();  // camera -> its element
+    this.spare = [];         // elements that show no camera for now
     this.active = null;      // the camera that Tab reaches
     this.itemHeight = 0;
     this.columns = 1;
@@ -58,6 +60,7 @@ class VirtualList {
       if (element.contains(document.activeElement)) this.scroller.focus({preventScroll: true});
       element.remove();
       this.drawn.delete(camera);
+      if (this.spare.length < kMostSpare) this.spare.push(element);
     }
     if (!wanted.has(this.active)) this.active = this.cameras[first] ?? null;
     let before = null;
@@ -65,7 +68,7 @@ class VirtualList {
       const camera = this.cameras[i];
       let element = this.drawn.get(camera);
       if (!element) {
-        element = this.template.create(camera);
+        element = this.spare.pop() ?? this.template.create();
         this.drawn.set(camera, element);
       }
       const inPlace = before ? before.nextElementSibling === element : this.container.firstElementChild === element;
@@ -84,6 +87,7 @@ class VirtualList {
   clear() {
     for (const element of this.drawn.values()) element.remove();
     this.drawn.clear();
+    this.spare = [];
     this.itemHeight = 0;
   }
 
