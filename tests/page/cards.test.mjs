@@ -114,14 +114,32 @@ test('a hostile name is text, and nothing breaks the page\'s policy', async () =
   assert.deepEqual(page.faults, []);
 });
 
+test('a first line tells whether the server knew the camera', async () => {
+  for (const [line, expected] of [
+           [{change: 'new', kind: 0}, 'new, 0 known, 1 new'],
+           [{change: 'known'}, 'known, 1 known, 0 new'],
+           [{change: 'same', kind: 2}, 'known, 1 known, 0 new'],  // the list came while the event waited
+           [{change: 'changed', kind: 1}, 'changed, 1 known, 0 new'],
+           [{}, 'known, 1 known, 0 new'],  // of info
+           [{change: 'gone', kind: 4, camera: {mac: '00:40:8C:00:00:01'}}, 'gone, 0 known, 0 new'],
+  ]) {
+    const text = JSON.stringify({event: 'camera', type: 2, camera: {mac: '00:40:8C:00:00:01', ip: ''}, ...line});
+    assert.equal(await page.evaluate((text) => {
+      const told = new Model();
+      told.take(text);
+      return `${told.cameras[0].state}, ${told.counts.known} known, ${told.counts.new} new`;
+    }, text), expected);
+  }
+});
+
 test('pictures are shown, and a broken one says that it is', async () => {
   const shown = await page.$eval('.card img', (image) => image.decode().then(() => image.naturalWidth));
   assert.equal(shown, 96);
   const broken = await openPage('about:blank');
   await broken.route('**/pictures/*', (route) => route.fulfill({status: 415}));
   await broken.goto(served.address);
-  await broken.waitForSelector('text=Broken picture');
-  assert.match(await broken.innerText('.card .no-picture'), /Broken picture\s+PNG, \d,\d+ bytes/);
+  await broken.waitForSelector('text=Picture cannot be shown');
+  assert.match(await broken.innerText('.card .no-picture'), /Picture cannot be shown\s+PNG, \d,\d+ bytes/);
   await broken.close();
 });
 

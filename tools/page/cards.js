@@ -22,12 +22,13 @@ function fillPicture(frame, picture, name) {
   const format = /\.(\w+)$/.exec(picture.file ?? '')?.[1].toUpperCase() ?? '';
   const what = [format, counted(picture.bytes, 'byte')].filter(Boolean).join(', ');
   const address = picture.data ?? (picture.file && !isReport() ? `pictures/${encodeURIComponent(picture.file)}` : null);
-  if (!address) return say('Picture not shown', picture.error ? visible(picture.error) : `cannot be read: ${what}`);
+  if (!address)
+    return say('Picture cannot be shown', picture.error ? visible(picture.error) : `cannot be read: ${what}`);
   const image = make('img');
   image.decoding = 'async';
   image.alt = `Picture of ${visible(name)}, ${clock(picture.time)}`;
   image.addEventListener('error', () => {
-    if (frame.picture === picture) say('Broken picture', what);
+    if (frame.picture === picture) say('Picture cannot be shown', what);
   });
   image.src = address;
   frame.replaceChildren(image);
@@ -128,6 +129,7 @@ const kCardRows = [
 function seenText(camera) {
   const first = clock(camera.first), last = clock(camera.last);
   const events = camera.eventCount > 0 ? ` · ${counted(camera.eventCount, 'event')}` : '';
+  if (!last) return events.slice(3);  // lines without times
   return (first === last ? `seen ${last}` : `seen ${first} – ${last}`) + events;
 }
 

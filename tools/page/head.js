@@ -9,7 +9,7 @@ const kMostChoices = 200;     // options of a filter
 /// What goes on, as kind (for colour and shape), text, and how far it has come.
 function currentState() {
   const {state, summary, error} = model;
-  if (error) return {kind: 'error', text: error.step ? 'No channel' : 'Search failed'};
+  if (error) return {kind: 'error', text: error.exitCode === 3 ? 'No channel' : 'Search failed'};
   if (summary) {
     const took = summary.seconds === undefined ? '' : ` after ${seconds(summary.seconds)}`;
     return {kind: 'ended', text: summary.interrupted ? `Search interrupted${took}` : `Search ended${took}`};
@@ -58,17 +58,16 @@ function listText() {
 function drawAlert() {
   const alert = byId('alert');
   const {error} = model;
-  const title = error ?
-      (error.step ? `No channel: the way to the server ended at step “${error.step}”` : 'The search failed') :
-      page.broken && !model.ended? 'tarnfind has gone' :
-                    '';
+  const noChannel = `No channel: the way to the server ended at step “${error?.step}”`;
+  const failed = error?.exitCode === 3 ? noChannel : 'The search failed';
+  const title = error ? failed : page.broken && !model.ended ? 'tarnfind has gone' : '';
   if (alert.dataset.title === title) return;
   alert.dataset.title = title;
   if (!title) return alert.replaceChildren();
   const text = error ?
       error.error :
       `${page.broken} What is shown is as it was at ${clock(Date.now())}; start tarnfind page again for a new search.`;
-  const next = error?.step && !error.error.includes('tarnfind check') ?
+  const next = error?.exitCode === 3 && !error.error.includes('tarnfind check') ?
       [make(
           'p', '', 'Next: ', make('code', '', 'tarnfind check'),
           ' goes from the library to the server\'s first answer and shows where the way ends.')] :

@@ -130,7 +130,8 @@ class Model {
   takeCamera(line) {
     const key = Model.keyOf(line.camera);
     const camera = this.byKey.get(key) ?? this.add(key);
-    const first = camera.first === '';
+    const first = !camera.counted;
+    const change = line.change ?? 'known';  // info does not compare
     this.count(camera, -1);
     const before = camera.told, beforeType = camera.type;
     camera.told = line.camera;
@@ -139,16 +140,19 @@ class Model {
     camera.twiceAt = line.listedTwiceAt ?? '';
     // A line without a kind is of the server's list; a first line that is no news is of a camera that was listed.
     const ofList = !('kind' in line);
-    camera.listed ||= ofList || (first && (line.change === 'same' || line.change === 'changed'));
-    camera.everChanged ||= line.change === 'changed';
-    camera.isGone = line.change === 'gone';
-    if (line.change !== 'same') camera.state = line.change;
+    camera.listed ||= ofList || (first && (change === 'same' || change === 'changed'));
+    camera.everChanged ||= change === 'changed';
+    camera.isGone = change === 'gone';
+    if (change !== 'same')
+      camera.state = change;
+    else if (first)
+      camera.state = 'known';
     camera.first ||= line.time ?? '';
     camera.last = line.time ?? camera.last;
     if (!ofList) ++camera.eventCount;
     this.addEvent(camera, {
       time: line.time,
-      what: ofList ? 'listed' : line.change,
+      what: ofList ? 'listed' : change,
       kind: line.kind,
       differences: first ? [] : differences(before, beforeType, line.camera, line.type),
     });
