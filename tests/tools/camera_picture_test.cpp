@@ -61,6 +61,7 @@ TEST(CameraPicture, IsMadeAnewWithinItsLimits) {
       {"a pixel too many", Jpeg(8, 8), 63, ""},
       {"png", png, 64, "1x1"},
       {"bmp", bmp, 64, "1x1"},
+      {"bmp with bytes of a table", bmp + "\xFF\xC4" + std::string(20, '\xFF'), 64, "1x1"},
       {"progressive", Jpeg(8, 8, 16), 64, "8x8"},
       {"a scan too many", Jpeg(8, 8, 17), 64, ""},
       {"large", Jpeg(1280, 720), kMostPicturePixels, "640x360"},

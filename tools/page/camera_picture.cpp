@@ -48,13 +48,15 @@ bool FitCodeTables(std::span<const std::uint8_t> picture) {
 
 bool IsWithinLimits(std::span<const std::uint8_t> picture, std::uint64_t mostPixels) {
   int width = 0, height = 0, channels = 0;
+  // In other formats than JPEG, for which stb wants this byte, the same bytes stand among the pixels.
+  const bool mayBeJpeg = !picture.empty() && picture[0] == 0xFF;
   // The tables first, because asking for the size reads those before it.
-  if (picture.size() > kMostPictureFileBytes || !FitCodeTables(picture) ||
+  if (picture.size() > kMostPictureFileBytes || (mayBeJpeg && !FitCodeTables(picture)) ||
       !stbi_info_from_memory(picture.data(), static_cast<int>(picture.size()), &width, &height, &channels))
     return false;
   if (width < 1 || height < 1 || width > kMostSide || height > kMostSide) return false;
   const std::uint64_t pixels = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
-  return pixels <= mostPixels && CountScans(picture) * pixels <= kMostFullScans * mostPixels;
+  return pixels <= mostPixels && (!mayBeJpeg || CountScans(picture) * pixels <= kMostFullScans * mostPixels);
 }
 
 struct FreePixels {
