@@ -161,7 +161,7 @@ void ReadRecord(const Kestrel::ValueList& list, CameraRecord& record) {
     if constexpr (std::is_same_v<Value, TextList>)
       ReadList(entry, value);
     else if (entry)
-      value = entry->To<Value>();
+      entry->AssignTo(value);
   });
 }
 

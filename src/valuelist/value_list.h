@@ -83,7 +83,7 @@ class ValueList {
   template <VariantTarget Target>
   bool Get(std::string_view name, Target& value) const {
     const Variant* const found = Find(name);
-    if (found) value = found->To<Target>();
+    if (found) found->AssignTo(value);
     return found != nullptr;
   }
   /// A reference on the own buffer of the first entry of that name, null where its type is not vtBinaryData or it has

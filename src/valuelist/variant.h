@@ -81,6 +81,16 @@ class Variant {
     return std::get<VariantConversionTable<Target>>(kVariantConversions)[tag](storage_);
   }
 
+  /// As To, into a target that stays as it is where the conversion throws. A value of the target's own type is copied
+  /// without a temporary.
+  template <VariantTarget Target>
+  void AssignTo(Target& target) const {
+    if (const Target* const held = GetIf<Target>())
+      target = *held;
+    else
+      target = To<Target>();
+  }
+
   /// The held value where it is a T exactly, else null.
   template <VariantHeld T>
   const T* GetIf() const {
