@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -37,9 +38,11 @@ FlatMemory::FlatMemory() {
   GetBufferStatistics().liveBlocks.fetch_add(1, std::memory_order_relaxed);
 }
 
-FlatMemory::FlatMemory(std::uint64_t n) : FlatMemory() {
-  Reallocate(n);
-  Extend(n);
+FlatMemory::FlatMemory(std::uint8_t* storage, std::uint64_t n) : FlatMemory() {
+  storage_ = storage;
+  length_ = capacity_ = n;
+  ownsStorage_ = false;
+  GetBufferStatistics().bytesAllocated.fetch_add(static_cast<std::int64_t>(n), std::memory_order_relaxed);
 }
 
 FlatMemory::~FlatMemory() {
@@ -76,19 +79,28 @@ void FlatMemory::Reallocate(std::uint64_t capacity) {
   PoisonBytes(storage + length_, capacity - length_);
   GetBufferStatistics().bytesAllocated.fetch_add(static_cast<std::int64_t>(capacity - capacity_),
                                                  std::memory_order_relaxed);
-  UnpoisonBytes(storage_, capacity_);
-  ::operator delete(std::exchange(storage_, storage), kStorageAlignment);
-  capacity_ = capacity;
+  SetStorage(storage, capacity);
 }
 
 void FlatMemory::FreeStorage() {
+  SetStorage(nullptr, 0);
+  readPosition_ = length_ = 0;
+}
+
+void FlatMemory::SetStorage(std::uint8_t* storage, std::uint64_t capacity) {
   UnpoisonBytes(storage_, capacity_);
-  ::operator delete(std::exchange(storage_, nullptr), kStorageAlignment);
-  readPosition_ = length_ = capacity_ = 0;
+  if (ownsStorage_) ::operator delete(storage_, kStorageAlignment);
+  storage_ = storage;
+  capacity_ = capacity;
+  ownsStorage_ = true;
 }
 
 ReferencePointer<Buffer> Buffer::CreateExact(std::uint64_t n) {
-  return ReferencePointer<Buffer>(new Buffer(n));
+  constexpr std::uint64_t kObject = (sizeof(Buffer) + FlatMemory::kAlignment - 1) & ~(FlatMemory::kAlignment - 1);
+  void* const block =
+      n > kMaxAllocation - kObject ? nullptr : ::operator new(static_cast<std::size_t>(kObject + n), std::nothrow);
+  if (!block) ThrowOutOfMemory(n);
+  return ReferencePointer<Buffer>(::new (block) Buffer(static_cast<std::uint8_t*>(block) + kObject, n));
 }
 
 void Buffer::Append(const void* source, std::uint64_t n) {
@@ -102,7 +114,13 @@ void Buffer::Reset() {
 }
 
 void Buffer::DeleteThis() {
-  if (!poolable_ || !BufferPool::Keep(*this)) delete this;
+  if (!poolable_) {  // made by CreateExact
+    void* const block = this;
+    std::destroy_at(this);
+    ::operator delete(block);
+  } else if (!BufferPool::Keep(*this)) {
+    delete this;
+  }
 }
 
 }  // namespace Kestrel

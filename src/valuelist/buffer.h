@@ -33,8 +33,8 @@ class FlatMemory : NonCopyable {
   static constexpr std::uint64_t kPageSize = 4096;
 
   FlatMemory();
-  /// n uninitialised bytes; the capacity is their number.
-  explicit FlatMemory(std::uint64_t n);
+  /// n uninitialised bytes that stand elsewhere and outlive the object; the capacity is their number.
+  FlatMemory(std::uint8_t* storage, std::uint64_t n);
   ~FlatMemory();
 
   std::uint8_t* GetData() const { return storage_; }
@@ -67,18 +67,22 @@ class FlatMemory : NonCopyable {
   void Grow(std::uint64_t added);
   void Reallocate(std::uint64_t capacity);
   void FreeStorage();
+  /// Frees the storage that was, where the object owns it; the new one is owned.
+  void SetStorage(std::uint8_t* storage, std::uint64_t capacity);
 
   std::uint64_t readPosition_ = 0;
   std::uint64_t length_ = 0;
   std::uint8_t* storage_ = nullptr;
   std::uint64_t capacity_ = 0;
+  bool ownsStorage_ = true;
 };
 
 class Buffer final : public ReferenceCounted {
  public:
   Buffer() = default;
   /// A buffer of n uninitialised bytes that has exactly their capacity and never goes to the pool. For values of a
-  /// message, because there can be a great many of few bytes and a pooled buffer takes a page even for one.
+  /// message, because there can be a great many of few bytes and a pooled buffer takes a page even for one. Object and
+  /// bytes are one allocation.
   static ReferencePointer<Buffer> CreateExact(std::uint64_t n);
 
   /// Requires a source outside this buffer.
@@ -113,7 +117,7 @@ class Buffer final : public ReferenceCounted {
  private:
   friend class BufferPoolList;
 
-  explicit Buffer(std::uint64_t n) : memory_(n), poolable_(false) {}
+  Buffer(std::uint8_t* storage, std::uint64_t n) : memory_(storage, n), poolable_(false) {}
 
   FlatMemory memory_;
   std::atomic<std::uint32_t> useCount_{0};

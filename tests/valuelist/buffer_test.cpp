@@ -80,6 +80,15 @@ TEST(BufferPoolList, TakesBuffersOfItsCapacityUpToItsLimits) {
   }
 }
 
+TEST(Buffer, OfAnExactSizeGrowsOutOfItsOwnAllocation) {
+  const auto buffer = Buffer::CreateExact(3);
+  std::memcpy(buffer->GetData(), "abc", 3);
+  EXPECT_EQ(buffer->GetCapacity(), 3u);
+  buffer->Append("def", 3);
+  EXPECT_EQ(buffer->GetCapacity(), 4096u);
+  EXPECT_EQ(std::memcmp(buffer->GetData(), "abcdef", 6), 0);
+}
+
 TEST(BufferPoolList, RecyclesFirstInFirstOutWithStorageAndUseCount) {
   BufferPoolList list(kBufferPoolLimits[SmallBufferList]);
   auto* const first = new Buffer;
