@@ -7,6 +7,7 @@
 #include "tools/commands/commands.h"
 #include "tools/commands/receive.h"
 #include "tools/failure.h"
+#include "tools/page/lines_view.h"
 #include "tools/page/page_server.h"
 #include "tools/page/temporary_folder.h"
 #include "tools/text.h"

@@ -15,7 +15,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "tools/page/lines_view.h"
+#include "tools/page/line_receiver.h"
 
 namespace tarnfind {
 
