@@ -82,5 +82,19 @@ TEST(Base64, AgreesWithThePlainForm) {
   }
 }
 
+/// In the middle of three lines, which the vector code takes whole.
+TEST(Base64, AgreesWithThePlainFormForEveryCharacterOfALine) {
+  for (char16_t unit = 0; unit < 257; ++unit)
+    for (std::size_t place = 0; place < 76; place += 5) {
+      std::u16string text;
+      for (int line = 0; line < 3; ++line) text += std::u16string(76, u'A') + u"\r\n";
+      text[78 + place] = unit;
+      Bytes decoded;
+      const bool success = PlainDecode(text, decoded);
+      ExpectDecodes<char16_t>(text, decoded, success);
+      if (unit < 256) ExpectDecodes<char>(text, decoded, success);
+    }
+}
+
 }  // namespace
 }  // namespace Kestrel

@@ -134,19 +134,20 @@ TEST_F(Diagnostics, SettingsAreClampedAndFiltersIgnoreCase) {
   EXPECT_EQ(std::pair(settings->GetConsoleTimeMode(), settings->GetDebugWindowSourcePrefix()), std::pair(0u, 1u));
   expectLimit(4, {nullptr, "", "NET"});
 
-  system.keys[kKey] = {{"ConsoleTimeMode", REG_SZ, TextBytes<char16_t>(std::string(1000, ' ') + "7")},
+  system.keys[kKey] = {{"ConsoleTimeMode", REG_SZ, TextBytes<char16_t>(std::string((1 << 19) - 1, ' ') + "7")},
                        {"DebugWindowSourcePrefix", REG_BINARY, Bytes(4, 0xFF)}};
   system.keys[kKey + u"\\Filter"] = {{"NET", REG_DWORD, {1, 0, 0, 0}},
                                      {"Net", REG_DWORD, {0, 0, 0, 0}},
                                      {"", REG_SZ, {'2'}},
                                      {"negative", REG_DWORD, {0, 0, 0, 0x80}},
-                                     {"huge", REG_BINARY, Bytes(2 << 20)},
+                                     {"huge", REG_SZ, TextBytes<char>(std::string(1 << 20, ' ') + "3")},
+                                     {"large", REG_SZ, TextBytes<char>(std::string((1 << 20) - 1, ' ') + "3")},
                                      {"T\xFCr" + std::string(300, 'n'), REG_SZ, {'3'}}};
   settings.emplace();
   EXPECT_EQ(std::pair(settings->GetConsoleTimeMode(), settings->GetDebugWindowSourcePrefix()), std::pair(3u, 2u));
   expectLimit(2, {"finders", nullptr, "", "negative", "huge"});
   expectLimit(0, {"net"});
-  expectLimit(3, {("t\xFCR" + std::string(300, 'N')).c_str()});
+  expectLimit(3, {"large", ("t\xFCR" + std::string(300, 'N')).c_str()});
 }
 
 TEST_F(Diagnostics, BeforeTheMarkGoBareToTheDebugger) {

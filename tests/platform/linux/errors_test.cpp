@@ -27,6 +27,7 @@ TEST(ErrorTexts, AreThoseOfTheCodesThatTheLibraryMakes) {
       {10091,
        u"WSAStartup cannot function at this time because the underlying system it uses to provide network "
        u"services is currently unavailable."},
+      {10050, u"A socket operation encountered a dead network."},
       {11001, u"No such host is known."},
       {0x80004005, u"Unspecified error"},
       {0x8000FFFF, u"Catastrophic failure"}};
