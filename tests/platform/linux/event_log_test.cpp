@@ -10,6 +10,10 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/accounts.h"
+#include "platform/error_codes.h"
+#include "platform/errors.h"
+
 using namespace platform;
 
 // The name and the connection of the process in the system log are the host's.
@@ -59,4 +63,18 @@ TEST(EventLog, EventsReachALogOfEitherKind) {
   EXPECT_TRUE(DeregisterEventSource(source));
   EXPECT_FALSE(ReportEventW(nullptr, 1, nullptr, u"") || DeregisterEventSource(nullptr));
   unsetenv("TARN_EVENT_LOG");
+}
+
+/// The identifier of a Unix user is S-1-22-1-USER.
+TEST(Accounts, AreThoseOfThisHostAlone) {
+  char16_t user[256] = {}, domain[256] = {};
+  std::uint32_t units = 256, bytes = 16;
+  std::uint8_t sid[16] = {};
+  ASSERT_TRUE(GetUserNameW(user, &units));
+  units = 256;
+  ASSERT_TRUE(LookupAccountNameW(user, sid, &bytes, domain, &units));
+  EXPECT_EQ(std::string(sid, sid + 12), std::string("\1\2\0\0\0\0\0\x16\1\0\0\0", 12));
+  units = 256;
+  EXPECT_FALSE(LookupAccountNameW((u"no such host\\" + std::u16string(user)).c_str(), sid, &bytes, domain, &units));
+  EXPECT_EQ(GetLastError(), ERROR_NONE_MAPPED);
 }
