@@ -54,10 +54,13 @@ class LibraryHolder {
  public:
   LibraryHolder() : library_(new Library) {}
   ~LibraryHolder() {
-    if (platform::ProcessEnds()) return;
-    library_->End();
-    delete library_;
-    Kestrel::BufferPool::DestroySharedPool();
+    if (platform::ProcessEnds()) {
+      library_->LetGo();
+    } else {
+      library_->End();
+      delete library_;
+      Kestrel::BufferPool::DestroySharedPool();
+    }
   }
   LibraryHolder(const LibraryHolder&) = delete;
   LibraryHolder& operator=(const LibraryHolder&) = delete;
@@ -134,6 +137,10 @@ void Library::ReleaseReply(void* bytes) {
   if (found == replies_.end()) throw Refused(kUnknownHandle, "There is no such reply");
   std::swap(reply, found->second);
   replies_.erase(found);
+}
+
+void Library::LetGo() {
+  threads_.LetGo();
 }
 
 void Library::End() {

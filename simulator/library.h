@@ -41,6 +41,8 @@ class Library {
 
   /// For the unload: ends all streams and their threads.
   void End();
+  /// For the end of the process: streams and threads stay as they are.
+  void LetGo();
 
  private:
   Library() = default;

@@ -13,7 +13,7 @@ namespace simulator {
 class ThreadGroup {
  public:
   ThreadGroup();
-  /// Requires that End was called, or that nothing was started.
+  /// Requires that End was called, or that nothing was started. Never called after LetGo.
   ~ThreadGroup();
   ThreadGroup(const ThreadGroup&) = delete;
   ThreadGroup& operator=(const ThreadGroup&) = delete;
@@ -24,6 +24,8 @@ class ThreadGroup {
   /// Called when the library is unloaded, not at the end of the process. Calls askToEnd where threads may still run.
   /// No thread of the group is left afterwards.
   void End(const std::function<void()>& askToEnd);
+  /// Called at the end of the process: threads that still run go on, and nobody waits for them.
+  void LetGo();
 
  private:
   struct State;

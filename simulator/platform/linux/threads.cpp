@@ -51,4 +51,9 @@ void ThreadGroup::End(const std::function<void()>& askToEnd) {
   state_->members.clear();
 }
 
+void ThreadGroup::LetGo() {
+  const std::lock_guard guard(state_->lock);
+  for (Member& member : state_->members) member.thread.detach();
+}
+
 }  // namespace simulator

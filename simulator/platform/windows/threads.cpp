@@ -59,4 +59,6 @@ void ThreadGroup::Start(std::function<void()> body) {
 
 void ThreadGroup::End(const std::function<void()>&) {}
 
+void ThreadGroup::LetGo() {}
+
 }  // namespace simulator
