@@ -1,5 +1,8 @@
 #include "tools/failure.h"
 
+#include <cerrno>
+#include <system_error>
+
 #include "tools/platform.h"
 #include "tools/text.h"
 
@@ -8,6 +11,10 @@ namespace tarnfind {
 std::string ErrorText(const std::exception& error) {
   const std::string text = error.what();
   return OneLine(IsValidUtf8(text) ? text : platform::Utf8FromSystemText(text));
+}
+
+std::string FileFailureReason() {
+  return errno != 0 ? std::generic_category().message(errno) : "unknown reason";
 }
 
 }  // namespace tarnfind

@@ -54,5 +54,7 @@ struct ReaderGone {};
 
 /// The exception's text as one line of UTF-8. Texts of the library are in the system's code page, our own in UTF-8.
 std::string ErrorText(const std::exception& error);
+/// The system's words for errno, which a file stream leaves behind; "unknown reason" where it is 0. Set it to 0 before.
+std::string FileFailureReason();
 
 }  // namespace tarnfind

@@ -43,8 +43,7 @@ class FinderSession {
   ~FinderSession();
 
   /// Loads the library, makes a finder, opens its channel and registers a callback: from here on events arrive.
-  /// libraryFile: see FindLibraryFile. Throws NoChannel with the step
-  /// that failed, and what PictureStore throws.
+  /// libraryFile: see FindLibraryFile. Throws NoChannel with the step that failed, and what PictureStore throws.
   void Connect(const std::string& libraryFile, const PictureFolder& pictures, const StepObserver& observer = {});
 
   using FinderCall = std::function<void(Tarn::CameraFinding::ICameraFinder& finder)>;

@@ -33,18 +33,13 @@ std::filesystem::path LibraryPath() {
   return name;
 }
 
-std::string Utf8Of(const std::filesystem::path& path) {
-  const std::u8string text = path.u8string();
-  return {text.begin(), text.end()};
-}
-
 [[noreturn]] void Refuse(Step step, const std::string& text) {
   throw NoChannel(RowOf(step).name, OneLine(text));
 }
 
 [[noreturn]] void RefuseUnloaded(const std::filesystem::path& path, const platform::ModuleFailure& failure) {
   std::error_code unknown;
-  const std::string file = Utf8Of(path);
+  const std::string file = Utf8FromPath(path);
   // A bare name was looked for where the system looks, not in this folder.
   if (failure.other.empty() && (!path.has_parent_path() || !std::filesystem::exists(path, unknown)))
     Refuse(Step::kLibrary,
@@ -55,8 +50,7 @@ std::string Utf8Of(const std::filesystem::path& path) {
   if (failure.other.empty())
     Refuse(Step::kLibrary,
            fmt::format("the finder library {} cannot be loaded: {}; {}", file, failure.reason, kAdvice));
-  const bool isPlatform = std::filesystem::path(std::u8string(failure.other.begin(), failure.other.end())).filename() ==
-                          platform::PlatformLibraryFileName();
+  const bool isPlatform = PathFromUtf8(failure.other).filename() == platform::PlatformLibraryFileName();
   const std::string other =
       fmt::format("{} {}, which the finder library {} needs,",
                   isPlatform ? "the video server's platform library" : "the library", failure.other, file);
@@ -69,14 +63,14 @@ std::string Utf8Of(const std::filesystem::path& path) {
 
 Library LoadFinderLibrary(const std::string& file) {
   // An absolute path, because the system would look for a bare name elsewhere.
-  const std::filesystem::path path =
-      file.empty() ? LibraryPath() : std::filesystem::absolute(std::u8string(file.begin(), file.end()));
+  const std::filesystem::path path = file.empty() ? LibraryPath() : std::filesystem::absolute(PathFromUtf8(file));
   platform::ModuleFailure failure;
   void* const module = platform::OpenModule(path, failure);
   if (!module) RefuseUnloaded(path, failure);
   void* const create = platform::FindSymbol(module, kExportName);
-  if (!create) Refuse(Step::kLibrary, fmt::format("{} is no finder library: it has no {}", Utf8Of(path), kExportName));
-  return {reinterpret_cast<decltype(&GetFindingInterface)>(create), Utf8Of(path),
+  if (!create)
+    Refuse(Step::kLibrary, fmt::format("{} is no finder library: it has no {}", Utf8FromPath(path), kExportName));
+  return {reinterpret_cast<decltype(&GetFindingInterface)>(create), Utf8FromPath(path),
           platform::LoadedModuleFile(std::string(platform::PlatformLibraryFileName()))};
 }
 

@@ -23,10 +23,6 @@ namespace {
 /// Far above what anybody writes, so that a wrong file does not fill the memory.
 constexpr std::size_t kLargestFile = 16 << 20;
 
-std::filesystem::path PathOf(const std::string& utf8) {
-  return {std::u8string(utf8.begin(), utf8.end())};
-}
-
 std::string TakeMac(std::string text, NetworkChange& change) {
   const std::string wrong = NormaliseMac(text);
   change.mac = text;
@@ -148,7 +144,7 @@ void WriteRemaining(const NetworkBatch& batch, const std::vector<std::size_t>& i
 
 std::string ReadTextFile(const std::string& file) {
   std::ifstream opened;
-  if (file != "-") opened.open(PathOf(file), std::ios::binary);
+  if (file != "-") opened.open(PathFromUtf8(file), std::ios::binary);
   std::istream& stream = file == "-" ? std::cin : opened;
   std::string text;
   for (std::array<char, 4096> part; stream.good() && text.size() <= kLargestFile;) {

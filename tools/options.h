@@ -6,12 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "tools/capture_options.h"
 #include "tools/found_cameras.h"
 #include "tools/network_change.h"
-#include "tools/picture_store.h"
-
-#include "tools/capture_options.h"
 #include "tools/page/page_options.h"
+#include "tools/picture_store.h"
 
 namespace tarnfind {
 

@@ -30,13 +30,10 @@ constexpr PictureFormat kPictureFormats[] = {
     {"BM", "bmp"},
 };
 
-std::filesystem::path PathOf(const std::string& utf8) {
-  return {std::u8string(utf8.begin(), utf8.end())};
-}
-
 }  // namespace
 
-PictureStore::PictureStore(const PictureFolder& folder) : folder_(PathOf(folder.path)), mostBytes_(folder.mostBytes) {
+PictureStore::PictureStore(const PictureFolder& folder)
+    : folder_(PathFromUtf8(folder.path)), mostBytes_(folder.mostBytes) {
   std::error_code failed;
   std::filesystem::create_directories(folder_, failed);
   if (!failed && !std::filesystem::is_directory(folder_, failed))
@@ -51,7 +48,7 @@ PictureStore::Kept PictureStore::Keep(std::span<const std::uint8_t> picture, std
   std::error_code unknown;
   do {
     kept.file = fmt::format("{}-{:04}.{}", SafeFileName(cameraText), ++lastNumber_, PictureExtension(picture));
-    path = folder_ / PathOf(kept.file);
+    path = folder_ / PathFromUtf8(kept.file);
   } while (std::filesystem::exists(path, unknown));
 
   errno = 0;
@@ -63,10 +60,9 @@ PictureStore::Kept PictureStore::Keep(std::span<const std::uint8_t> picture, std
     RemoveOldest(path, picture.size());
     return kept;
   }
-  const std::string reason = errno != 0 ? std::generic_category().message(errno) : "unknown reason";
+  const std::string reason = FileFailureReason();
   if (opened) std::filesystem::remove(path, unknown);
-  const std::u8string folder = folder_.u8string();
-  return {"", fmt::format("cannot keep pictures in \"{}\": {}", std::string(folder.begin(), folder.end()), reason)};
+  return {"", fmt::format("cannot keep pictures in \"{}\": {}", Utf8FromPath(folder_), reason)};
 }
 
 void PictureStore::RemoveOldest(const std::filesystem::path& newest, std::uint64_t size) {

@@ -6,25 +6,15 @@
 #include <system_error>
 
 #include "tools/failure.h"
+#include "tools/text.h"
 
 namespace tarnfind {
 
-namespace {
-
-std::filesystem::path PathOf(const std::string& utf8) {
-  return {std::u8string(utf8.begin(), utf8.end())};
-}
-
-std::string Reason() {
-  return errno != 0 ? std::generic_category().message(errno) : "unknown reason";
-}
-
-}  // namespace
-
-ReplacedFile::ReplacedFile(const std::string& file) : file_(file), path_(PathOf(file)), part_(PathOf(file + ".part")) {
+ReplacedFile::ReplacedFile(const std::string& file)
+    : file_(file), path_(PathFromUtf8(file)), part_(PathFromUtf8(file + ".part")) {
   errno = 0;
   stream_.open(part_, std::ios::binary);
-  if (!stream_) Fail(Reason());
+  if (!stream_) Fail(FileFailureReason());
 }
 
 ReplacedFile::~ReplacedFile() {
@@ -37,7 +27,7 @@ ReplacedFile::~ReplacedFile() {
 void ReplacedFile::Finish() {
   errno = 0;
   stream_.flush();
-  if (!stream_) Fail(Reason());
+  if (!stream_) Fail(FileFailureReason());
   stream_.close();
   std::error_code failed;
   std::filesystem::rename(part_, path_, failed);

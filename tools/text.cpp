@@ -124,6 +124,15 @@ std::u16string Utf16FromUtf8(std::string_view text) {
   return result;
 }
 
+std::filesystem::path PathFromUtf8(std::string_view text) {
+  return {std::u8string(text.begin(), text.end())};
+}
+
+std::string Utf8FromPath(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
 std::string TakeBstr(BSTR text) {
   if (!text) return {};
   const std::unique_ptr<OLECHAR, decltype(&SysFreeString)> owner(text, &SysFreeString);

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,8 @@ bool IsValidUtf8(std::string_view text);
 /// A unit or byte without meaning becomes U+FFFD.
 std::string Utf8FromUtf16(std::u16string_view text);
 std::u16string Utf16FromUtf8(std::string_view text);
+std::filesystem::path PathFromUtf8(std::string_view text);
+std::string Utf8FromPath(const std::filesystem::path& path);
 /// Takes the BSTR over: its text, NULs included, and the BSTR is freed on every path. Null counts as empty.
 std::string TakeBstr(BSTR text);
 

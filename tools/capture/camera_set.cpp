@@ -95,7 +95,7 @@ std::vector<FieldChange> ChangedFields(const Json& before, const Json& after) {
 }  // namespace
 
 CameraSet ReadCameraSet(const std::string& path) {
-  std::ifstream file(std::filesystem::path(Utf16FromUtf8(path)), std::ios::binary);
+  std::ifstream file(PathFromUtf8(path), std::ios::binary);
   if (!file) throw WrongUse(fmt::format("{} cannot be read", Printable(path)));
   char begin[4] = {};
   file.read(begin, sizeof begin);

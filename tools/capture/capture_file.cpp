@@ -20,7 +20,7 @@ constexpr std::chrono::milliseconds kLookInterval{100};
 CaptureFile::CaptureFile(const std::string& path, std::function<bool()> isEnough)
     : path_(path), isEnough_(std::move(isEnough)) {
   if (path == "-") return;
-  file_.open(std::filesystem::path(Utf16FromUtf8(path)), std::ios::binary);
+  file_.open(PathFromUtf8(path), std::ios::binary);
   if (!file_) throw WrongUse(fmt::format("{} cannot be read", Printable(path)));
 }
 

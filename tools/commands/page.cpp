@@ -46,8 +46,8 @@ void RunPage(const Options& options, TextOutput& output) {
   search.watch = !options.seconds;
   std::optional<TemporaryFolder> temporary;
   if (search.pictures.path.empty())
-    search.pictures = {Utf8FromUtf16(temporary.emplace().Path().u16string()), kMostTemporaryPictureBytes};
-  PagePictures pictures(std::filesystem::path(Utf16FromUtf8(search.pictures.path)));
+    search.pictures = {Utf8FromPath(temporary.emplace().Path()), kMostTemporaryPictureBytes};
+  PagePictures pictures(PathFromUtf8(search.pictures.path));
   PageServer server({options.page.port, options.page.once}, pictures);
   output.Write(options.json ? JsonLine({{"event", "page"}, {"address", server.Address()}}) : server.Address() + '\n');
   if (options.page.openBrowser)

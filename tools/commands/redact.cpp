@@ -18,8 +18,7 @@ namespace {
 
 class FileSink final : public capture::ByteSink {
  public:
-  explicit FileSink(const std::string& path)
-      : file_(std::filesystem::path(Utf16FromUtf8(path)), std::ios::binary | std::ios::trunc) {}
+  explicit FileSink(const std::string& path) : file_(PathFromUtf8(path), std::ios::binary | std::ios::trunc) {}
 
   bool Append(std::span<const platform::BytePiece> pieces) override {
     for (const platform::BytePiece piece : pieces)
@@ -37,8 +36,7 @@ class FileSink final : public capture::ByteSink {
 
 bool IsSameFile(const std::string& first, const std::string& second) {
   std::error_code none;
-  return std::filesystem::equivalent(std::filesystem::path(Utf16FromUtf8(first)),
-                                     std::filesystem::path(Utf16FromUtf8(second)), none);
+  return std::filesystem::equivalent(PathFromUtf8(first), PathFromUtf8(second), none);
 }
 
 }  // namespace

@@ -17,10 +17,6 @@ namespace tarnfind {
 
 namespace {
 
-std::filesystem::path PathOf(const std::string& utf8) {
-  return {Utf16FromUtf8(utf8)};
-}
-
 /// Keeps the lines of the search that runs.
 class LinesFile final : public LineReceiver {
  public:
@@ -42,13 +38,12 @@ void RunSearchWithReport(const Options& options, TextOutput& output) {
   ReplacedFile report(options.page.report);  // first: nobody wants to search in vain
   const TemporaryFolder temporary;
   Options search = options;
-  if (search.pictures.path.empty())
-    search.pictures = {Utf8FromUtf16(temporary.Path().u16string()), kMostTemporaryPictureBytes};
+  if (search.pictures.path.empty()) search.pictures = {Utf8FromPath(temporary.Path()), kMostTemporaryPictureBytes};
   const std::filesystem::path linesPath = temporary.Path() / "lines.jsonl";
   LinesFile lines(linesPath);
   const auto write = [&] {
     lines.Finish();
-    WriteReport({Utf8FromUtf16(linesPath.u16string()), PathOf(search.pictures.path)}, report.Stream());
+    WriteReport({Utf8FromPath(linesPath), PathFromUtf8(search.pictures.path)}, report.Stream());
     report.Finish();
   };
   const Json summary = {{"command", "search"}};
@@ -70,10 +65,10 @@ void RunReport(const Options& options, TextOutput& output) {
   const std::string& source = options.page.lines;
   const std::string& target = options.page.report;
   std::error_code none;
-  if (std::filesystem::equivalent(PathOf(source), PathOf(target), none))
+  if (std::filesystem::equivalent(PathFromUtf8(source), PathFromUtf8(target), none))
     throw WrongUse("the report must be another file than the lines");
   std::optional<std::filesystem::path> pictures;
-  if (!options.pictures.path.empty()) pictures = PathOf(options.pictures.path);
+  if (!options.pictures.path.empty()) pictures = PathFromUtf8(options.pictures.path);
   ReplacedFile report(target);
   const ReportCounts written = WriteReport({source, pictures}, report.Stream());
   report.Finish();

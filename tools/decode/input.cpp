@@ -116,7 +116,7 @@ std::optional<Bytes> Unwrapped(const Bytes& bytes) {
 std::vector<std::uint8_t> ReadInput(const std::string& path) {
   std::ifstream file;
   if (path != "-") {
-    file.open(std::filesystem::path(Utf16FromUtf8(path)), std::ios::binary);
+    file.open(PathFromUtf8(path), std::ios::binary);
     if (!file) throw WrongUse(fmt::format("{} cannot be read", Printable(path)));
   }
   std::istream& input = path == "-" ? std::cin : file;

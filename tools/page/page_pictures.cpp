@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "tools/page/camera_picture.h"
+#include "tools/text.h"
 
 namespace tarnfind {
 
@@ -36,7 +37,7 @@ void PagePictures::Add(const std::string& name) {
 std::optional<std::filesystem::path> PagePictures::Find(const std::string& name) const {
   const std::lock_guard lock(mutex_);
   if (!names_.contains(name)) return std::nullopt;
-  return folder_ / std::filesystem::path(std::u8string(name.begin(), name.end()));
+  return folder_ / PathFromUtf8(name);
 }
 
 }  // namespace tarnfind

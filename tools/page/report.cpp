@@ -44,7 +44,7 @@ constexpr LineKind kLineKinds[] = {
 class LineReader {
  public:
   explicit LineReader(const std::string& path)
-      : path_(path), stream_(std::filesystem::path(Utf16FromUtf8(path)), std::ios::binary), line_(kLongestLine, '\0') {
+      : path_(path), stream_(PathFromUtf8(path), std::ios::binary), line_(kLongestLine, '\0') {
     if (!stream_) throw WrongUse(fmt::format("{} cannot be read", Printable(path)));
   }
 
@@ -109,7 +109,7 @@ PictureCounts CountPictures(const ReportSource& source) {
 std::string DataAddress(const std::filesystem::path& folder, const std::string& file) {
   // A name and not a path, because the lines come from a file.
   if (file != SafeFileName(file)) return {};
-  const auto bytes = ReadPictureFile(folder / std::filesystem::path(Utf16FromUtf8(file)));
+  const auto bytes = ReadPictureFile(folder / PathFromUtf8(file));
   if (!bytes) return {};
   const std::vector<std::uint8_t> jpeg = ShowablePicture(*bytes, kPictureInReport);
   if (jpeg.empty()) return {};
