@@ -35,7 +35,7 @@ function drawState() {
   const progress = byId('progress');
   progress.hidden = current.part === null || current.part === undefined;
   if (!progress.hidden) progress.value = Math.min(current.part, 1);
-  document.title = `${model.counts.all} cameras · ${current.text}`;
+  document.title = `${counted(model.counts.all, 'camera')} · ${current.text}`;
   setText(
       byId('about'),
       isReport() && model.firstTime ?
