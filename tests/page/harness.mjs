@@ -39,10 +39,13 @@ export function runTool(scenario, ...options) {
   return execFileSync(program, options, {env: environment(scenario), encoding: 'utf8'});
 }
 
-/// Serves a search until stop(); address: of its page.
+const tools = new Set();  // that serve
+
+/// Serves a search until stop(), or stopBrowser where a test has failed before; address: of its page.
 export async function servePage(scenario, ...options) {
   const tool = spawn(program, ['page', ...options], {env: environment(scenario), stdio: ['ignore', 'pipe', 'ignore']});
-  const ended = new Promise((resolve) => tool.on('exit', resolve));
+  tools.add(tool);
+  const ended = new Promise((resolve) => tool.on('exit', resolve)).finally(() => tools.delete(tool));
   const address = await new Promise((resolve, reject) => {
     let output = '';
     tool.stdout.on('data', (data) => {
@@ -68,7 +71,10 @@ export async function startBrowser() {
     ],
   });
 }
-export const stopBrowser = () => browser.close();
+export function stopBrowser() {
+  for (const tool of tools) tool.kill('SIGKILL');
+  return browser.close();
+}
 
 /// A page at that address. page.faults collects what must never happen: errors, dialogs, violations of its policy.
 export async function openPage(address, options = {}) {
