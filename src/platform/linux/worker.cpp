@@ -10,11 +10,14 @@
 namespace platform {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 /// A worker whose last task took longer is not steered: the deliverer's processor may have other work by then, and a
 /// hand-over is a small part of the whole.
 constexpr std::chrono::microseconds kBrief{200};
+
+/// A worker that was found on another processor is steered for this long, even where it fell asleep on the deliverer's:
+/// the system may wake it elsewhere, and where it did so once, it mostly does so again soon. Steering every time would
+/// make a hand-over after a rest half as long again.
+constexpr std::chrono::milliseconds kStraying{10};
 
 /// The signals that a thread causes itself, and that of profilers. They stay open, because a fault whose signal is
 /// blocked ends the process without the host's handler.
@@ -61,7 +64,10 @@ void Worker::End() {
 /// One that is awake is never moved, because the system would have to stop it first. Where the mask cannot be read or
 /// set, or forbids the processor, the worker stays where it is.
 void Worker::SteerTo(int processor) {
-  if (!start_.IsAsleep() || lastProcessor_ == processor || !wasBrief_) return;
+  if (!start_.IsAsleep() || !wasBrief_) return;
+  const Clock::time_point now = Clock::now();
+  if (lastProcessor_ != processor) strayed_ = now;
+  if (now - strayed_ > kStraying) return;
   if (sched_getaffinity(threadId_, sizeof ownMask_, &ownMask_) != 0 || !CPU_ISSET(processor, &ownMask_)) return;
   cpu_set_t mask;
   CPU_ZERO(&mask);

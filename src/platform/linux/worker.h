@@ -10,6 +10,8 @@
 #include <sched.h>
 #include <sys/types.h>
 
+#include <chrono>
+
 #include "platform/linux/wake_word.h"
 
 namespace platform {
@@ -28,6 +30,8 @@ class Worker {
   void End();
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   static void* Main(void* worker);
   void RunTasks();
   void SteerTo(int processor);
@@ -38,6 +42,7 @@ class Worker {
   void* context_ = nullptr;
   bool steered_ = false;
   cpu_set_t ownMask_{};  // to be set again where steered
+  Clock::time_point strayed_{};  // when the worker was last found on another processor
   YieldingWaiter deliverer_;
 
   // The worker's.
