@@ -1,7 +1,9 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
 #include <thread>
 
 #include "com/com_wrapper.h"
@@ -49,6 +51,45 @@ void HandOffIdle(benchmark::State& state) {
   Task task;
   task.HandOver();
   for (auto _ : state) TimeAfterRest(state, 1, [&] { task.HandOver(); });
+}
+
+/// What a worker is without any care for where it runs: both sides sleep on a condition variable.
+class PlainWorker {
+ public:
+  void HandOver() {
+    std::unique_lock lock(mutex_);
+    wanted_ = true;
+    start_.notify_one();
+    finished_.wait(lock, [this] { return !wanted_; });
+  }
+
+ private:
+  void Run(std::stop_token stop) {
+    std::unique_lock lock(mutex_);
+    while (start_.wait(lock, stop, [this] { return wanted_; })) {
+      wanted_ = false;
+      finished_.notify_one();
+    }
+  }
+
+  std::mutex mutex_;
+  std::condition_variable_any start_, finished_;
+  bool wanted_ = false;
+  std::jthread thread_{[this](std::stop_token stop) { Run(stop); }};
+};
+
+/// Counts the hand-overs that took longer than 100 us, which other programs on the same processors cause.
+template <class Worker>
+void Stalls(benchmark::State& state) {
+  constexpr std::chrono::microseconds kStall{100};
+  Worker worker;
+  std::uint64_t stalls = 0;
+  for (auto _ : state) {
+    const auto start = Clock::now();
+    worker.HandOver();
+    stalls += Clock::now() - start > kStall;
+  }
+  state.counters["stalls"] = static_cast<double>(stalls);
 }
 
 /// Counts what arrives and keeps nothing.
@@ -124,6 +165,8 @@ void PictureSizes(benchmark::internal::Benchmark* benchmark) {
 BENCHMARK(HandOff)->UseRealTime()->MeasureProcessCPUTime();
 BENCHMARK(HandOff)->Threads(2)->UseRealTime()->MeasureProcessCPUTime();
 BENCHMARK(HandOffIdle)->Name("HandOff/idle")->UseManualTime()->MeasureProcessCPUTime()->Iterations(200);
+BENCHMARK(Stalls<Task>)->Name("HandOffStalls/library")->UseRealTime()->Iterations(100'000);
+BENCHMARK(Stalls<PlainWorker>)->Name("HandOffStalls/plain")->UseRealTime()->Iterations(100'000);
 BENCHMARK(DeliverCamera)->Name("BlockDelivery/type3")->UseRealTime()->MeasureProcessCPUTime();
 BENCHMARK(DeliverCamera)->Name("BlockDelivery/type3")->ThreadRange(2, 8)->UseRealTime()->MeasureProcessCPUTime();
 BENCHMARK_CAPTURE(DeliverCameraAfterRest, idle, 1)
