@@ -35,6 +35,7 @@ function(tarn_layer name)
   target_link_libraries(tarn_${name} PUBLIC ${arg_DEPENDS} PRIVATE tarn_options)
 endfunction()
 
+file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/tmp)
 # tarn_test(NAME [DEATH_TESTS] SOURCES … LIBRARIES …): a GoogleTest program. Link-time fakes of the platform layer go into
 # SOURCES: an object file of the program comes before the layer's archive.
 function(tarn_test name)
@@ -43,8 +44,10 @@ function(tarn_test name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} tarn_options GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name})
-  # New memory of the C library is not empty, so that what nobody has written is seen.
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "MALLOC_PERTURB_=165")
+  # New memory of the C library is not empty, so that what nobody has written is seen. Each build has its own temporary
+  # folder, so that the tests of two do not meet.
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300
+                       ENVIRONMENT "MALLOC_PERTURB_=165;TEST_TMPDIR=${PROJECT_BINARY_DIR}/tmp")
   if(arg_DEATH_TESTS)
     # They start the program again and catch what it prints in the temporary folder: one program at a time.
     set_tests_properties(${name} PROPERTIES RESOURCE_LOCK death_tests)

@@ -33,7 +33,9 @@ static std::string Stamp(const std::string& priority) {
 }
 
 TEST(EventLog, EventsReachALogOfEitherKind) {
-  const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "platform_tests_log";
+  // Not in the build's folder, whose name may be too long for a socket.
+  const std::filesystem::path path =
+      std::filesystem::temp_directory_path() / ("platform_tests_log" + std::to_string(getpid()));
   setenv("TARN_EVENT_LOG", path.c_str(), 1);
   const EventSource source = RegisterEventSourceW(u"pr\u00F6gram");
   for (const int type : {SOCK_DGRAM, SOCK_STREAM}) {
@@ -60,6 +62,7 @@ TEST(EventLog, EventsReachALogOfEitherKind) {
     }
     close(log);
   }
+  std::filesystem::remove(path);
   EXPECT_TRUE(DeregisterEventSource(source));
   EXPECT_FALSE(ReportEventW(nullptr, 1, nullptr, u"") || DeregisterEventSource(nullptr));
   unsetenv("TARN_EVENT_LOG");
