@@ -65,7 +65,8 @@ TEST(BufferPoolList, TakesBuffersOfItsCapacityUpToItsLimits) {
     const std::uint64_t refused = statistics.refusedReturns;
     const std::int64_t live = statistics.liveBlocks;
     {
-      BufferPoolList list(kBufferPoolLimits[index]);
+      BufferPool pool;
+      BufferPoolList& list = pool.GetList(index);
       for (std::uint32_t i = 0; i < returned; ++i) {
         auto buffer = std::make_unique<Buffer>();
         buffer->Reserve(capacity * 2 / 3);
