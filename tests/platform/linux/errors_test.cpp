@@ -8,7 +8,7 @@
 
 using namespace platform;
 
-TEST(ErrorTexts, AreThoseOfTheCodesThatTheLibraryMakes) {
+TEST(ErrorTexts, AreThoseOfWindows) {
   const std::pair<std::uint32_t, std::u16string> rows[] = {
       {ERROR_SUCCESS, u"The operation completed successfully."},
       {ERROR_FILE_NOT_FOUND, u"The system cannot find the file specified."},
@@ -30,7 +30,32 @@ TEST(ErrorTexts, AreThoseOfTheCodesThatTheLibraryMakes) {
       {10050, u"A socket operation encountered a dead network."},
       {11001, u"No such host is known."},
       {0x80004005, u"Unspecified error"},
-      {0x8000FFFF, u"Catastrophic failure"}};
+      {0x8000FFFF, u"Catastrophic failure"},
+      {1, u"Incorrect function."},
+      {3, u"The system cannot find the path specified."},
+      {5, u"Access is denied."},
+      {14, u"Not enough memory resources are available to complete this operation."},
+      {50, u"The request is not supported."},
+      {120, u"This function is not supported on this system."},
+      {10013, u"An attempt was made to access a socket in a way forbidden by its access permissions."},
+      {10022, u"An invalid argument was supplied."},
+      {10038, u"An operation was attempted on something that is not a socket."},
+      {10048, u"Only one usage of each socket address (protocol/network address/port) is normally permitted."},
+      {10049, u"The requested address is not valid in its context."},
+      {10051, u"A socket operation was attempted to an unreachable network."},
+      {10053, u"An established connection was aborted by the software in your host machine."},
+      {10054, u"An existing connection was forcibly closed by the remote host."},
+      {10060,
+       u"A connection attempt failed because the connected party did not properly respond after a period of time, or "
+       u"established connection failed because connected host has failed to respond."},
+      {10061, u"No connection could be made because the target machine actively refused it."},
+      {10065, u"A socket operation was attempted to an unreachable host."},
+      {10092, u"The Windows Sockets version requested is not supported."},
+      {10093, u"Either the application has not called WSAStartup, or WSAStartup failed."},
+      {0x80004001, u"Not implemented"},
+      {0x80004002, u"No such interface supported"},
+      {0x80004003, u"Invalid pointer"},
+      {0x80004004, u"Operation aborted"}};
   for (const auto& [code, expected] : rows) {
     char16_t* text = nullptr;
     ASSERT_EQ(FormatMessageW(code, &text), expected.size() + 2) << code;
