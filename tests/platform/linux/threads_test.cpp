@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -79,6 +80,35 @@ TEST(WorkerThreads, WaitingTakesNoProcessorTime) {
   section.unlock();
   waiting.join();
   EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 25);
+}
+
+/// Threads that a task starts inherit its mask. The deliverer goes from one processor to the next while the worker
+/// sleeps, so that the worker has to follow.
+TEST(WorkerThreads, TasksMayRunOnEveryProcessorThatTheirWorkerHad) {
+  cpu_set_t all;
+  ASSERT_EQ(sched_getaffinity(0, sizeof all, &all), 0);
+  if (CPU_COUNT(&all) < 2) GTEST_SKIP() << "there is one processor";
+  StopWorkers();
+  int narrowed = 0;
+  const auto look = [&] {
+    cpu_set_t mask;
+    sched_getaffinity(0, sizeof mask, &mask);
+    narrowed += !CPU_EQUAL(&mask, &all);
+  };
+  ASSERT_TRUE(HandOver(look));
+  for (int i = 0, processor = 0; i < 20; ++i) {
+    do processor = (processor + 1) % CPU_SETSIZE;
+    while (!CPU_ISSET(processor, &all));
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(processor, &one);
+    sched_setaffinity(0, sizeof one, &one);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ASSERT_TRUE(HandOver(look));
+  }
+  sched_setaffinity(0, sizeof all, &all);
+  EXPECT_EQ(narrowed, 0);
+  StopWorkers();
 }
 
 /// It forks where a worker is idle, whose thread the child has not.
