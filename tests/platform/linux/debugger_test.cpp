@@ -50,11 +50,14 @@ TEST(DebuggerDeathTest, NoSinkEndsOrStopsTheHostOrChangesItsSignals) {
     if (pipe(ends) != 0) std::exit(1);
     close(ends[0]);
     dup2(ends[1], STDERR_FILENO);
-    const rlimit limit{3, 3};
+    rlimit unlimited;
+    getrlimit(RLIMIT_FSIZE, &unlimited);
+    const rlimit limit{3, unlimited.rlim_max};
     setrlimit(RLIMIT_FSIZE, &limit);
     setenv("TARN_DEBUGGER", target, 1);
     platform::OutputDebugStringA("lines");
     platform::OutputDebugStringA("lines");
+    setrlimit(RLIMIT_FSIZE, &unlimited);  // for what the end of the process writes
     sigset_t pending, blocked;
     sigpending(&pending);
     pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
