@@ -44,6 +44,10 @@ TEST(Guid, HasTheDigitsThatPrintfWrites) {
     Guid guid;
     std::memcpy(&guid, b, sizeof b);
     EXPECT_EQ(GuidToString(guid), text);
+    char buffer[GuidTools::kGuidBufferBytes];
+    std::memset(buffer, '#', sizeof buffer);
+    GuidTools::GuidToStringCbA(buffer, guid);
+    EXPECT_STREQ(buffer, text);
     EXPECT_EQ(GuidFromString(text), guid);
     for (const std::size_t column : {7u, 9u}) {  // a low and a high digit
       std::string changed = text;
