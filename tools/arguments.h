@@ -1,5 +1,5 @@
-/// What arguments may look like. Each check gives an empty text for a good argument, else what is wrong with it. The
-/// ones that take a reference bring a good argument into its standard form.
+/// What arguments may look like. Each check gives an empty text for a good argument, else what is wrong with it.
+/// Normalise… also brings a good argument into its standard form; a wrong one stays as it is.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ std::string CheckSubnetMask(const std::string& text);
 std::string CheckSeconds(const std::string& text);
 /// Valid UTF-8, because the text could not be sent unchanged otherwise.
 std::string CheckText(const std::string& text);
-/// A whole number from 0 on.
+/// A whole number from 0 to 2^32 - 1.
 std::string CheckCount(const std::string& text);
 
 /// The address as a number, its first part in the highest byte. Empty where the text is no IPv4 address.

@@ -14,6 +14,7 @@ constexpr char kHiddenText[] = "********";
 /// What the library tells of a camera without a plug-in name.
 constexpr char kNoPlugin[] = "UNKNOWN";
 
+/// What the library puts into an assembled message: bit 17 alone.
 constexpr std::uint32_t kAssembledDeviceFlags = 0x20000;
 
 /// Whether `text` is `known` with its characters beyond ASCII lost. Texts of assembled messages pass through the

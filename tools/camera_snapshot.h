@@ -15,13 +15,13 @@ inline const std::string kUnsetCredential = Utf8FromUtf16(Tarn::CameraFinding::U
 /// How much of a camera a message tells, or all messages together. Each level includes those before it.
 enum class Told {
   kMac,         ///< the hardware address alone: the message that a camera has gone
-  kAssembled,   ///< address, vendor and plug-in too: the message that the server assembles from single fields
+  kAssembled,   ///< IP address, vendor and plug-in too: the message that the server assembles from single fields
   kEverything,  ///< a whole record
 };
 
 /// Texts are valid UTF-8 but otherwise as the camera gave them; make them Printable before they reach a terminal.
 struct CameraSnapshot {
-  Told told = Told::kEverything;  ///< what stands in members above this level was made up on the way
+  Told told = Told::kEverything;  ///< members above this level are not from the camera
   std::int32_t type = 0;
   std::string mac;
   std::string ip;

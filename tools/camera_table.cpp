@@ -21,7 +21,7 @@ std::size_t LineWidth(std::size_t count, std::size_t Column::*width) {
 }  // namespace
 
 CameraTable::CameraTable(std::optional<int> terminalColumns, bool withTimes) {
-  // The last cell of a line stays free, because some terminals begin a line when it is filled.
+  // The last cell of a line stays free, because some terminals begin a new line when it is filled.
   if (terminalColumns) lineWidth_ = static_cast<std::size_t>(std::max(*terminalColumns - 1, 1));
   const bool timesFit = !lineWidth_ || *lineWidth_ >= LineWidth(std::size(kColumns), &Column::least);
   widths_.resize(withTimes && timesFit ? std::size(kColumns) : kFirstTimeColumn);

@@ -10,7 +10,7 @@
 
 namespace tarnfind {
 
-/// What stands before a row. Both empty: no column of marks.
+/// What stands before a row. change 0: no column of marks.
 struct RowMark {
   char change = 0;
   bool sharedIp = false;  ///< another camera has the same IP address
@@ -18,7 +18,7 @@ struct RowMark {
 
 class CameraTable {
  public:
-  /// terminalColumns: rows are clipped to it. Empty: columns have their natural width, and nothing is ever cut off.
+  /// terminalColumns: rows are clipped to it. Empty: each column has its wanted width, and a longer text is not cut.
   /// withTimes: the columns that tell of the search too, where the terminal is wide enough.
   explicit CameraTable(std::optional<int> terminalColumns, bool withTimes = false);
 

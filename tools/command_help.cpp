@@ -106,7 +106,7 @@ std::string ZshOptions(const CLI::App& command, const CLI::App& app) {
   return lines;
 }
 
-/// A line may not begin with a control character of the form, and "-" would become a hyphen.
+/// A line may not begin with a control character of roff, and an unescaped "-" would become a hyphen.
 std::string Roff(const std::string& text) {
   std::string result = Escaped(text, "\\", "\\");
   std::string escaped;

@@ -343,7 +343,7 @@ std::string Complaint(const CLI::ParseError& error, const CLI::App& app, const C
 void CheckPrinting(const Options& options, const CLI::App& command) {
   if (!options.json) return;
   if (options.csv) throw CLI::ExcludesError("--csv", "--json");
-  const bool printsEvents = command.get_option_no_throw("--exec");  // as they come
+  const bool printsEvents = command.get_option_no_throw("--exec");  // as they arrive, not sorted
   if (options.sort && printsEvents) throw CLI::ExcludesError("--sort", "--json");
 }
 
@@ -362,7 +362,7 @@ void DefinePrinting(CLI::App& app, std::string& printed) {
           "The command; all of them where none is given")
       ->type_name("");
   help->final_callback([&app, &printed] {
-    // Not app.help(), which prints that of the command which has been parsed, this one.
+    // Not app.help(), because that prints the help of the parsed command, which is "help" itself.
     if (printed.empty()) printed = app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
   });
 

@@ -9,7 +9,7 @@ namespace tarnfind {
 
 namespace {
 
-/// Characters of the table are few in most texts, and none lies below its first row.
+/// Most characters lie below the first row of the table, so they need no search.
 std::size_t CellWidth(char32_t codePoint) {
   if (codePoint < kWidths[0].first) return 1;
   const auto* const range = std::lower_bound(std::begin(kWidths), std::end(kWidths), codePoint,

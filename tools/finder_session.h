@@ -43,7 +43,7 @@ class FinderSession {
   ~FinderSession();
 
   /// Loads the library, makes a finder, opens its channel and registers a callback: from here on events arrive.
-  /// libraryFile: see FindLibraryFile. Throws NoChannel with the step that failed, and what PictureStore throws.
+  /// libraryFile: see LoadFinderLibrary. Throws NoChannel with the step that failed, and what PictureStore throws.
   void Connect(const std::string& libraryFile, const PictureFolder& pictures, const StepObserver& observer = {});
 
   using FinderCall = std::function<void(Tarn::CameraFinding::ICameraFinder& finder)>;
@@ -61,7 +61,7 @@ class FinderSession {
   /// False where the server has ended the channel. Requires Connect.
   bool IsRegistered() const;
   /// Lets the finder go, waits a moment for deliveries that are under way, and returns what arrived since the last
-  /// taking.
+  /// TakeUntil. Afterwards the session can only be destroyed.
   std::vector<Event> Close();
 
  private:

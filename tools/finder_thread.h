@@ -27,7 +27,7 @@ class FinderThread {
   /// be left behind.
   void Begin(std::function<void()> call);
   /// Begins the call that lets the library's objects go. The library ends the process in it where the server refuses to
-  /// remove the callback, because a destructor may not throw. Here only this thread ends, and the call counts as one
+  /// remove the callback, because a destructor may not throw. Here only this thread stops, and the call counts as one
   /// that does not return.
   void BeginLast(std::function<void()> call);
   /// Whether the library has wanted to end the process, with the reason or an empty text.

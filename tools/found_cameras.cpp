@@ -25,7 +25,8 @@ bool ByArrival(const FoundCamera* a, const FoundCamera* b) {
   return a->arrival < b->arrival;
 }
 
-/// Takes in what the message tells of the type. A type by plug-in name does not replace one by vendor mask.
+/// Takes in what the message tells of the type; returns whether a known type changed. An assembled message has no
+/// vendor mask, so its type does not replace one that is known.
 bool TakeType(FoundCamera& found, std::int32_t type, Told told) {
   if (told == Told::kMac || (told == Told::kAssembled && (found.typeKnown || type == 0))) return false;
   const bool changed = found.typeKnown && found.type != type;

@@ -58,7 +58,7 @@ struct FoundCamera {
 /// Numbers of cameras, not of events.
 struct CameraCounts {
   std::size_t known = 0;  ///< the server knew them when the search began
-  std::size_t fresh = 0;  ///< it did not; without those that only their end was heard of
+  std::size_t fresh = 0;  ///< it did not; a camera of which only the end was told does not count
   std::size_t changed = 0;
   std::size_t gone = 0;  ///< and have not come again
 };
@@ -70,9 +70,10 @@ class FoundCameras {
   explicit FoundCameras(Filter filter = {}) : filter_(std::move(filter)) {}
 
   /// Takes the event in. A camera is known by its MAC address in any spelling; those without one ("UNKNOWN") by their
-  /// IP address too. One that has gone keeps what was known of it, and is new when it comes again.
+  /// IP address too. One that has gone keeps what was known of it, and is new when it comes again. The reference stays
+  /// valid as long as this object lives.
   const FoundCamera& Apply(const CameraEvent& event);
-  /// Takes in a camera that the server listed when the search began. Events count more, because they came later: what
+  /// Takes in a camera that the server listed when the search began. Events count more, because they may be newer: what
   /// they have told stays, and the list completes it. Null where the list tells nothing new.
   const FoundCamera* ApplyListed(const CameraSnapshot& camera, WallTime at);
   /// Takes in that the server listed a camera, and nothing else of it, because an event that is still to be applied

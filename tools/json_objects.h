@@ -1,5 +1,5 @@
-/// JSON output: one object per line, keys in a fixed order. Nothing in it differs from run to run, except with --times.
-/// docs/tarnfind.schema.json describes every object.
+/// JSON output: one object per line, keys in a fixed order. The same events give the same bytes, except with --times
+/// and in the milliseconds of check. docs/tarnfind.schema.json describes every object.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ using Json = nlohmann::ordered_json;
 
 struct JsonOptions {
   bool showPasswords = false;
-  bool times = false;  ///< "time" in every event
+  bool times = false;  ///< "time" in every event, "seconds" in the summary
 };
 
 /// What has been told of the camera; the rest is left out. Credentials that were never supplied are null; a password

@@ -22,7 +22,7 @@ constexpr char kClearScreen[] = "\x1b[H\x1b[2J";
 constexpr char kPlainColour[] = "\x1b[0m";
 constexpr char kHeaderColour[] = "\x1b[1m";
 
-/// Draws a frame over the one before: up by its height, each line with what is left of the old one cleared.
+/// Draws a frame over the one before: goes up by the height of the old one, and clears what is left of each old line.
 class LiveTable final : public SearchView {
  public:
   LiveTable(TextOutput& output, LiveTableSettings settings) : output_(output), settings_(std::move(settings)) {}
@@ -54,7 +54,7 @@ class LiveTable final : public SearchView {
       AddRow(table, *found, progress.cameras);
       output_.Write(std::exchange(frame_, {}));
     }
-    // Whole lines: nothing is drawn over them any more.
+    // Not clipped, because no frame is drawn over these lines.
     output_.Write(frame_ + Remarks(progress) + Summary(progress) + '\n');
     for (const std::string& problem : problems_) SearchView::ShowProblem(problem);
   }

@@ -25,7 +25,7 @@ struct NetworkBatch {
 NetworkBatch ReadNetworkBatch(const std::string& file);
 
 /// Writes the lines of the changes that are named by their index, with the header, so that they can be tried again.
-/// Throws Failure where that does not work; the file is then as it was, which may be the one that was read.
+/// file: may be the one that was read. Throws Failure where it cannot be written; it then stays as it was.
 void WriteRemaining(const NetworkBatch& batch, const std::vector<std::size_t>& indices, const std::string& file);
 
 /// Text of a small file; "-" is standard input. Throws WrongUse where it cannot be read.

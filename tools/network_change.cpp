@@ -28,7 +28,7 @@ constexpr Setting kSettings[] = {
     {"password", [](const CameraSnapshot& c, bool show) { return ShownPassword(c.password, show); }, false, false},
 };
 
-/// An IPv4 network: the parts of an address that its mask tells.
+/// An IPv4 address and the mask of its network.
 struct Network {
   std::uint32_t address;
   std::uint32_t mask;
@@ -38,7 +38,7 @@ struct Network {
 };
 
 constexpr std::uint32_t kSmallestMask = 0x80000000;
-/// From here on a network has no room for hosts beside its first and last address.
+/// A network with a longer mask has no room for hosts beside its first and last address.
 constexpr std::uint32_t kLargestMask = 0xFFFFFFFC;
 
 std::string WrongHost(std::uint32_t address) {

@@ -34,7 +34,7 @@ class PictureStore {
   Kept Keep(std::span<const std::uint8_t> picture, std::string_view cameraText);
 
  private:
-  /// As many as have to go for the newest one, which stays however large it is.
+  /// Counts the newest picture, and removes the oldest above the limit; the newest stays however large it is.
   void RemoveOldest(const std::filesystem::path& newest, std::uint64_t size);
 
   std::mutex mutex_;

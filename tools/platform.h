@@ -44,7 +44,7 @@ bool IsInputTerminal();
 std::optional<std::string> ReadLine(bool echo);
 
 /// From here on the first Ctrl-C, the first request to end, or the closing of the terminal only makes Interrupted()
-/// true. A second one ends the process at once. Windows grants a few seconds after the closing.
+/// true. A second one of the same kind ends the process at once. Windows grants a few seconds after the closing.
 void CatchInterrupts();
 bool Interrupted();
 
@@ -72,23 +72,23 @@ struct ProgramResult {
   std::string error;  ///< why it could not be run; empty where it ran
 };
 /// Runs a program without arguments and without a shell, and waits for its end. variables: "NAME=value", beside those
-/// of this process. input: what it reads at standard input. What it prints goes to standard error, because it would
-/// stand between this process's own lines.
+/// of this process. input: what it reads at standard input. What it prints goes to standard error, otherwise it
+/// would stand between this process's own lines.
 ProgramResult RunProgram(const std::string& program, const std::vector<std::string>& variables,
                          const std::string& input);
 
 /// Shows the address in the user's browser, without a shell, and does not wait for it. Empty, or why that cannot be.
 std::string OpenInBrowser(const std::string& address);
 
-/// For a socket that will listen: its port can be had again right after a run before, and no other program can listen
-/// there at the same time.
+/// For a socket that will listen: its port is free again as soon as an earlier run has ended, and no other program can
+/// listen there at the same time.
 void PrepareListener(std::uintptr_t socket);
 
-/// UTF-8 of a text in the system's code page, which is what the library's exceptions carry. What cannot be converted
-/// stays as it is.
+/// UTF-8 of a text in the system's code page, which is what the library's exceptions carry. Where a byte cannot be
+/// converted, Linux gives the text as it is, and Windows puts a replacement character there.
 std::string Utf8FromSystemText(const std::string& text);
 
-/// For this process, and for libraries that are loaded later.
+/// For this process, and for its libraries with the same C runtime.
 void SetEnvironment(const std::string& name, const std::string& value);
 
 /// Makes the library's debugger lines appear on standard error. Requires that the library is not loaded yet.

@@ -9,7 +9,7 @@ namespace tarnfind {
 
 class ReplacedFile {
  public:
-  /// Begins "FILE.part" beside it. Throws Failure where that cannot be. file: UTF-8.
+  /// Opens "FILE.part" beside it, empty. Throws Failure where that cannot be written. file: UTF-8.
   explicit ReplacedFile(const std::string& file);
   /// Without Finish nothing is left behind, and the file stays as it was.
   ~ReplacedFile();

@@ -86,8 +86,8 @@ std::vector<const FoundCamera*> SortedCameras(const FoundCameras& cameras, const
 
 /// Counts of everything: "2 cameras: 1 known, 1 new; 0 changed, 0 gone; 1 picture, 0 value lists".
 std::string Totals(const SearchProgress& progress);
-/// What must be said beside the counts, each a line: IP addresses that several cameras have, a list that is missing, a
-/// search in which nothing arrived.
+/// What must be said beside the counts, each a line: IP addresses that several cameras have, a camera that is listed
+/// twice, a list that is missing, a search in which nothing arrived.
 std::string Remarks(const SearchProgress& progress);
 /// Totals and the time that it took.
 std::string Summary(const SearchProgress& progress);

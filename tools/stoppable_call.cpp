@@ -41,7 +41,7 @@ std::terminate_handler InstallOnTerminate() {
   return before;
 }
 
-/// A library with a C++ runtime of its own does not know OnTerminate; both runtimes know this one.
+/// A library with a C++ runtime of its own does not call OnTerminate, but its abort raises SIGABRT too.
 void OnAbort(int) {
   if (tellStopped) StopThread({});
   std::signal(SIGABRT, SIG_DFL);

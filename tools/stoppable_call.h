@@ -1,4 +1,4 @@
-/// A call into a library that may end the process, made so that it ends one thread only.
+/// A call into a library that may end the process, made so that it stops one thread only.
 #pragma once
 
 #include <functional>

@@ -25,7 +25,7 @@ std::string Utf8FromUtf16(std::u16string_view text);
 std::u16string Utf16FromUtf8(std::string_view text);
 std::filesystem::path PathFromUtf8(std::string_view text);
 std::string Utf8FromPath(const std::filesystem::path& path);
-/// Takes the BSTR over: its text, NULs included, and the BSTR is freed on every path. Null counts as empty.
+/// Takes the BSTR over and frees it on every path. Returns its text, NULs included. Null counts as empty.
 std::string TakeBstr(BSTR text);
 
 /// Whether a terminal obeys the character, draws nothing for it, or reorders the characters around it.

@@ -26,7 +26,7 @@ void WaitLine::Update() {
   const auto elapsed = Clock::now() - start_;
   if (!terminal_ || elapsed < kQuiet) return;
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed).count();
-  // Of one line, because the wiping reaches no further.
+  // Clipped to one line, because kWipe clears no more.
   const int columns = platform::GetTerminalSize(platform::Stream::kError).columns;
   std::string line = ClipToWidth(fmt::format("{} … {} s (Ctrl-C ends)", what_, seconds),
                                  static_cast<std::size_t>(std::max(columns - 1, 1)));

@@ -29,8 +29,8 @@ class StepPrinter {
   void PrintDone(Step step, std::optional<milliseconds> duration, const std::string& detail) {
     Print(step, "ok", duration, detail);
   }
-  /// Steps before the failed one that nobody has reported have succeeded; those after it were not tried. The first of
-  /// them has the time since the last report.
+  /// Unreported steps before the failed one have succeeded; those after it were not tried. The first unreported step
+  /// gets the time since the last report.
   void PrintFailed(const std::string& stepName, const std::string& error) {
     const milliseconds sinceReport = Since(lastReport_);
     const std::size_t first = next_;

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kCheckInterval{50};
 
-/// The page shows the rest.
+/// Prints what stands at the end of a search; the page shows the rest.
 class SummaryView final : public SearchView {
  public:
   explicit SummaryView(TextOutput& output) : output_(output) {}

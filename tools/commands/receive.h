@@ -1,4 +1,4 @@
-/// What the commands share that show cameras.
+/// What the commands that show cameras have in common.
 #pragma once
 
 #include <cstddef>
@@ -25,11 +25,11 @@ void CheckExpectations(const Options& options, const FoundCameras& cameras);
 /// How long a search lasts where --for is not given.
 inline constexpr double kUsualSearchSeconds = 5;
 
-/// A command of the finder that a search sends when it has begun.
+/// A command of the finder that a search sends after it has asked for the server's list.
 struct SentCommand {
-  FinderSession::FinderCall call;
-  std::string sent;  ///< what is said of it afterwards
-  Json summary;      ///< its first keys in JSON
+  FinderSession::FinderCall call;  ///< empty: none is sent
+  std::string sent;                ///< printed afterwards
+  Json summary;                    ///< first keys of the summary in JSON
 };
 /// The view that the options ask for. summary: first keys of the summary in JSON.
 std::unique_ptr<SearchView> MakeSearchView(const Options& options, const FoundCameras& cameras, const Json& summary,
@@ -37,8 +37,8 @@ std::unique_ptr<SearchView> MakeSearchView(const Options& options, const FoundCa
 /// output: where the view may write.
 using ViewMaker = std::function<std::unique_ptr<SearchView>(const FoundCameras& cameras, TextOutput& output)>;
 
-/// Searches, and sends the command once the server's list has arrived. The time begins when the library has returned
-/// from it. usualSeconds: where --for is not given. makeView: empty for MakeSearchView.
+/// Searches, and sends the command once the server's list has arrived or failed. The time begins again when the library
+/// has returned from the command. usualSeconds: where --for is not given. makeView: empty for MakeSearchView.
 void RunSearchWith(const SentCommand& command, double usualSeconds, const Options& options, TextOutput& output,
                    const ViewMaker& makeView = {});
 

@@ -35,7 +35,7 @@ class LinesFile final : public LineReceiver {
 }  // namespace
 
 void RunSearchWithReport(const Options& options, TextOutput& output) {
-  ReplacedFile report(options.page.report);  // first: nobody wants to search in vain
+  ReplacedFile report(options.page.report);  // before the search, which would be in vain otherwise
   const TemporaryFolder temporary;
   Options search = options;
   if (search.pictures.path.empty()) search.pictures = {Utf8FromPath(temporary.Path()), kMostTemporaryPictureBytes};

@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kUsualAnswerSeconds = 2;
 constexpr std::chrono::milliseconds kRefreshInterval{100};
-/// Events that arrive before the list are kept back so long, so that known cameras do not show as new ones.
+/// Events that arrive before the list are kept back for this time, so that known cameras do not show as new ones.
 constexpr std::chrono::milliseconds kListPatience{1000};
 
 std::chrono::milliseconds MillisecondsSince(Clock::time_point time) {
@@ -52,7 +52,7 @@ class Search {
     }
     output_.Flush();
   }
-  /// Shows what was kept back; nothing is from here on.
+  /// Shows what was kept back. Later events are shown at once.
   void StopKeepingBack() {
     keepBack_ = false;
     Take(std::exchange(keptBack_, {}));
@@ -107,7 +107,8 @@ class Search {
   void TakeOne(const ListedEvent& event) {
     progress_.list = event.error.empty() ? SearchProgress::List::kArrived : SearchProgress::List::kFailed;
     progress_.listError = event.error;
-    // Which is newer, the list or an event that is kept back, cannot be known; but the events are in their order.
+    // The list may be older or newer than an event that is kept back. So the list only marks such a camera as known;
+    // the events follow in their order, and the list then completes what they have told.
     const std::unordered_set<std::string> awaited = AddressesKeptBack();
     for (const CameraSnapshot& camera : event.cameras)
       awaited.contains(camera.mac) ? cameras_.MarkListed(camera, event.at) : TakeListed(camera, event.at);
@@ -137,7 +138,7 @@ class Search {
     program_.Run(make());
   }
 
-  /// With a filter, only the pictures and values of cameras that are shown are shown.
+  /// With a filter, a picture or value list is hidden unless its camera is shown.
   bool IsHidden(const FoundCamera* camera) const { return filtered_ && (!camera || !camera->shown); }
   JsonOptions JsonOptionsOf() const { return {options_.showPasswords, options_.times}; }
 

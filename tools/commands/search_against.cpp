@@ -35,7 +35,7 @@ class Comparison final : public TextOutput {
     }
   }
 
-  /// The search is over: what it has not shown is gone. How many cameras differ.
+  /// Tells of the cameras that the search has not shown: they are gone. Returns how many cameras differ.
   std::size_t Finish() {
     for (const auto& [mac, camera] : before_) Tell(mac);
     const std::size_t differences = Compare(before_, found_).size();
@@ -47,7 +47,7 @@ class Comparison final : public TextOutput {
   }
 
  private:
-  /// Tells how the camera differs, unless that was told last of it.
+  /// Tells how the camera differs, unless the last line about it said the same.
   void Tell(const std::string& mac) {
     const CameraSet before = Only(before_, mac), found = Only(found_, mac);
     const auto differences = Compare(before, found);
@@ -78,7 +78,7 @@ void RunSearchAgainst(const Options& options, TextOutput& output) {
   try {
     RunSearch(search, comparison);
   } catch (const Failure& failure) {
-    // 1 says that cameras differ.
+    // Exit code 1 is for cameras that differ.
     throw CommandError(kWrongUse, failure.what(), failure.Step());
   }
   if (const std::size_t differences = comparison.Finish(); differences > 0) throw Failure(DifferenceCount(differences));

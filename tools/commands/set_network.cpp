@@ -75,7 +75,8 @@ PlaceByMac ByMac(const std::vector<CameraSnapshot>& cameras) {
   return result;
 }
 
-/// Settles what must not be sent. given: addresses that the plans before it give, with the camera's hardware address.
+/// Fills the plan from the listing, and settles it where it must not be sent. given: IP addresses that earlier plans
+/// give, with the camera's hardware address.
 void MakePlan(Plan& plan, Listing& listing, const PlaceByMac& byMac, std::map<std::string, std::string>& given,
               bool force) {
   const auto place = byMac.find(plan.change.mac);
@@ -144,7 +145,7 @@ void ReadBack(FinderSession& session, std::vector<Plan>& plans, std::chrono::mil
   const Clock::time_point deadline = Clock::now() + planned;
   const auto open = [&] { return std::any_of(plans.begin(), plans.end(), [](const Plan& p) { return !p.settled; }); };
   while (open()) {
-    if (platform::Interrupted()) {  // perhaps in the middle of a call, and another one must wait for its end
+    if (platform::Interrupted()) {  // an interrupted call may still run, and no other may begin beside it
       for (Plan& plan : plans)
         if (!plan.settled && plan.text.empty()) plan.text = "interrupted before the list was read";
       return;
@@ -233,8 +234,8 @@ std::pair<std::string, Json> Summary(const std::vector<Plan>& plans) {
   return {text, object};
 }
 
-/// Whoever reads the output may have gone, or its disk be full; what became of the cameras is told all the same, by the
-/// exit code at least.
+/// Settings may have been sent, so their outcome is told even where the output fails: by the exit code where its reader
+/// has gone, and by the error's text where it cannot be written.
 void PrintAll(const std::vector<Plan>& plans, const Options& options, TextOutput& output) {
   const auto [text, object] = Summary(plans);
   try {

@@ -52,7 +52,7 @@ struct Row {
   }
 };
 
-/// A damaged file can name anything; beyond this all else counts as one.
+/// Limits, because a damaged file can name anything. Further rows count as "other"; further deliveries are not timed.
 constexpr std::size_t kMostRows = 200;
 constexpr std::size_t kMostThreads = 1000;
 

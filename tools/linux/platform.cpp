@@ -68,7 +68,7 @@ bool IsInputTerminal() {
 
 namespace {
 
-/// Takes the echo off until it goes.
+/// Turns the echo off for its lifetime.
 class SilentTerminal {
  public:
   SilentTerminal() {
@@ -143,7 +143,7 @@ std::string_view PlatformLibraryFileName() {
 void* OpenModule(const std::filesystem::path& file, ModuleFailure& failure) {
   void* const module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module) return module;
-  // "NAME: reason", where NAME is another library's where that one is missing.
+  // glibc says "NAME: reason". NAME is another library's where that one is missing or wrong.
   const std::string error = dlerror();
   const std::size_t colon = error.find(": ");
   const std::string name = error.substr(0, colon);
@@ -244,7 +244,7 @@ std::string OpenInBrowser(const std::string& address) {
   return code == 0 ? "" : std::string(opener) + ": " + std::generic_category().message(code);
 }
 
-// Here this option passes over connections of the run before, which wait for late packets.
+// Here this option ignores connections of an earlier run in TIME_WAIT; a second listener is refused all the same.
 void PrepareListener(std::uintptr_t socket) {
   const int yes = 1;
   setsockopt(static_cast<int>(socket), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);

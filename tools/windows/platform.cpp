@@ -1,6 +1,6 @@
 #include "tools/platform.h"
 
-// The sockets' header goes before the system's base header, which the COM headers bring.
+// Before windows.h, which objbase.h brings, because windows.h alone may bring the older winsock.h.
 #include <winsock2.h>
 
 #include <fcntl.h>
@@ -19,7 +19,8 @@ namespace tarnfind::platform {
 
 namespace {
 
-/// Raised by the system for each text that a program sends to its debugger.
+/// Raised by the system for each text that a program sends to its debugger: DBG_PRINTEXCEPTION_C and
+/// DBG_PRINTEXCEPTION_WIDE_C.
 constexpr DWORD kNarrowDebuggerText = 0x40010006;  // [0] characters with the NUL, [1] the text
 constexpr DWORD kWideDebuggerText = 0x4001000A;    // the same in UTF-16
 
@@ -97,12 +98,12 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
   const bool closed = event == CTRL_CLOSE_EVENT;
   const bool asked = closed || event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
   if (!asked || interrupted.exchange(true)) return FALSE;
-  // The system ends the process when this returns, so the process ends itself before.
+  // The system ends the process when this returns, so it does not: the main thread ends the process before.
   if (closed) Sleep(INFINITE);
   return TRUE;
 }
 
-/// Past the C runtime: the debugger's handler also runs while the process ends.
+/// Without the C runtime, because OnDebuggerText also runs while the process ends.
 void WriteDebuggerText(std::string_view text) {
   if (errorTarget.console) {
     WriteToConsole(errorTarget.console, text);
@@ -347,7 +348,7 @@ ProgramResult RunProgram(const std::string& program, const std::vector<std::stri
 std::string OpenInBrowser(const std::string& address) {
   std::vector<WCHAR> wide = Wide(CP_UTF8, address);
   wide.push_back(L'\0');
-  // Above 32 it is no error.
+  // A value above 32 means success.
   const auto code =
       reinterpret_cast<std::intptr_t>(ShellExecuteW(nullptr, L"open", wide.data(), nullptr, nullptr, SW_SHOWNORMAL));
   return code > 32 ? "" : ErrorText(GetLastError());

@@ -2,9 +2,10 @@
 --
 --     tshark -X lua_script:tarn.lua -r CAPTURE -Y 'tarn.mac == "00:40:8C:12:34:56"'
 --
--- Put this file into Wireshark's folder for personal Lua plugins, or name it with -X lua_script:. Recordings have the link
--- type USER0 (147). docs/capture.md describes the packets; the numbers here are those of capture/format.h and of
--- src/protocol/block_format.h. Filters: tarn.function, tarn.mac, tarn.ip, tarn.entry.name, tarn.dropped, tarn.damage, …
+-- Put this file into Wireshark's folder for personal Lua plugins, or name it with -X lua_script:. Recordings have the
+-- link type USER0 (147). docs/capture.md describes the packets; the numbers here are those of capture/format.h, of
+-- src/valuelist/variant_types.h and, in src/protocol/, of block_format.h, finder_messages.h and record_format.h.
+-- Filters: tarn.function, tarn.mac, tarn.ip, tarn.entry.name, tarn.dropped, tarn.damage, …
 
 local tarn = Proto("tarn", "Camera finder conversation")
 
@@ -84,7 +85,7 @@ function tarn.init()
   pending, whole, detached, detached_at = {}, {}, {}, {}
 end
 
--- What is missing ends a part with an error of this kind.
+-- The kind of error that ends a part in which something is missing or wrong.
 local Damage = {}
 
 local function fail(cursor, tree, expected, found)
@@ -102,7 +103,7 @@ local function left(cursor)
   return cursor.stop - cursor.at
 end
 
--- The bytes that an item covers are drawn when it is known how many they are; an empty range at the end of a buffer is none.
+-- Adds a text with the bytes that it covers, which Wireshark marks. range: nil where there are none.
 local function add_text(tree, field, range, text)
   return range and tree:add(field, range, text) or tree:add(field, text)
 end
@@ -114,7 +115,7 @@ local function take(cursor, tree, size, what)
   return range
 end
 
--- Runs a part whose end is known; damage ends it alone. Returns the damage's text.
+-- Runs a part whose end is known; damage ends no more than this part. Returns the damage's text.
 local function contained(body)
   local ok, problem = pcall(body)
   if ok then return nil end
@@ -169,7 +170,7 @@ local function record(cursor, tree, seen, depth)
   return take(cursor, tree, size, TYPES[tag]), tag
 end
 
--- The elements of a list in binary data; damage ends them alone.
+-- The elements of a list in binary data; damage ends no more than these.
 elements = function(range, cursor, tree, seen, depth)
   local inner = cursor_of(cursor.tvb, range:offset() + 8, range:offset() + range:len())
   local damage = contained(function()
@@ -271,7 +272,7 @@ local function reply(cursor, tree, seen)
   if (first == 11 or first == 12) and left(cursor) >= 5 then
     local stated, there = cursor.tvb(cursor.at + 1, 4):le_uint(), left(cursor) - 5
     if stated > there then
-      -- The cameras that are there were meant.
+      -- A text that is cut still names the cameras before the cut.
       cursor.at = cursor.at + 5
       local whole = math.floor(there / unit) * unit
       if whole > 0 then base64(take(cursor, tree, whole, "base64"), tree, seen, unit) end
@@ -414,7 +415,7 @@ local function note(pinfo, event, fn, stream)
   if event == 1 and detached[stream] then detached_at[pinfo.number] = true end
 end
 
--- Puts the pieces of a frame together, behind its header. The last one gives the whole; the others nothing.
+-- Puts the pieces of a frame together, behind its header. The last piece gives the whole; the others give nil.
 local function assembled(tvb, header, pinfo, thread, size, offset)
   if not pinfo.visited then
     if offset == 0 then pending[thread] = tvb(0, header):bytes() end
