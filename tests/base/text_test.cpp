@@ -113,12 +113,12 @@ TEST(TextConversion, ConvertsBothWaysWithLengthAndWithTerminator) {
   ExpectBothWays(platform::CP_UTF8, "a\0b"s, u"a\0b"s);
   ExpectBothWays(platform::CP_UTF8, "", u"");
   ExpectBothWays(platform::CP_ACP, "\x80 \xFC", u"€ ü");
-  // Lengths about which the way changes.
+  // Lengths on both sides of the bound at which the conversion takes another path.
   std::string narrow;
   for (std::size_t length = 1; length < 300; ++length) {
     ExpectBothWays(platform::CP_UTF8, narrow += "\xE6\x9D\xB1", std::u16string(length, u'東'));
   }
-  // What has no counterpart.
+  // An invalid byte, a NUL, half a surrogate pair, and a letter that the code page lacks.
   EXPECT_EQ(Utf8ToWide("a\xFF-"), u"a\uFFFD-");
   EXPECT_EQ(Utf8ToWide("\0a"s), u"");
   EXPECT_EQ(WideToUtf8(u"a\xD83D-"), "a\xEF\xBF\xBD-");
@@ -133,14 +133,14 @@ TEST(TextConversion, KeepsTheTargetsRoomAndRefusesWhatTheSystemRefuses) {
   EXPECT_TRUE(wide == u"Camera front door 12" && wide.data() == room);
   MultiToWide(wide, platform::CP_UTF8, 0, nullptr, 5);
   EXPECT_EQ(wide, u"");
-  // Flags and a code page that no system knows; the number is the system's.
+  // Flags and a code page that no system knows; the error code differs between systems.
   for (const int length : {1, -1}) {
     const auto widen = [&] { MultiToWide(wide, platform::CP_UTF8, 0x40000000, "x", length); };
     const auto narrowDown = [&] { WideToMulti(narrow, 64999, 0, u"x", length); };
     EXPECT_TRUE(SystemErrorOf(widen).ends_with("] in MultiByteToWideChar"));
     EXPECT_TRUE(SystemErrorOf(narrowDown).ends_with("] in WideCharToMultiByte"));
   }
-  // One unit more than three bytes each can count; the source is not read.
+  // One unit more than an int can count at three bytes each; the source is not read.
   EXPECT_EQ(SystemErrorOf([&] { WideToMulti(narrow, platform::CP_UTF8, 0, u"x", 715827883); }),
             "SystemException 87 [ErrorCode #87] in WideCharToMultiByte");
 }

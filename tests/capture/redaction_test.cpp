@@ -109,7 +109,7 @@ TEST(RedactedRequest, IsTheSameRequestWithoutItsCredentials) {
   EXPECT_EQ(other, Sample("request-list.bin"));
 }
 
-/// A message cut anywhere shows nothing of a secret that is whole in it, and nothing is read beyond it.
+/// A message cut anywhere shows no secret, also where the cut is inside it, and nothing is read beyond the message.
 TEST(RedactedBlock, CutAtAnyByteHasNoSecret) {
   const Bytes whole = Sample("block-4-camera.bin");
   ASSERT_TRUE(MayHoldCredentials(whole));

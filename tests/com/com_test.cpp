@@ -11,7 +11,7 @@
 namespace {
 
 int liveBstrs = 0;
-int failingBstr = 0;  ///< the n-th from here on cannot be made
+int failingBstr = 0;  ///< the n-th BSTR from here on cannot be made; 0: none
 IUnknown* nextMarshaler = nullptr;
 
 char16_t* Counted(char16_t* text) {

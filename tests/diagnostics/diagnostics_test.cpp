@@ -60,7 +60,7 @@ class Diagnostics : public testing::Test {
     std::filesystem::remove(file);
   }
 
-  /// As the module does, with one number in the registry and a limit for every source.
+  /// As the module does, with one number in the registry and a filter that passes every message of the source NET.
   void Start(const char* name = "DebugWindowSourcePrefix", std::uint8_t number = 0) {
     system.keys[kKey] = {{name, REG_DWORD, {number, 0, 0, 0}}};
     system.keys[kKey + u"\\Filter"] = {{"net", REG_DWORD, {255, 0, 0, 0}}};
@@ -312,7 +312,7 @@ TEST_F(Diagnostics, EventsHaveTypeUserAndSourceOrGoToTheDebugger) {
   EXPECT_EQ(TakeDebuggerLines(), (Lines{"first", "third"}));
 }
 
-/// Each in a process of its own, for the add-on is looked for once.
+/// Each in a process of its own, because a process looks for the add-on once.
 TEST(EventLogAddOnDeathTest, IsReportedAndNotUsed) {
   const auto writeTwoEvents = [](const char16_t* addOn, bool (*check)()) {
     fakes::TheSystem().modules = {addOn};

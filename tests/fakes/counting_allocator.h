@@ -20,7 +20,7 @@ class FailingAllocation {
   ~FailingAllocation();
   FailingAllocation(const FailingAllocation&) = delete;
   FailingAllocation& operator=(const FailingAllocation&) = delete;
-  /// Whether it has come to that.
+  /// Whether the n-th allocation was made, and failed.
   bool HasFailed() const;
 };
 

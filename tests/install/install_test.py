@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Uses the product as its users do. Use: install_test.py STEP BUILD SOURCE [--windows] [--run EMULATOR] [--cmake OPTION]…
 
-STEP is a name in kSteps below; "install" goes first, because the others use what it installs. Everything lies in
+STEP names a function step_STEP below; "install" goes first, because the others use what it installs. Everything lies in
 BUILD/install_test. Exit code 77: something that the step needs is not installed.
 """
 import argparse

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Every recorded message of up to 1 KiB, damaged in one place, through the library and through the second reading.
+"""Every recorded reply and block of up to 1 KiB, damaged in one place, through the library and the second reading.
 
 Use: damage.py PROBE [SAMPLES]      cut at every byte, every bit flipped, and at every byte a hostile number in place of
 the 4 or 8 bytes that stand there; a length or a count is hit that way wherever it stands.

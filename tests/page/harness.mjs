@@ -34,12 +34,12 @@ function environment(scenario) {
   return {...process.env, TARN_SIMULATOR_SCENARIO: file};
 }
 
-/// Runs tarnfind to its end; what it prints.
+/// Runs tarnfind to its end, and returns what it printed.
 export function runTool(scenario, ...options) {
   return execFileSync(program, options, {env: environment(scenario), encoding: 'utf8'});
 }
 
-const tools = new Set();  // that serve
+const tools = new Set();  // processes that serve a page
 
 /// Serves a search until stop(), or stopBrowser where a test has failed before; address: of its page.
 export async function servePage(scenario, ...options) {

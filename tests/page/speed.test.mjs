@@ -1,4 +1,4 @@
-// The speed of the live page. It is told, not asserted, because a busy machine would fail.
+// The speed of the live page. It is printed, not asserted, because a busy machine would fail.
 import assert from 'node:assert/strict';
 import {after, before, test} from 'node:test';
 

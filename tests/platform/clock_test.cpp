@@ -68,7 +68,7 @@ TEST(Clock, TellsTheTimeOfTheStandardLibrary) {
   }
 }
 
-/// The tests run with LC_ALL naming a locale without a user.
+/// The tests run with LC_ALL=C, which is no user's setting.
 TEST(LocaleForms, AreEnglishWithoutASetting) {
   const SystemTime time{2024, 3, 0, 4, 13, 5, 9, 0};
   char16_t text[64] = {};

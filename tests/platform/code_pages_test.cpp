@@ -43,7 +43,7 @@ std::string Narrow(const std::u16string& text, std::uint32_t codePage = CP_UTF8)
   return Converted<char>(WideCharToMultiByte, codePage, text);
 }
 
-/// Pieces in random order, with ASCII of every length up to more than the blocks that are copied at once between them.
+/// Pieces in random order. Between them stands ASCII of every length, also of more than is copied at once.
 TEST(Utf8, BecomesUtf16AndBackAndWhatIsInvalidIsReplaced) {
   const struct {
     std::string utf8;

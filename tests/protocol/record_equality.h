@@ -1,4 +1,4 @@
-/// Comparing records, which only those need who check what was read.
+/// The equality of records, which only tests need.
 #pragma once
 
 #include "protocol/record_format.h"

@@ -130,7 +130,8 @@ class EachBlock : public AllocationFailure, public testing::WithParamInterface<s
 
 TEST_P(EachBlock, IsDeliveredOrDroppedAndLeaksNothing) {
   int delivered = 0;
-  // What cannot even be copied is thrown into the platform library's call; a pooled buffer may have the room.
+  // Without memory to copy the block, the platform library's call throws. It need not come to that, because a pooled
+  // buffer may have the room.
   ExpectNoLeak([&, block = SampleOfType(GetParam())](Scene& scene) {
     dbi.Push(GetParam(), block);
     delivered = scene.wizard.count;

@@ -21,7 +21,7 @@ constexpr std::ptrdiff_t kThreadsThatStay = 16;
 
 using Soak = WizardTest;
 
-/// Without what was freed between blocks in use: how much that is depends on which threads came by each other.
+/// Without the freed memory that lies between blocks in use, because its amount depends on how the threads ran.
 ProcessUse GetTrimmedUse() {
 #ifdef M_TRIM_THRESHOLD
   malloc_trim(0);

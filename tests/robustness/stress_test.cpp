@@ -33,7 +33,7 @@ struct Place {
     const std::lock_guard guard(lock);
     return finder;
   }
-  /// The one before; it goes with the result, outside the lock, for it may call back then.
+  /// Returns the finder that stood here. The caller releases it outside the lock, because that may call back.
   ComPtr<ICameraFinder> Exchange(ComPtr<ICameraFinder> other) {
     const std::lock_guard guard(lock);
     std::swap(finder, other);

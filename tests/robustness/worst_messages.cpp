@@ -39,7 +39,7 @@ std::string RecordOf(const std::string& key, const std::string& element, std::si
   return kUnnamed + Number(1, 4) + name + '\x0D' + Number(list.size(), 4) + list;
 }
 
-/// A camera one of whose numbers is a text, which the exception for it quotes.
+/// A camera whose flag ICB is a text, which the exception quotes.
 std::string CameraOfText(std::size_t size) {
   const std::string text = '\x0B' + Number(size + 1, 4) + std::string(size, 'x') + '\0';
   const std::string record = kUnnamed + Number(1, 4) + "\x0B\4\0\0\0ICB\0"s + text;

@@ -1,4 +1,4 @@
-/// Pictures through a decoder of their own, which knows stored data only.
+/// Pictures, read by a decoder of the test's own, which knows stored data only.
 #include "simulator/picture.h"
 
 #include <gtest/gtest.h>

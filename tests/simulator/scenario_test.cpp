@@ -17,7 +17,8 @@ std::string MistakeIn(std::string_view text) {
   }
 }
 
-/// Rows are texts with the cameras a and, where it says so, one event of it around them.
+/// A scenario with the camera "a", these further members of it, and more cameras. OneEvent: with an event of these
+/// members before the camera.
 std::string Camera(const std::string& members, const std::string& more = "") {
   return R"({"cameras": [{"name": "a", "mac": "00:40:8C:00:00:01")" + members + "}" + more + "]}";
 }

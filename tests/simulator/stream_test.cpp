@@ -97,7 +97,8 @@ TEST(Delivery, GoesOnAfterACallbackHasThrownAndMayEndTheStreamFromInside) {
   EXPECT_TRUE(receiver.WaitForReferences(0));
 }
 
-/// By a callback, in which the delivery thread could not wait for itself, and beside one that never returns.
+/// The exit comes from inside a callback, where the delivery thread would wait for itself, or beside a callback that
+/// never returns.
 TEST(ExitDeathTest, InADeliveryWaitsForNobody) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   for (const bool inside : {true, false}) {

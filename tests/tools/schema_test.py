@@ -28,7 +28,7 @@ def run(arguments, scenario):
 
 
 def check_output():
-    """Every command, with no function failing and with each one at its first call."""
+    """Most commands: with no function failing, and with each of four functions failing at its first call."""
     schema = validator("tarnfind.schema.json")
     with open(scenario_file, encoding="utf-8") as file:
         scenario = json.load(file)
@@ -70,7 +70,7 @@ def check_page():
 
 
 def check_report():
-    """A report of a search and one of its lines, in which passwords stand."""
+    """Two reports: one by a search, and one made from its lines, which hold passwords."""
     schema = validator("tarnfind.schema.json")
     with open(scenario_file, encoding="utf-8") as file:
         scenario = json.load(file)

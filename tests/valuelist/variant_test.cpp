@@ -40,7 +40,7 @@ std::string TextOrError(Action action) {
   return error.empty() ? text : error;
 }
 
-/// What the second decoder of the messages never meets there: it sees the texts and conversions of every type.
+/// Texts that messages rarely need. The second decoder (tests/oracle) checks texts and conversions of every type.
 TEST(VariantText, IsWrittenInTheFormOfTheType) {
   const std::pair<Variant, std::string> rows[] = {{Variant(platform::FileTime{0, 0xFFFFFFFF}), kNoText},
                                                   {Variant(u"\u00E4\0b"s), "\u00E4"},

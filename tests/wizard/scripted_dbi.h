@@ -65,7 +65,7 @@ class Dbi {
   void SetReply(Bytes reply) { Locked()->script.reply = std::move(reply); }
   std::string Calls() { return Locked()->script.calls; }
   void ForgetCalls() { Locked()->script.calls.clear(); }
-  /// Runs in whoever loads the module loading_module, with the loader's lock held.
+  /// Runs on the thread that loads the module loading_module, with the loader's lock held.
   std::function<void()> insideLoad;
   Bytes LastRequest() { return Locked()->script.lastRequest; }
   int OpenReplies() { return Locked()->openReplies; }

@@ -79,7 +79,7 @@ TEST_F(Terminal, ShowsTextsAndColoursUntilItIsNone) {
   EXPECT_EQ(GetStdHandle(0), InvalidConsoleHandle());
 }
 
-/// They arrive while the terminal is full, before a unit of the rest is taken.
+/// The signals arrive while the terminal is full, so that they interrupt calls that have written nothing yet.
 TEST_F(Terminal, SignalsDoNotCutALine) {
   struct sigaction action {};
   action.sa_handler = [](int) {};

@@ -1,4 +1,4 @@
-// Where the systems that run the common tests are laxer than the interface: as on Windows itself.
+// Invalid UTF-8 as Windows itself replaces it. Not among the tests of both systems, because Wine is laxer.
 #include <gtest/gtest.h>
 
 #include <string>

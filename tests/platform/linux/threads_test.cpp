@@ -111,7 +111,7 @@ TEST(WorkerThreads, TasksMayRunOnEveryProcessorThatTheirWorkerHad) {
   StopWorkers();
 }
 
-/// It forks where a worker is idle, whose thread the child has not.
+/// The fork comes while a worker is idle; the child does not have that worker's thread.
 TEST(WorkerThreads, ForkedChildHasItsOwnNumberAndWorkers) {
   ASSERT_TRUE(HandOver([] {}));
   ASSERT_EQ(GetCurrentThreadId(), static_cast<std::uint32_t>(getpid()));

@@ -1,5 +1,5 @@
-/// A wizard that is written against the system's own COM headers, with the smart points of doing so: real IUnknown,
-/// real BSTR, and a marshaler behind IMarshal.
+/// A wizard that is written against the system's own COM headers: the real IUnknown and BSTR, and a marshaler behind
+/// IMarshal.
 #include <windows.h>
 
 #include <gtest/gtest.h>
