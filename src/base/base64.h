@@ -3,8 +3,8 @@
 /// Encoding writes four characters for three bytes, padded with "=", and CR LF after every 76th character, also where
 /// that is the last one.
 ///
-/// Decoding skips CR and LF. A "=" ends the text; any other character outside the alphabet ends it with failure. In
-/// both cases the bytes decoded so far stay, and an unfinished group of k characters gives k - 1 bytes.
+/// Decoding skips CR and LF. A "=" ends the text; any other character outside the alphabet ends it with failure.
+/// However the text ends, the bytes decoded so far stay, and an unfinished group of k characters gives k - 1 bytes.
 ///
 /// Each direction exists for narrow and for UTF-16 text, because value lists travel as UTF-16 and need no narrow copy
 /// this way. Only the two functions that return or fill a container allocate, and so can throw.
@@ -27,7 +27,7 @@ std::size_t Base64EncodedLength(std::size_t byteCount);
 char* Base64EncodeTo(const void* bytes, std::size_t byteCount, char* text);
 char16_t* Base64EncodeTo(const void* bytes, std::size_t byteCount, char16_t* text);
 
-/// Room that decoding a text of this length needs.
+/// Room in bytes that decoding a text of this length needs.
 constexpr std::size_t Base64DecodedBound(std::size_t characters) {
   return characters / 4 * 3 + 3;
 }

@@ -1,9 +1,9 @@
 /// Bounded copy and formatting into character buffers, as the Windows safe-string functions do it.
 ///
-/// The target is always NUL-terminated. Where there is too little room, it keeps the part that fits.
+/// The target is NUL-terminated. Where there is too little room, it keeps the part that fits.
 ///
 /// Errors: SystemException with the function's name as context and the HRESULT as code: 0x8007007A where there is too
-/// little room, 0x80070057 where the room is 0 or more than 2147483647 units.
+/// little room, 0x80070057 where the room is 0 or more than 2147483647 units; nothing is written then.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-/// CRC-32 as ZIP and PNG use it: polynomial 0x04C11DB7, bits reflected, 0xFFFFFFFF at the start and inverted at the end.
+/// CRC-32 as ZIP and PNG use it: polynomial 0x04C11DB7 with reflected bits (0xEDB88320), 0xFFFFFFFF at the start,
+/// inverted at the end.
 #pragma once
 
 #include <array>

@@ -9,8 +9,8 @@
 
 namespace Kestrel {
 
-/// Insertions, deletions, replacements and swaps of neighbours that make one word of the other (Damerau-Levenshtein, each
-/// place changed at most once).
+/// Insertions, deletions, replacements and swaps of neighbours that make one word of the other (Damerau-Levenshtein,
+/// each place changed at most once).
 inline std::size_t EditDistance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> beforeLast(b.size() + 1), last(b.size() + 1), row(b.size() + 1);
   for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
@@ -27,7 +27,7 @@ inline std::size_t EditDistance(std::string_view a, std::string_view b) {
   return row[b.size()];
 }
 
-/// The known word that is nearest to `word`; empty where none is near: a third of its letters may differ.
+/// The known word that is nearest to `word`; empty where none is near: a third of its letters may differ, at least one.
 inline std::string_view NearestWord(std::string_view word, std::span<const std::string_view> known) {
   constexpr std::size_t kLongestWord = 64;  // bounds the time that a hostile word takes
   if (word.size() > kLongestWord) return {};

@@ -37,7 +37,7 @@ class VirtualReferenceCountBaseClass : NonCopyable {
 };
 
 /// Holds the count and implements the operations on it. The first reference and the last one cost a plain store,
-/// because no other thread can change the count then: it would need a reference to take one from.
+/// because no other thread can change the count then: it would have to hold a reference itself.
 template <class Base>
 class ReferenceBaseClass : public Base {
  public:

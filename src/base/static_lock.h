@@ -1,8 +1,8 @@
-/// Locks, and what else is in static storage, for code that may run until the process is gone.
+/// Static locks and other static objects for code that may run until the process is gone.
 ///
-/// An ordinary static object is destroyed at the end of the process, while other threads may still use it. One of these
-/// is made on first use and never destroyed. When the library is unloaded its storage goes with the library, so by then
-/// it must own nothing that would have to be freed.
+/// An ordinary static object is destroyed at the end of the process, while other threads may still use it. An object of
+/// this file is made on first use and never destroyed. When the library is unloaded its storage goes with the library,
+/// so by then it must own nothing that would have to be freed.
 #pragma once
 
 #include <cstddef>

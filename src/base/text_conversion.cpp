@@ -82,7 +82,8 @@ void Convert(std::basic_string<typename Direction::Target>& target, std::uint32_
   if (!TryConvert<Direction>(target, codePage, flags, source, length)) ThrowLastSystemError(Direction::kContext);
 }
 
-/// Refuses a length above INT_MAX, because it would turn negative, which means NUL-terminated; a view is not.
+/// Refuses a length above the direction's limit. Above INT_MAX it would turn negative, which means NUL-terminated; a
+/// view is not.
 template <class Direction>
 int LengthOf(std::basic_string_view<typename Direction::Source> text) {
   const std::uint32_t length = ClipSizeT(text.size());

@@ -15,8 +15,8 @@ bool GetUserNameExSamCompatible(char16_t* name, std::uint32_t* units);
 /// The name alone. *units: in, the room with the NUL; out, the length with it. ERROR_INSUFFICIENT_BUFFER where there is
 /// too little room; *units then says how much is needed.
 bool GetUserNameW(char16_t* name, std::uint32_t* units);
-/// The security identifier of an account, named with or without its domain, in the binary form of Windows, and its
-/// domain. The sizes: in, the room; out, the bytes and the units without the NUL. ERROR_INSUFFICIENT_BUFFER where
+/// Looks up an account, named with or without its domain: its security identifier in the binary form of Windows, and
+/// its domain. The sizes: in, the room; out, the bytes and the units without the NUL. ERROR_INSUFFICIENT_BUFFER where
 /// either has too little room; both sizes then say how much is needed, the domain's with the NUL. ERROR_NONE_MAPPED for
 /// an unknown account.
 bool LookupAccountNameW(const char16_t* account, void* sid, std::uint32_t* sidBytes, char16_t* domain,

@@ -14,8 +14,8 @@ AppendFile* OpenForAppend(const char16_t* path);
 
 /// Bytes at one place in memory.
 using BytePiece = std::span<const std::byte>;
-/// Appends the pieces, one after the other. When it returns they are the system's: they survive the end of the process.
-/// False where they are not all written; a part of them may be.
+/// Appends the pieces, one after the other. When it returns true the system holds them, so that they survive the end of
+/// the process. False where they are not all written; a part of them may be.
 bool Append(AppendFile* file, std::span<const BytePiece> pieces);
 
 void CloseAppendFile(AppendFile* file);

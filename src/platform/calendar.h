@@ -24,8 +24,8 @@ constexpr unsigned DaysOfMonth(std::int64_t year, unsigned month) {
   return kDays[month - 1] + (month == 2 && IsLeapYear(year) ? 1 : 0);
 }
 
-/// Requires a month from 1 to 12 and a year from 1 on. Both directions count years from March, so that the leap day is
-/// the last day of its year.
+/// Requires a month from 1 to 12 and a year from 1 on. This function and CivilFromDays count years from March, so that
+/// the leap day is the last day of its year. From March and from August on, five months have 153 days.
 constexpr std::int64_t DaysFromCivil(const CivilDate& date) {
   const std::int64_t year = date.year - (date.month < 3 ? 1 : 0);
   const unsigned monthFromMarch = (date.month + 9) % 12;
@@ -39,6 +39,7 @@ constexpr CivilDate CivilFromDays(std::int64_t daysFrom1601) {
   constexpr std::int64_t kMarchOfYear0 = 584694, kDaysOf400Years = 146097;
   const std::int64_t days = daysFrom1601 + kMarchOfYear0;
   const std::int64_t cycle = days / kDaysOf400Years, day = days % kDaysOf400Years;
+  // Leap days are taken out, so that every year has 365 days: one in 4 years, none in 100, one in 400.
   const std::int64_t yearOfCycle = (day - day / 1460 + day / 36524 - day / 146096) / 365;
   const std::int64_t dayOfYear = day - (365 * yearOfCycle + yearOfCycle / 4 - yearOfCycle / 100);
   const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;

@@ -1,8 +1,8 @@
 /// The process's console. On Linux it is a terminal, a handle stands for its file descriptor, and colours are escape
 /// sequences.
 ///
-/// A handle that is no console, as where output goes to a file, makes the functions fail: they return false with the
-/// thread's last error set. Thread-safe; texts that several threads write do not mix within a call.
+/// With a handle that is no console, for example that of a file, the functions fail: they return false with the
+/// thread's last error set. Thread-safe; the texts of two calls do not mix.
 #pragma once
 
 #include <cstdint>
@@ -29,6 +29,7 @@ bool SetConsoleTextAttribute(ConsoleHandle console, std::uint16_t attributes);
 /// On Linux what was set last, or 7, because a terminal cannot be asked.
 bool GetConsoleTextAttribute(ConsoleHandle console, std::uint16_t* attributes);
 /// Flushes the narrow standard-output stream of the C++ library, so that what stands in it comes before a console text.
+/// Throws std::ios_base::failure where that fails and the stream's exceptions are enabled.
 void FlushStandardOutput();
 
 }  // namespace platform

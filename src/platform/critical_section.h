@@ -1,7 +1,7 @@
 /// A recursive lock that spins before it sleeps. Requires that nobody holds it when it is destroyed. Does not throw.
 ///
-/// On Windows it can be entered while a process ends, when the thread that held it is dead; a mutex of the standard
-/// library then blocks for ever. So every lock that is taken on the way out is one of these.
+/// On Windows it can be entered while the process ends, when the thread that held it is dead; a mutex of the standard
+/// library then blocks for ever. So every lock that may be taken then is one of these.
 #pragma once
 
 #include <cstddef>

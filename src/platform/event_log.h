@@ -1,5 +1,5 @@
 /// The event log of the local machine. On Linux it is the system log, at the socket that TARN_EVENT_LOG names (/dev/log
-/// unless set); the host's own connection to it is left alone, and an event has the user's facility.
+/// unless set); the host's own connection to it is left alone. The facility is LOG_USER, that of audits LOG_AUTHPRIV.
 ///
 /// Each function fails with the thread's last error set. Thread-safe; a source may be used by several threads.
 #pragma once

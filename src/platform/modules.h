@@ -1,7 +1,7 @@
 /// Loaded modules and their files.
 ///
-/// A handle is the system's; null names the executable. On Linux the socket library ws2_32.dll, whose functions are the
-/// C library's, is a module without a file: its handle is known to GetProcAddress and to the functions below.
+/// A handle is the system's; to GetModuleFileNameW null names the executable. On Linux the socket library ws2_32.dll,
+/// whose functions are the C library's, is a module without a file: only the functions below know its handle.
 ///
 /// Paths are NUL-terminated; sizes are units. A function fails with the thread's last error set. Thread-safe.
 #pragma once
@@ -14,13 +14,14 @@ namespace platform {
 
 using ModuleHandle = void*;
 
-/// Windows looks in the program's and the system's folders alone. Linux ignores it and looks where the loader does.
+/// Windows looks only in the folders of the program and the system and in those that the program has added. Linux
+/// ignores the flag and looks where its loader does.
 inline constexpr std::uint32_t LOAD_LIBRARY_SEARCH_DEFAULT_DIRS = 0x1000;
 
-/// The module that contains an address. On Linux null for the executable too; on Windows null for no module alone.
+/// The module that contains an address. Requires an address in a module. On Linux null for the executable.
 ModuleHandle ModuleContaining(const void* address);
-/// Path of a module's file. Returns its length without the NUL. Where the room is too small it writes what fits and
-/// returns the room, with ERROR_INSUFFICIENT_BUFFER. 0 on failure.
+/// Path of a module's file. Returns its length without the NUL. Where the room is too small it writes what fits,
+/// perhaps without a NUL, and returns the room, with ERROR_INSUFFICIENT_BUFFER. 0 on failure.
 std::uint32_t GetModuleFileNameW(ModuleHandle module, char16_t* path, std::uint32_t units);
 /// The part of a path behind its last separator; points into path.
 const char16_t* PathFindFileNameW(const char16_t* path);

@@ -3,10 +3,10 @@
 
 namespace platform {
 
-/// For their destructors. True at the end of the process: other threads still run on Linux, and were killed in the
-/// middle of anything on Windows, so nothing may be freed or changed, and no lock taken. The system takes all of it
-/// back. False where the library is unloaded and the process goes on: then no thread may be inside it any more, and
-/// everything must be freed.
+/// For their destructors; at any other time the result means nothing. True at the end of the process: other threads
+/// still run on Linux, and were killed in the middle of anything on Windows, so nothing may be freed or changed, and no
+/// lock taken. The system frees everything. False where the library is unloaded and the process goes on: then no thread
+/// may be inside it any more, and everything must be freed.
 bool ProcessEnds();
 
 }  // namespace platform

@@ -6,8 +6,7 @@
 namespace platform {
 
 /// True where the processor and the system have 256-bit integer vectors. Cheap enough to be asked before each use.
-/// Thread-safe, at load too. A test program replaces this function, which stands alone in its file, to see the portable
-/// code.
+/// Thread-safe, at load too. Stands alone in its file, so that a test program can replace it to test the portable code.
 bool HasAvx2();
 
 /// For the body of a loop that spins: leaves the core to its other hardware thread for a moment.

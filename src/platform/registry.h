@@ -33,8 +33,9 @@ std::uint32_t RegOpenKeyExW(RegistryKey* parent, const char16_t* path, std::uint
 /// only type and size are asked for). Text is UTF-16, usually with its NUL, but that is the writer's choice.
 std::uint32_t RegQueryValueExW(RegistryKey* key, const char16_t* name, std::uint32_t* type, void* data,
                                std::uint32_t* byteCount);
-/// Value number index in the registry's order; its name and data in the ANSI code page.
-/// *nameSize: in, the room including the NUL; out, the length without it. ERROR_NO_MORE_ITEMS behind the last.
+/// Value number index in the registry's order; its name, and its data if that is text, in the ANSI code page.
+/// *nameSize: in, the room including the NUL; out, the length without it. ERROR_NO_MORE_ITEMS behind the last,
+/// ERROR_MORE_DATA where name or data is too small; data and *byteCount as with RegQueryValueExW.
 std::uint32_t RegEnumValueA(RegistryKey* key, std::uint32_t index, char* name, std::uint32_t* nameSize,
                             std::uint32_t* type, void* data, std::uint32_t* byteCount);
 void RegCloseKey(RegistryKey* key);

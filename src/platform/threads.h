@@ -1,9 +1,9 @@
-/// Threads: who is calling, and work handed to another thread.
+/// The number of the calling thread, and work that is handed to another thread.
 ///
 /// A delivery thread hands over one task and sleeps until it is done. There are as many busy workers as hand-overs in
 /// progress, because a task may cause another hand-over and wait for it. A worker that becomes idle is kept for the
 /// next task. On Linux up to 16 idle ones are kept; the deliverer ends the others before its call returns. On Windows
-/// the workers are threads of the system's pool, which ends idle ones after a while.
+/// the workers are threads of a pool that the system runs; it ends idle ones after a while.
 ///
 /// On Linux workers block the signals that are for the host's own threads; those of a fault, an abort and a profiler
 /// stay open. After a fork the child has no workers and makes new ones.

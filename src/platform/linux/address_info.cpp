@@ -12,6 +12,7 @@
 namespace platform {
 namespace {
 
+/// An error of the C library's resolver, and the socket error of Windows that it becomes.
 struct ErrorMapping {
   int resolver;
   int socketError;

@@ -17,7 +17,7 @@ constexpr unsigned kDefaultPage = 1252;
 /// Not a character, so no byte means it.
 constexpr char16_t kLeadByte = 0xFFFF;
 constexpr unsigned kFirstDoubleByte = 0x8000;
-/// What stands for a pair of bytes that mean nothing.
+/// Replaces a lead byte that has no second byte, or whose pair means nothing.
 constexpr char16_t kUnknownPair = u'?';
 
 unsigned PageOfTheSetting() {

@@ -1,7 +1,7 @@
 /// The system's ANSI code page: the one that TARN_ANSI_CODE_PAGE names by its Windows number, as tables made once.
 ///
-/// Offered are those that Windows offers: 874, 932, 936, 949, 950, 1250 to 1258, and 65001, which is UTF-8 and needs no
-/// tables. Without a setting, and with any other, it is 1252. A byte that the page does not define becomes the
+/// The pages are those that Windows offers: 874, 932, 936, 949, 950, 1250 to 1258, and 65001, which is UTF-8 and needs
+/// no tables. Without a setting, and with any other, it is 1252. A byte that the page does not define becomes the
 /// character of the same value, so that it survives both ways; so does every byte above 0x7F, where the C library lacks
 /// the page.
 #pragma once
@@ -17,7 +17,7 @@ class AnsiCodePage {
   /// The page of the process, made at the first call. Never destroyed, because lines are written until the very end.
   static const AnsiCodePage& Instance();
 
-  /// Zeros, so that the static page lies where the system provides zeros and most of it is never touched.
+  /// All zeros, so that the static page lies in .bss and most of its memory is never touched.
   constexpr AnsiCodePage() = default;
   /// Fills the tables. Requires an object that is new.
   void Load(unsigned number);

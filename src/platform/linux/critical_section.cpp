@@ -23,7 +23,7 @@ class Lock {
   void Enter() {
     const pthread_t self = pthread_self();
     if (!TryTake()) {
-      // No other thread stores this one's name, so it stands here only while this thread holds the lock.
+      // No other thread stores this thread's handle, so it stands here only while this thread holds the lock.
       if (owner_.load(std::memory_order_relaxed) == self) {
         ++reentries_;
         return;

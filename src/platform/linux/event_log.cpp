@@ -39,7 +39,7 @@ int PriorityOf(std::uint16_t eventType) {
   return LOG_USER | LOG_INFO;
 }
 
-/// "<11>Mar  4 13:05:09 name[pid]: text", in local time.
+/// A message as syslog() of the C library sends it, in local time: "<11>Mar  4 13:05:09 name[pid]: text".
 std::string MessageOf(int priority, const char* name, const std::string& text) {
   static constexpr char kMonths[][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};

@@ -36,7 +36,7 @@ bool IsText(std::uint32_t type) {
 std::string AnsiText(std::u16string_view text) {
   const int units = static_cast<int>(text.size());
   if (units == 0) return {};
-  std::string narrow(text.size() * 3, '\0');  // in UTF-8, the longest form of a unit
+  std::string narrow(text.size() * 3, '\0');  // a unit becomes at most 3 bytes, in UTF-8
   const int bytes = WideCharToMultiByte(CP_ACP, 0, text.data(), units, narrow.data(), static_cast<int>(narrow.size()));
   narrow.resize(static_cast<std::size_t>(bytes));
   return narrow;

@@ -39,8 +39,8 @@ using RegistryKeys = std::map<std::u16string, RegistryValues, std::less<>>;
 /// content: UTF-16 with a byte-order mark, else UTF-8.
 RegistryKeys ParseRegistryFile(std::string_view content);
 
-/// No keys where the path names no file, one that cannot be read, anything else than a regular file, because a folder
-/// has no bytes and a device or a pipe may have no end, or a file of more than 16 MiB.
+/// No keys where the path names no file, a file that cannot be read, or one of more than 16 MiB. Only a regular file is
+/// read, because a folder has no bytes and a device or a pipe may have no end.
 RegistryKeys ReadRegistryFile(const char* path);
 
 /// The value of that name, without regard to case; null where there is none.

@@ -56,8 +56,8 @@ std::vector<std::time_t> Transitions(std::time_t begin, std::time_t end) {
   return transitions;
 }
 
-/// The relative form of a transition, in the local time that was in force before it. The last such weekday of a month
-/// counts as the last: no zone in use means the fourth one where both are the same.
+/// The relative form of a transition, in the local time that was in force before it. A fourth weekday that is also the
+/// last of its month counts as the last, because no zone in use has a rule for the fourth.
 SystemTime RelativeDate(std::time_t transition) {
   const std::time_t local = transition + OffsetAt(transition - 1);
   std::tm date{};

@@ -17,9 +17,9 @@ struct TimeZonePeriod {
   TimeZoneInformation rules;
 };
 
-/// The period of a point in time. The C library is asked where its local time leaps in that year. Two leaps that cancel
-/// each other out are its rules. TimeZoneInformation has no form for any others, such as a single one or four: then the
-/// bias is the period's own.
+/// The period that contains now. The C library is asked for the transitions of that year. Two that cancel each other
+/// out are the rules. TimeZoneInformation has no form for any others, such as a single one or four: then there are no
+/// rules, and the bias is the period's own.
 TimeZonePeriod TimeZonePeriodAt(std::time_t now);
 
 /// Keeps the last period together with the setting that it comes from, because a period takes many calls of the C

@@ -92,7 +92,8 @@ std::size_t AsciiUnits(const Unit* block) {
   return static_cast<std::size_t>(bits) / (8 * sizeof(Unit));
 }
 
-/// Copies ASCII up to the first other unit, or until less than a block is left. Returns the place reached.
+/// Copies ASCII up to the first other unit, or until less than a block is left of the source or of the room. Returns
+/// the place reached.
 template <class Unit, class Output>
 const Unit* CopyAscii(const Unit* next, const Unit* end, Output& output) {
   constexpr std::size_t kUnits = kBlockUnits<Unit>;
@@ -111,7 +112,7 @@ bool IsContinuation(unsigned char byte) {
   return (byte & 0xC0) == 0x80;
 }
 
-/// A decoded character and the bytes it took; for an invalid sequence U+FFFD and the length of its maximal part.
+/// A decoded character and the bytes it took; for an invalid sequence U+FFFD and the length of its maximal subpart.
 struct Sequence {
   char32_t character;
   std::ptrdiff_t length;
@@ -172,7 +173,7 @@ std::size_t FromUtf8(std::string_view utf8, Output output) {
   return output.Count();
 }
 
-/// The number of units that the character takes is 2 above U+FFFF.
+/// Decodes one character: one above U+FFFF took two units, any other took one.
 char32_t Decode(const char16_t* from, const char16_t* end) {
   const char32_t unit = *from;
   if ((unit & 0xF800) != 0xD800) return unit;

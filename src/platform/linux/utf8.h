@@ -1,5 +1,5 @@
 /// UTF-8 to UTF-16 and back. Invalid text becomes U+FFFD: one for each unpaired surrogate, one for each byte that
-/// begins no sequence, and one for the longest beginning of a sequence that breaks off (its maximal part).
+/// begins no sequence, and one for the longest beginning of a sequence that breaks off (its maximal subpart).
 ///
 /// The writing functions require room for the result, of which the other two give the length; they return its length.
 /// None allocates or throws.

@@ -44,7 +44,7 @@ static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(WakeWord
               "the system reads the word as 32 bits");
 
 /// A waiter that gives its processor away before it sleeps: where the setter runs on the same processor, that is half
-/// the price of a sleep and a wake-up. It never watches without giving the processor away.
+/// the price of a sleep and a wake-up. It never spins.
 class YieldingWaiter {
  public:
   /// Returns when the word is set, which it clears.
@@ -58,9 +58,10 @@ class YieldingWaiter {
  private:
   using Clock = std::chrono::steady_clock;
 
-  /// A wait that follows the last one later than this pays for its sleep, because it is rare.
+  /// A wait that begins later than this after the last one sleeps at once; such waits are rare, so the price is small.
   static constexpr std::chrono::microseconds kClosely{50};
-  /// The scheduler lets another program run for milliseconds, so that what took longer than this was not the setter.
+  /// Where yielding took longer than this, another program ran and not the setter, because the scheduler lets a program
+  /// run for milliseconds. Then the waiter does not yield for a pause, and the next pause is twice as long.
   static constexpr std::chrono::microseconds kTooLong{100};
   static constexpr std::chrono::milliseconds kFirstPause{16};
   static constexpr std::chrono::seconds kLongestPause{2};

@@ -16,7 +16,7 @@ constexpr std::chrono::microseconds kBrief{200};
 
 /// A worker that was found on another processor is steered for this long, even where it fell asleep on the deliverer's:
 /// the system may wake it elsewhere, and where it did so once, it mostly does so again soon. Steering every time would
-/// make a hand-over after a rest half as long again.
+/// make a hand-over after a rest take one and a half times as long.
 constexpr std::chrono::milliseconds kStraying{10};
 
 /// The signals that a thread causes itself, and that of profilers. They stay open, because a fault whose signal is
@@ -61,8 +61,8 @@ void Worker::End() {
   delete this;
 }
 
-/// One that is awake is never moved, because the system would have to stop it first. Where the mask cannot be read or
-/// set, or forbids the processor, the worker stays where it is.
+/// A worker that is awake is never moved, because the system would have to stop it first. Where the mask cannot be read
+/// or set, or forbids the processor, the worker stays where it is.
 void Worker::SteerTo(int processor) {
   if (!start_.IsAsleep() || !wasBrief_) return;
   const Clock::time_point now = Clock::now();

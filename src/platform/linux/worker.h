@@ -41,7 +41,7 @@ class Worker {
   void (*task_)(void*) = nullptr;  // null ends the thread
   void* context_ = nullptr;
   bool steered_ = false;
-  cpu_set_t ownMask_{};  // to be set again where steered
+  cpu_set_t ownMask_{};          // to be set again where steered
   Clock::time_point strayed_{};  // when the worker was last found on another processor
   YieldingWaiter deliverer_;
 

@@ -17,7 +17,7 @@ NoWriteSignals::NoWriteSignals() {
   sigemptyset(&signals_);
   for (const int signal : kWriteSignals) sigaddset(&signals_, signal);
   pthread_sigmask(SIG_BLOCK, &signals_, &before_);
-  // One that is pending already is the host's, which must find it later. Only one that the host blocks can be.
+  // A signal that is pending already is the host's and must stay. Only a signal that the host blocks can be pending.
   sigset_t pending;
   if (std::ranges::none_of(kWriteSignals, [this](int signal) { return sigismember(&before_, signal); })) return;
   sigpending(&pending);

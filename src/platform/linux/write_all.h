@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// Keeps back, for the calling thread, the signals by which a failed write ends a process: SIGPIPE for a reader that
-/// has gone, SIGXFSZ for a file at its limit. The write then fails and nothing else happens.
+/// Blocks, in the calling thread, the signals by which a failed write ends a process: SIGPIPE for a reader that has
+/// gone, SIGXFSZ for a file at its limit. The write then fails and nothing else happens.
 class NoWriteSignals {
  public:
   NoWriteSignals();
@@ -15,7 +15,7 @@ class NoWriteSignals {
   NoWriteSignals(const NoWriteSignals&) = delete;
   NoWriteSignals& operator=(const NoWriteSignals&) = delete;
 
-  /// Takes back the signal of a write. To be called where one has failed, because no other raises any.
+  /// Removes the pending signal of a failed write. Not needed after others, because only a failure raises a signal.
   void Drop();
 
  private:

@@ -10,7 +10,7 @@
 #endif
 
 #include <winsock2.h>
-// After winsock2.h; otherwise windows.h includes an older header for sockets.
+// After winsock2.h, because Windows asks for this order.
 #include <windows.h>
 
 #include <cstdint>

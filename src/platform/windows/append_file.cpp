@@ -10,7 +10,7 @@ namespace platform {
 namespace {
 
 bool WriteAll(HANDLE file, const std::byte* bytes, std::size_t size) {
-  constexpr std::size_t kMostOfACall = 0x40000000;
+  constexpr std::size_t kMostOfACall = 0x40000000;  // WriteFile counts in 32 bits
   while (size > 0) {
     DWORD written = 0;
     if (!::WriteFile(file, bytes, static_cast<DWORD>(std::min(size, kMostOfACall)), &written, nullptr) || written == 0)

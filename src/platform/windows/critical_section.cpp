@@ -15,6 +15,7 @@ CRITICAL_SECTION* In(std::byte* storage) {
 
 CriticalSection::CriticalSection(std::uint32_t spinCount) {
   static_assert(sizeof(CRITICAL_SECTION) <= sizeof storage_ && alignof(CRITICAL_SECTION) <= 8);
+  // The result is not checked, because it is always TRUE since Windows Vista.
   ::InitializeCriticalSectionAndSpinCount(new (storage_) CRITICAL_SECTION, spinCount);
 }
 

@@ -6,9 +6,9 @@
 
 #include "platform/windows/api.h"
 
-/// The workers are threads of the system's pool. Between tasks they are in the system's code, so the library can be
-/// unloaded while they live. Threads of the library's own could not: waiting for them under the loader's lock
-/// dead-locks, and not waiting leaves them in code that is gone.
+/// The workers are threads of a pool that the system runs. Between tasks they are in the system's code, so the library
+/// can be unloaded while they live. With threads that the library starts it could not: waiting for them under the
+/// loader's lock dead-locks, and not waiting leaves them in code that is gone.
 namespace platform {
 namespace {
 
@@ -39,7 +39,8 @@ PTP_POOL Pool() {
   return existing;
 }
 
-/// Once done is set the deliverer may go on and use the slot again, even before it is woken.
+/// Once done is set the deliverer may go on and use the slot again, even before it is woken, so the slot is not read
+/// after that.
 void CALLBACK RunTask(PTP_CALLBACK_INSTANCE, void* argument, PTP_WORK) {
   auto* const slot = static_cast<Slot*>(argument);
   slot->task(slot->context);
