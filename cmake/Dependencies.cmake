@@ -1,7 +1,7 @@
 # Packages of the tools, the simulator and the tests; the library itself needs none of them.
 if(CMAKE_CROSSCOMPILING)
-  # There are no packages for the other system. These are headers alone: these folders are put before the
-  # compiler by themselves, since /usr/include as a whole belongs to this system.
+  # There are no packages for Windows, but these libraries are used as headers alone. Only their folders are given to
+  # the compiler, because the rest of /usr/include belongs to the system that builds.
   set(headers ${PROJECT_BINARY_DIR}/cross_include)
   file(MAKE_DIRECTORY ${headers})
   foreach(folder CLI boost fmt nlohmann stb)
@@ -15,12 +15,12 @@ if(CMAKE_CROSSCOMPILING)
     target_include_directories(${target} SYSTEM INTERFACE ${headers})
   endforeach()
   target_compile_definitions(fmt::fmt-header-only INTERFACE FMT_HEADER_ONLY)
-  # GoogleTest comes as sources too.
+  # GoogleTest is built from its sources.
   add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 else()
   find_package(Boost 1.81 REQUIRED)
   if(TARN_SANITIZE MATCHES thread)
-    # GCC's thread sanitizer knows no fences; Asio's queues have locks besides.
+    # GCC's thread sanitizer does not support fences; Asio's queues have locks as well.
     target_compile_definitions(Boost::headers INTERFACE BOOST_ASIO_DISABLE_FENCED_BLOCK)
   endif()
   find_package(GTest REQUIRED)

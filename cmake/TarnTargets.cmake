@@ -1,4 +1,4 @@
-# Options that every target of this project has, and the three kinds of target it is made of.
+# Options that every target of this project has, and the functions that make a layer of src/ and a test.
 
 add_library(tarn_options INTERFACE)
 target_compile_features(tarn_options INTERFACE cxx_std_20)
@@ -36,16 +36,16 @@ function(tarn_layer name)
 endfunction()
 
 file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/tmp)
-# tarn_test(NAME [DEATH_TESTS] SOURCES … LIBRARIES …): a GoogleTest program. Link-time fakes of the platform layer go into
-# SOURCES: an object file of the program comes before the layer's archive.
+# tarn_test(NAME [DEATH_TESTS] SOURCES … LIBRARIES …): a GoogleTest program. Link-time fakes of the platform layer go
+# into SOURCES: an object file of the program comes before the layer's archive.
 function(tarn_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "DEATH_TESTS" "" "SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} tarn_options GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name})
-  # New memory of the C library is not empty, so that what nobody has written is seen. Each build has its own temporary
-  # folder, so that the tests of two do not meet.
+  # The C library fills new memory with a pattern, so that a read of uninitialised memory is noticed. Each build has its
+  # own temporary folder, so that the tests of two builds do not share files.
   set_tests_properties(${name} PROPERTIES TIMEOUT 300
                        ENVIRONMENT "MALLOC_PERTURB_=165;TEST_TMPDIR=${PROJECT_BINARY_DIR}/tmp")
   if(arg_DEATH_TESTS)

@@ -1,5 +1,6 @@
 # Builds the library for 64-bit Windows with clang and lld, on top of the mingw-w64 compiler's headers and libraries:
-#   cmake -S . -B build/windows-clang -G Ninja -DTARN_DEVELOPER=OFF -DCMAKE_TOOLCHAIN_FILE=cmake/windows-clang-toolchain.cmake
+#   cmake -S . -B build/windows-clang -G Ninja -DTARN_DEVELOPER=OFF \
+#         -DCMAKE_TOOLCHAIN_FILE=cmake/windows-clang-toolchain.cmake
 # Debian: apt-get install clang lld g++-mingw-w64-x86-64-posix
 include(${CMAKE_CURRENT_LIST_DIR}/windows-toolchain.cmake)
 execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=include/c++ OUTPUT_VARIABLE cxx_headers
@@ -10,7 +11,7 @@ set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_C_COMPILER_TARGET x86_64-w64-windows-gnu)
 set(CMAKE_CXX_COMPILER_TARGET x86_64-w64-windows-gnu)
 
-# Extensions are named: with warnings as errors this build has none.
+# Warns of GNU extensions, so that a build with warnings as errors shows that there are none.
 string(APPEND CMAKE_CXX_FLAGS_INIT " -Wgnu")
 
 # clang does not find the other compiler's folder by itself, because Debian names it after the thread variant.

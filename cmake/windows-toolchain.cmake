@@ -1,7 +1,7 @@
 # cmake --preset windows && cmake --build --preset windows && ctest --preset windows
 #
-# Cross-builds for 64-bit Windows with the mingw-w64 compiler of the posix thread variant; the other one has no
-# std::thread, and it is the one that the names without a suffix mean where both are installed. Debian:
+# Cross-builds for 64-bit Windows with the mingw-w64 compiler of the posix thread variant, because the win32 variant has
+# no std::thread. Where both are installed, the names without a suffix mean the win32 variant. Debian:
 #   apt-get install g++-mingw-w64-x86-64-posix wine wine64 googletest
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
@@ -20,7 +20,7 @@ set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
 set(CMAKE_MODULE_LINKER_FLAGS_INIT -static)
 
-# Wine's debugger reads no newer line tables.
+# Wine's debugger reads no line tables of DWARF 5.
 set(CMAKE_CXX_FLAGS_INIT -gdwarf-4)
 
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/wine-run)

@@ -17,7 +17,7 @@ using OwnedBstr = std::unique_ptr<OLECHAR, FreeBstr>;
 
 }  // namespace
 
-// Two steps, because the first cuts the text at its first NUL.
+// SysAllocString cuts the text at its first NUL.
 BSTR MakeBstr(const std::u16string& text) {
   const OwnedBstr temporary(platform::SysAllocString(text.c_str()));
   if (!temporary) throw std::bad_alloc();

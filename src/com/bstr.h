@@ -1,4 +1,8 @@
 /// Making and taking BSTRs.
+///
+/// Ownership  A BSTR that is returned belongs to the caller, who frees it with SysFreeString.
+/// Threads    Any.
+/// Errors     std::bad_alloc. The conversions to UTF-8 also throw SystemException where the system refuses.
 #pragma once
 
 #include <string>
@@ -8,8 +12,7 @@
 
 namespace Kestrel {
 
-/// A new BSTR for a caller outside, of the text up to its first NUL. An empty text gives an allocated empty BSTR, never
-/// null. Throws std::bad_alloc where there is no memory.
+/// A new BSTR of the text up to its first NUL. An empty text gives an allocated empty BSTR, never null.
 BSTR MakeBstr(const std::u16string& text);
 /// As MakeBstr, of UTF-8 up to its first NUL. Empty where the system refuses the conversion.
 BSTR MakeBstrFromUtf8(const std::string& utf8);

@@ -1,4 +1,7 @@
-/// Holds one reference on an interface, or null.
+/// Holds one reference on an interface, or null. Made from a raw pointer it takes a reference of its own.
+///
+/// Threads  One thread at a time uses a ComPtr; several may hold references on one object.
+/// Errors   What AddRef throws goes to the caller; nothing else throws.
 #pragma once
 
 #include <utility>
@@ -28,11 +31,11 @@ class ComPtr {
   }
   ~ComPtr() { Reset(); }
 
-  /// What Release throws is discarded: it comes from an object of somebody else, and references go in destructors.
+  /// What Release throws is discarded, because the object may be the wizard's and Reset runs in destructors.
   void Reset() noexcept {
     if (Interface* const old = std::exchange(object_, nullptr)) SwallowExceptions([old] { old->Release(); });
   }
-  /// Gives the reference to the caller.
+  /// Gives the reference to the caller, who releases it.
   Interface* Detach() { return std::exchange(object_, nullptr); }
 
   Interface* Get() const { return object_; }

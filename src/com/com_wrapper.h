@@ -1,8 +1,11 @@
 /// The object model of everything that crosses the library's boundary: a plain class T that implements an interface I,
 /// completed by reference counting, an aggregated free-threaded marshaler and QueryInterface.
 ///
-/// An object starts with a count of 0; MakeComObject takes the creator's reference. The last Release destroys it, on
-/// the thread that makes it. QueryInterface answers IUnknown and I, and forwards IMarshal to the marshaler.
+/// An object starts with a count of 0; MakeComObject takes the creator's reference. The last Release destroys it on the
+/// calling thread. QueryInterface answers IUnknown and I, and forwards IMarshal to the marshaler.
+///
+/// Threads  The three operations of IUnknown may be called on any thread; the others as T says.
+/// Errors   QueryInterface returns E_POINTER for a null object, E_NOINTERFACE for any other identifier.
 #pragma once
 
 #include <atomic>
@@ -16,7 +19,7 @@
 
 namespace Kestrel {
 
-/// {00000003-0000-0000-C000-000000000046}
+/// IID_IMarshal of Windows: {00000003-0000-0000-C000-000000000046}
 inline constexpr IID kIidMarshal = {3, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 
 /// The identifier of an interface; specialised beside each wrapped class.
@@ -41,7 +44,7 @@ class ComWrapperBase : public T {
     return left;
   }
 
-  /// Where that fails, the object works without marshaling support.
+  /// For MakeComObject, before another thread knows the object. Where it fails, the object works without marshaling.
   void CreateMarshaler() {
     void* marshaler = nullptr;
     platform::CoCreateFreeThreadedMarshaler(static_cast<I*>(this), &marshaler);
@@ -78,7 +81,7 @@ class ComWrapper final : public ComWrapperBase<T, I> {
   }
 };
 
-/// A new wrapped object with the creator's reference.
+/// A new wrapped object with the creator's reference. Throws what T's constructor throws.
 template <class T, class I, class... Arguments>
 ComPtr<ComWrapper<T, I>> MakeComObject(Arguments&&... arguments) {
   auto* const object = new ComWrapper<T, I>(std::forward<Arguments>(arguments)...);

@@ -1,7 +1,7 @@
 /// The platform library TarnDBI as the finder uses it: eight functions, two blocks and the interface it calls back.
 ///
 /// Results   A boolean is one byte, non-zero on success. After a failure TarnDBIGetLastError tells why, on the same
-///           thread; a failure that left no record counts as success for the finder.
+///           thread. The finder takes a failure without a record for a success.
 /// Threads   Every function may be called on any thread; data arrives on delivery threads of the platform library.
 /// Memory    A reply belongs to the platform library until TarnDBI_ReleaseReference. Texts of an error record belong
 ///           to the platform library; copy them before the next call on that thread.
@@ -15,7 +15,8 @@
 /// Implemented by the finder, called by the platform library on its delivery threads.
 struct IGenericDataReceivedCallback : IUnknown {
   /// Position 3. A block arrived: size bytes at data, valid during the call. Only blockKind 2 is for the finder;
-  /// messageType is a FinderMessageType, 1 to 8. Returns after the wizard has had the block.
+  /// messageType is a FinderMessageType, 1 to 8. Returns after the wizard's callback has returned. Throws
+  /// where the finder has no memory or no worker for it; all that it throws is derived from std::exception.
   virtual void OnGenericData(std::int32_t blockKind, std::uint32_t messageType, const std::uint8_t* data,
                              std::uint64_t size) = 0;
   /// Position 4. The stream lets go: blocks that arrive from here on are dropped.
@@ -42,7 +43,7 @@ struct StreamOpenParameters {
 };
 static_assert(sizeof(StreamOpenParameters) == 24 && offsetof(StreamOpenParameters, channelArgument) == 16);
 
-/// What TarnDBIGetLastError fills; all three texts are non-null.
+/// What TarnDBIGetLastError fills; all three texts are non-null, the narrow ones in the ANSI code page.
 struct DBIErrorRecord {
   std::uint32_t errorClass;
   std::uint32_t errorCode;
@@ -59,6 +60,7 @@ inline constexpr std::uint32_t kRegisterDataCallback = 0;
 inline constexpr std::uint32_t kUnregisterDataCallback = 1;
 
 extern "C" {
+/// *stream receives a new stream, which the caller ends with TarnLiveStream_Destroy.
 std::uint8_t TarnServer_CreateLiveStream(void* server, Tarn::TTarnLiveStream** stream);
 /// The two zeroes and the two outputs have no meaning for the finder.
 std::uint8_t TarnLiveStream_Open(Tarn::TTarnLiveStream* stream, const StreamOpenParameters* parameters,

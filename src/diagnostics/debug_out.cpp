@@ -11,7 +11,7 @@ void DebugOut::Begin(const char* source, std::uint32_t level, std::uint32_t flag
   message_.reset(new Message{{platform::GetCurrentThreadId(), source, level}, flags, DebugOutStreamer::Get(), {}});
 }
 
-/// The filter is asked again, because the settings may have been made since the statement was.
+/// The filter is asked again, because the settings may have been made after the statement.
 void DebugOut::Finish() {
   const std::unique_ptr<const Message> message = std::move(message_);
   if (!message || !message->streamer->IsActive() || !Passes(message->record.source, message->record.level)) return;

@@ -2,10 +2,10 @@
 ///
 ///     ConsoleTimeMode           number, see ConsoleTimeMode; one above the largest counts as the largest
 ///     DebugWindowSourcePrefix   number, see SourcePrefix; one above the largest counts as the largest
-///     Filter\<source>           number: messages of that source pass whose level is below it
+///     Filter\<source>           number: a message of that source passes if its level is below it
 ///     Filter\(default)          the same for all other sources, and for messages without one
 ///
-/// A value that is missing or no number leaves the default.
+/// A value that is missing or no number leaves the default. A filter that is negative as a signed number is ignored.
 ///
 /// Life: The module makes the settings when it is loaded and destroys them at unload, when no thread may be inside the
 /// library any more. At the end of the process they stay.

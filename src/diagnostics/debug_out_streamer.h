@@ -26,13 +26,13 @@ enum OutputTargetMode : std::uint32_t {
   otmAdd = 2,
 };
 
-/// What an application that embeds the library may change; the library itself calls only the first function. Their
-/// order is fixed: it is the order of the table of virtual functions.
+/// What an application that embeds the library may change. The library itself calls only IsActive, and SetOutputTargets
+/// in the dispatcher's constructor. The order of the functions is fixed: it is that of the table of virtual functions.
 class IDebugOutStreamerProperties : public virtual ReferenceCounted {
  public:
   virtual bool IsActive() const = 0;
-  /// Opens the file target's file. False where that fails, and where the dispatcher has no target at all. Only messages
-  /// that name dotFile go there, and all others while dotFile is a default target.
+  /// Opens the file target's file. False where that fails, and where the dispatcher has no target at all. Messages
+  /// that name dotFile go there; those that name dotDefault do too while dotFile is a default target.
   virtual bool OpenOutputFile(const char16_t* path) = 0;
   /// Changes the default targets by a mask of DebugOutTarget flags. Returns the resulting mask.
   virtual std::uint32_t SetOutputTargets(std::uint32_t mask, std::uint32_t mode) = 0;
@@ -48,7 +48,7 @@ class DebugOutStreamer final : public IDebugOutStreamerProperties {
 
   /// The process-wide dispatcher, made on first use. Throws as the constructor does.
   static ReferencePointer<DebugOutStreamer> Get();
-  /// For the module's unload. A statement that is finished afterwards writes nothing.
+  /// For the module's unload. A statement that was begun before it and is finished afterwards writes nothing.
   static void Destroy();
 
   bool IsActive() const override { return enabled_.load(std::memory_order_relaxed) == 1; }

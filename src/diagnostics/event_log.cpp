@@ -20,7 +20,7 @@ namespace {
 
 constinit GlobalObject<EventLog> sharedLog;
 
-/// Row = code.
+/// Row = code. The values are the EVENTLOG_ constants of Windows (winnt.h).
 constexpr std::uint16_t kEventTypes[] = {4, 2, 1, 8, 16};
 
 std::uint16_t EventTypeOf(std::uint32_t code) {
@@ -74,7 +74,7 @@ std::u16string CurrentUser() {
 
 /// Empty where the account has none. The second attempt has the room that the system asked for in the first.
 std::vector<std::uint8_t> SidOf(const std::u16string& account) {
-  std::uint32_t sidBytes = 68, domainUnits = 256;  // the longest that are in use
+  std::uint32_t sidBytes = 68, domainUnits = 256;  // SECURITY_MAX_SID_SIZE; room for the longest domain name
   for (int attempt = 0; attempt < 2; ++attempt) {
     std::vector<std::uint8_t> sid(sidBytes);
     std::vector<char16_t> domain(domainUnits);

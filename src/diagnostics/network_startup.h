@@ -1,6 +1,7 @@
 /// What is prepared for sockets when the module is loaded.
 ///
-/// Errors: Nothing throws; failures are reported to the debugger as texts.
+/// Errors: Nothing throws but std::bad_alloc. An import that fails is reported as a text to the debugger; a failing
+/// start of the socket library and a failing look-up of the host name are silent.
 /// Threads: Load and unload run on one thread, under the loader's lock. In between the objects are only read.
 #pragma once
 

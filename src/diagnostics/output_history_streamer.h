@@ -25,7 +25,7 @@ struct OutputHistoryEntry {
 
 class OutputHistoryStreamer final : public IDebugOutStreamerObject {
  public:
-  /// capacity is the number of entries. With each one above it the oldest goes.
+  /// capacity is the number of entries; each further one replaces the oldest. Requires at least 1.
   explicit OutputHistoryStreamer(std::size_t capacity) : capacity_(capacity) {}
 
   void Write(const DebugOutRecord& record, const std::u16string& text) override;

@@ -46,7 +46,7 @@ class IDebugOutStreamerObject : public ReferenceCounted {
 /// Five ASCII characters; "UNKNOWN" for a number that is no level.
 const char* LevelText(std::uint32_t level);
 
-/// "<level> [<source>,<thread>] <text>" and a line end.
+/// "<level> [<source>,<thread>] <text>" and a line end. Throws SystemException where the source cannot be widened.
 std::u16string StandardLine(const DebugOutRecord& record, const std::u16string& text);
 
 }  // namespace Kestrel

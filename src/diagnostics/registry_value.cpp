@@ -13,8 +13,7 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 using Number = std::optional<std::uint32_t>;
 
-/// Room in bytes for a name and for a value: of the first attempt, and the most that is tried. What is larger is no
-/// number.
+/// Room in bytes for a name and for a value, at the first attempt and at most. A larger value is no number.
 constexpr std::uint32_t kFirstRoom = 64;
 constexpr std::uint32_t kMostRoom = 1 << 20;
 

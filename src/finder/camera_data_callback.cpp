@@ -12,7 +12,8 @@ CameraDataCallback::CameraDataCallback(INewCameraDataCallback* callback, std::sh
   SetStreamDataCallback(*streamInfo_, kRegisterDataCallback, receiver_.Get());
 }
 
-// Not caught: the platform library would go on calling a receiver that it was told to forget.
+// An exception is not caught, so it ends the process: the platform library would otherwise go on calling a callback
+// that the wizard believes removed.
 CameraDataCallback::~CameraDataCallback() {
   SetStreamDataCallback(*streamInfo_, kUnregisterDataCallback, receiver_.Get());
   streamInfo_.reset();

@@ -15,6 +15,7 @@ class CameraDataCallback {
  public:
   using CameraDataInternalCallback = CameraFinding::CameraDataInternalCallback;
 
+  /// callback may be null: then every block is dropped. heldByReceiver is kept until the receiver ends (module_hold.h).
   /// Throws DBIException where registering fails; nothing is left to unregister then.
   CameraDataCallback(INewCameraDataCallback* callback, std::shared_ptr<LiveStreamInfo> streamInfo,
                      std::shared_ptr<const void> heldByReceiver);

@@ -49,7 +49,8 @@ CameraRecord RecordFromCamera(ICameraInfo& camera) {
 
 IPCFinder::IPCFinder(void* server, void* channelArgument) : streamInfo_(CreateLiveStream(server, channelArgument)) {}
 
-// The registration holds its own share of the stream, so the stream outlives the unregistration.
+// The registration ends here, before moduleHold_ counts the receivers that are left. It holds its own share of the
+// stream, so the stream outlives the unregistration.
 IPCFinder::~IPCFinder() {
   streamInfo_.reset();
   dataCallback_.reset();

@@ -45,7 +45,7 @@ class IPCFinder : public ICameraFinder, public IPCFindingSender {
   void SendBareCommand() override;
   std::uint8_t SendNetworkCommandType4(ICameraInfo* camera) override;
 
-  /// For a command that stands in a list. The finder's own operations make none (request_wire.h).
+  /// For a command that is given as a list. The finder's own operations encode theirs without one (request_wire.h).
   void SendCommand(const Kestrel::ValueList& command, Kestrel::ValueList& reply) override;
 
  private:

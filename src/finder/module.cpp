@@ -23,7 +23,7 @@ struct Step {
 class Module {
  public:
   Module() = default;
-  /// First what was made on first use.
+  /// Ends what was made on first use, before the members go.
   ~Module() {
     platform::StopWorkers();
     Kestrel::BufferPool::DestroySharedPool();
@@ -43,7 +43,7 @@ class Module {
   Kestrel::DebugOutReadyMark debugOutReadyMark_;
 };
 
-/// Where the module lives. At the end of the process it stays as it is.
+/// Where the module lives. At the end of the process it stays as it is, for the reasons in process_end.h.
 union ModulePlace {
   ModulePlace() : module() {}
   ~ModulePlace() {

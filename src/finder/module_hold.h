@@ -6,6 +6,8 @@
 /// hold it while it waits for the callback. So the finder takes a reference on the library before its first receiver,
 /// and gives it back at its end if no receiver is left. Otherwise the reference stays, and the library with it, so that
 /// the threads inside find their code.
+///
+/// Threads  One thread at a time uses a hold; receivers may end on any thread meanwhile.
 #pragma once
 
 #include <memory>

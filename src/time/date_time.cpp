@@ -44,8 +44,8 @@ TKestrelDateTime TKestrelDateTime::Now() {
   platform::GetSystemTimeAsFileTime(&time);
   const std::uint64_t utc = Ticks(time) / kTicksPerMillisecond;
   TKestrelDateTime now;
-  // By the zone's rules, because the system's answer which bias is in force may be for a moment after the clock was
-  // read.
+  // The bias is computed from the zone's rules, because the bias that the system calls current may belong to a moment
+  // after the clock was read.
   now.SetUTCMilliseconds(kUtc, static_cast<std::int64_t>(utc), BiasAt(utc, GetMachineZone()));
   return now;
 }

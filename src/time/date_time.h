@@ -34,7 +34,7 @@ class TKestrelDateTime {
   /// The date and time in the value's own bias. Throws SystemException where the result lies before 1601.
   platform::SystemTime ToLocalSystemTime() const;
 
-  /// The current time with the machine's bias.
+  /// The current time with the machine's bias. Throws as GetMachineZone and BiasAt do (time_zone_transitions.h).
   static TKestrelDateTime Now();
 
   friend bool operator==(TKestrelDateTime, TKestrelDateTime) = default;

@@ -9,8 +9,8 @@
 
 namespace Kestrel {
 
-/// Without consumed, the whole text must be a date and time. With it, only the text up to there must be one, and its
-/// length in units is stored. Parts that are missing are 0.
+/// Reads a date and time. Without consumed, nothing may stand behind it. With consumed, what stands behind it is left
+/// unread, and the number of units that were read is stored. Parts that are missing are 0.
 platform::SystemTime ParseSystemTime(std::u16string_view text, std::size_t* consumed = nullptr);
 /// Bias in minutes of a text that is a zone part as a whole.
 std::int16_t ParseZoneBias(std::u16string_view text);

@@ -20,7 +20,7 @@ struct TimeZoneTransitions {
 /// date nor an absolute one of that year. Thread-safe: the last result is kept in a process-wide cache under a lock.
 TimeZoneTransitions GetTimeZoneTransitions(std::uint32_t year, const platform::TimeZoneInformation& zone);
 
-/// Bias in minutes that is in force at a point in UTC milliseconds, by the zone's rules.
+/// Bias in minutes that is in force at a point in UTC milliseconds, by the zone's rules. Throws as the functions above.
 std::int16_t BiasAt(std::uint64_t utcMilliseconds, const platform::TimeZoneInformation& zone);
 /// The same at a point in local milliseconds. A time of the hour that the change to standard time repeats, or that the
 /// change to daylight time leaves out, counts as standard time.
