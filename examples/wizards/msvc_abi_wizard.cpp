@@ -21,10 +21,10 @@ int _purecall() {
 
 namespace {
 
-/// One line at a time, since callbacks come on other threads.
+/// Collects a line and writes it in one call, because callbacks come on other threads.
 class Line {
  public:
-  Line() {}  // without it Line() would clear the bytes, by a function of the library that is not there
+  Line() {}  // without it Line() would clear bytes_ with memset, which is in the C library
   Line& Text(const char* text) {
     while (*text) Put(*text++);
     return *this;

@@ -15,7 +15,7 @@ using namespace Tarn::CameraFinding;
 
 namespace {
 
-/// Takes a text over. Anything but plain ASCII is shown as "?", to stay small.
+/// Takes a text over. Anything but plain ASCII is shown as "?", to keep the example small.
 std::string Take(BSTR text) {
   std::string result;
   for (const OLECHAR* unit = text; unit && *unit; ++unit)

@@ -13,7 +13,8 @@
 ///   3. Text passed in is NUL-terminated UTF-16, and belongs to the caller. Null counts as an empty text.
 ///   4. Text handed out is a new BSTR of the receiver's, freed with SysFreeString. An empty text is an empty BSTR; null
 ///      means that there was no memory for the text. A text that the system cannot convert is empty.
-///   5. Every object may be called and released on any thread.
+///   5. Every object may be called and released on any thread. QueryInterface of a library's object answers IUnknown
+///      and the object's own interface (on Windows also IMarshal); the library never calls it on a wizard's object.
 ///   6. The library may be unloaded once every object of it has been released. Where a delivery is still under way
 ///      then, it ends as usual, and the library stays in the process. The first SetNewCameraDataCallback of a finder
 ///      and its last Release take the loader's lock, so no thread may wait for them with that lock held. A Release
@@ -24,13 +25,13 @@
 ///   std::exception. what() is in the system's code page: that of CP_ACP on Windows, Windows-1252 elsewhere (unless
 ///   TARN_ANSI_CODE_PAGE names another). Every other operation keeps them inside and returns its failure value.
 ///   A wizard of another compiler calls these three through camera_finding_nothrow.h.
-///   Where the server refuses to remove a callback, and says why, the process ends (std::terminate): the last Release of
-///   a finder and the replacing of a callback cannot report it.
+///   Where the server refuses to remove a callback and gives a reason, the process ends (std::terminate), because
+///   neither the last Release of a finder nor the replacing of a callback can report it.
 ///
 /// The channel
 ///   It is opened by the first operation that needs it. Where it cannot be opened, nothing is sent and nothing is
-///   reported; the next operation tries again. A wizard can tell by SetNewCameraDataCallback: the library took no
-///   reference on the callback.
+///   reported; the next operation tries again. A wizard sees it after SetNewCameraDataCallback: the library has then
+///   taken no reference on the callback.
 ///   There is no time-out: an operation blocks until the server has answered.
 #pragma once
 
@@ -46,8 +47,8 @@ namespace Tarn::CameraFinding {
 /// sends it as it stands.
 inline constexpr OLECHAR UnsetCredential[] = OLESTR("&!*KVMR*9%");
 
-/// What happened to a camera, by the kind of message that the server sent. The library passes the number on and
-/// attaches no meaning to it; the names are those of the simulated server.
+/// What happened to a camera. The library derives the number from the type of the server's message and attaches no
+/// further meaning to it; the names are those of the simulated server.
 using CameraEventKind = uint32_t;
 enum : CameraEventKind {
   cekFound = 0,
@@ -57,7 +58,8 @@ enum : CameraEventKind {
   cekGone = 4,      ///< only the hardware address and the CTT number are told
 };
 
-/// The device family of a camera, 0 to 26. Those with a name of their own are the plug-in types.
+/// The device family of a camera, 0 to 26. The plug-in types have a name (CameraTypeNames); most others are a number
+/// only.
 using CameraTypeCode = int32_t;
 enum : CameraTypeCode {
   ctcUnknown = 0,
@@ -103,9 +105,9 @@ struct ICameraInfo : IUnknown {
   /// The same text as GetModel.
   virtual BSTR GetModelName() = 0;   ///< Position 9.
   virtual BSTR GetMacAddress() = 0;  ///< Position 10.
-  /// UnsetCredential where none was supplied.
+  /// UnsetCredential where none was supplied; empty for a camera that was put together from the little that is known.
   virtual BSTR GetUserName() = 0;  ///< Position 11.
-  /// UnsetCredential where none was supplied.
+  /// As GetUserName.
   virtual BSTR GetPassword() = 0;       ///< Position 12.
   virtual uint8_t IsDhcpEnabled() = 0;  ///< Position 13.
   /// The first plug-in type name; "UNKNOWN" when there is none.
@@ -114,14 +116,15 @@ struct ICameraInfo : IUnknown {
   virtual uint8_t HasDeviceFlag17() = 0;  ///< Position 15.
   /// Always 0.
   virtual uint8_t IsReserved() = 0;  ///< Position 16.
-  /// Both texts change or, without memory, neither.
+  /// Where there is no memory, neither text changes.
   virtual void SetCredentials(const OLECHAR* user, const OLECHAR* password) = 0;  ///< Position 17.
-  /// dhcpMode 1 means DHCP; any value is kept as it is. All four change or, without memory, none.
+  /// dhcpMode 1 means DHCP, any other value none. Where there is no memory, none of the four changes.
   virtual void SetNetworkSettings(const OLECHAR* ipAddress, const OLECHAR* subnetMask, uint8_t dhcpMode,
                                   const OLECHAR* gateway) = 0;  ///< Position 18.
   /// As the server sent it, without a meaning to the library; so are GetIcb, GetGcb (booleans) and GetCtt.
   virtual uint32_t GetDeviceFlags() = 0;  ///< Position 19.
-  /// One bit per vendor, as the server sent it; 0 where the plug-in name alone tells.
+  /// One bit per vendor, as the server sent it; 0 where the plug-in name alone tells. All bits are set in a camera that
+  /// has gone.
   virtual uint64_t GetVendorTypeMask() = 0;  ///< Position 20.
   virtual uint8_t GetIcb() = 0;              ///< Position 21.
   virtual uint8_t GetGcb() = 0;              ///< Position 22.
@@ -138,11 +141,12 @@ struct ICameraInfo : IUnknown {
 /// Thread  Positions 3 to 5 are called on worker threads, without any lock held; they may call back into the finder,
 ///         also Release. The thread that delivers waits for them, so a slow wizard slows the server down. Blocks that
 ///         arrive on several threads are delivered at the same time.
-/// Errors  Results are ignored. An exception thrown here goes no further: it ends the delivery of that block (out of
-///         ValuesReceived, of that call only). It must be of the library's compiler family; any other one ends the
+/// Errors  Results are ignored. An exception thrown here ends the delivery of its block and goes no further; the next
+///         block is delivered all the same. It must be of the library's compiler family; any other one ends the
 ///         process. An exception out of Release is discarded. AddRef must not throw, nor wait for another thread,
 ///         because the library calls it with a lock held.
-/// Life    A delivery under way keeps a reference of its own: the last Release may come after that of the finder.
+/// Life    A delivery under way keeps a reference of its own, so the last Release may come after the finder's, and on
+///         another thread.
 struct INewCameraDataCallback : IUnknown {
   /// A picture arrived.
   /// picture     the bytes as the server sent them, byteCount of them (may be 0); valid during the call only.
@@ -160,7 +164,7 @@ struct INewCameraDataCallback : IUnknown {
   ~INewCameraDataCallback() = default;
 };
 
-/// Implemented by the wizard for ListFoundCameras; called on the thread that called it.
+/// Implemented by the wizard; called on the thread that called ListFoundCameras. The library takes no reference on it.
 struct IFoundCameraReceiver : IUnknown {
   /// One camera; AddRef it to keep it. The result is ignored. An exception thrown here leaves ListFoundCameras, and the
   /// cameras that follow are not handed over.
@@ -175,8 +179,8 @@ struct IFoundCameraReceiver : IUnknown {
 struct ICameraFinder : IUnknown {
   /// Sends a hardware address such as "00:40:8C:12:34:56" to the server. Every failure is silent.
   virtual void SendMacAddress(const OLECHAR* macAddress) = 0;  ///< Position 3.
-  /// Asks the server to look at one IP address. What it finds arrives at the callback, also after this call: keep the
-  /// finder until then. Every failure is silent.
+  /// Asks the server to look at one IP address. What the server finds arrives at the callback, perhaps after this
+  /// call has returned, so keep the finder until then. Every failure is silent.
   virtual void RequestInfoByIp(const OLECHAR* ipAddress) = 0;  ///< Position 4.
   /// Hands every camera found so far to the receiver (may be null), in the server's order, before it returns. Throws
   /// what the server or a malformed reply causes; no camera is handed over then. Without a channel: no camera.
@@ -206,7 +210,8 @@ inline constexpr IID IID_ICameraInfo = {0xFFFFFFFF, 0xAAAA, 0x2102, {0x20, 0x14,
 
 /// The library's only export.
 /// server           the platform library's server handle, passed on unchanged.
-/// channelArgument  opaque; handed to the platform library when the channel is opened.
+/// channelArgument  opaque; handed to the platform library when the channel is opened, so it must be valid until then.
 /// finder           receives the finder with a count of 1, the caller's. Null: nothing happens at all.
-/// Throws an exception derived from std::exception where the server cannot create the channel; *finder is not written.
+/// Callable on any thread. Throws an exception derived from std::exception where the server cannot create the channel;
+/// *finder is not written then.
 extern "C" void GetFindingInterface(void* server, void* channelArgument, Tarn::CameraFinding::ICameraFinder** finder);

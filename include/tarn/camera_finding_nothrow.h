@@ -3,10 +3,12 @@
 /// TarnCameraFindingNoThrow, which is built on the finder's public interface alone.
 ///
 /// Result  S_OK; E_OUTOFMEMORY where there was no memory; E_FAIL for every other exception.
-/// text    receives the exception's what(), or an empty text with S_OK: NUL-terminated, cut to textSize bytes, in the
-///         system's code page. May be null.
+/// text    receives the exception's what(), in the system's code page, cut to textSize bytes with its NUL. Empty with
+///         S_OK, and where the exception is not derived from std::exception. May be null.
 ///
-/// What a wizard's own callback or receiver throws must not reach the library from another compiler.
+/// Each function does what the operation of its name does (camera_finding.h). The ICameraFinder must not be null.
+///
+/// A callback or receiver built by another compiler family must let no exception out into the library.
 #pragma once
 
 #include <stddef.h>
@@ -19,7 +21,8 @@ extern "C" {
 #include "tarn/camera_finding_c.h"
 #endif
 
-/// *finder is not written where the result is a failure.
+/// *finder is not written where the result is a failure. Where finder is null, nothing happens and the
+/// result is S_OK.
 HRESULT TarnNoThrow_GetFindingInterface(void* server, void* channelArgument, ICameraFinder** finder, char* text,
                                         size_t textSize);
 HRESULT TarnNoThrow_ListFoundCameras(ICameraFinder* finder, IFoundCameraReceiver* receiver, char* text,

@@ -13,8 +13,8 @@
 
 #if defined(_WIN32) && !defined(TARN_PLAIN_COM_TYPES)
 
-// Before the others, which rely on it. It also renames functions such as GetUserName: it is included here so that the
-// declarations behind it and a wizard's calls are renamed alike, in whichever order the wizard includes.
+// Before the others, which rely on it. Its macros rename functions such as GetUserName. It is included here so that the
+// declarations of this library and a wizard's calls are renamed alike, in whichever order the wizard includes.
 #include <windows.h>
 
 #include <oleauto.h>
@@ -61,7 +61,8 @@ inline constexpr HRESULT E_OUTOFMEMORY = static_cast<HRESULT>(0x8007000EU);
 
 inline constexpr IID IID_IUnknown = {0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 
-/// Positions 0 to 2 of every interface. AddRef and Release return the new count and may be called on any thread.
+/// Positions 0 to 2 of every interface, callable on any thread. QueryInterface stores the object with a reference for
+/// the caller and returns S_OK, or stores null and returns E_NOINTERFACE. AddRef and Release return the new count.
 /// There is no virtual destructor: the table holds these three operations and nothing else.
 struct IUnknown {
   virtual HRESULT QueryInterface(const IID& id, void** object) = 0;  ///< Position 0.
@@ -108,7 +109,7 @@ void SysFreeString(BSTR text);
 #define TARN_POINTER_CAST(type, value) ((type)(value))
 #endif
 
-/// A string of byteLength bytes, copied from bytes unless that is null. Null where there is no memory.
+/// A string of byteLength bytes, copied from bytes; unspecified where bytes is null. Null where there is no memory.
 TARN_INLINE BSTR SysAllocStringByteLen(const char* bytes, uint32_t byteLength) {
   const size_t length = byteLength;
   unsigned char* const block = TARN_POINTER_CAST(unsigned char*, malloc(sizeof byteLength + length + sizeof(OLECHAR)));
