@@ -23,7 +23,7 @@ BENCHMARK(BufferPoolCycle)->Apply(PoolSizes)->Threads(2);
 constexpr char kAscii[] = "Camera front door 12";
 constexpr char kMixed[] = "Tür Große Halle 12 П東";
 
-/// The text, repeated as often as 4096 bytes of UTF-8 hold.
+/// The text, repeated as often as it fits into 4096 bytes of UTF-8.
 std::string Repeated(const std::string& text) {
   std::string repeated;
   while (repeated.size() + text.size() <= 4096) repeated += text;
@@ -97,7 +97,7 @@ void GuidParse(benchmark::State& state) {
 }
 BENCHMARK(GuidParse);
 
-/// Into room that is kept: what making a fresh text costs is the allocation.
+/// Writes into the same buffer each time, because a fresh text would measure its allocation.
 void GuidFormat(benchmark::State& state) {
   const Kestrel::Guid guid = Kestrel::GuidFromString(kGuid);
   char text[Kestrel::GuidTools::kGuidBufferBytes];

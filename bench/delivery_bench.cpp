@@ -53,7 +53,7 @@ void HandOffIdle(benchmark::State& state) {
   for (auto _ : state) TimeAfterRest(state, 1, [&] { task.HandOver(); });
 }
 
-/// What a worker is without any care for where it runs: both sides sleep on a condition variable.
+/// A plain worker, for comparison: both sides sleep on a condition variable, and no processor is chosen for it.
 class PlainWorker {
  public:
   void HandOver() {
@@ -147,7 +147,7 @@ void DeliverPicture(benchmark::State& state) {
                   "every picture");
 }
 
-/// The limit of a picture's delivery: its bytes are copied once.
+/// The least time that a picture's delivery can take, because its bytes are copied once.
 void MemoryCopy(benchmark::State& state) {
   const Bytes bytes = sample::SampleBytes(static_cast<std::size_t>(state.range(0)));
   Bytes copy(bytes.size());
@@ -157,7 +157,6 @@ void MemoryCopy(benchmark::State& state) {
   }
 }
 
-/// From 100 bytes to 8 MiB.
 void PictureSizes(benchmark::internal::Benchmark* benchmark) {
   for (const std::int64_t size : {100, 1024, 10240, 102400, 1048576, 8388608}) benchmark->Arg(size);
 }

@@ -1,7 +1,8 @@
 /// What recording costs: the same operations through the finder library and through the recorder, over a scripted
-/// platform library. Use: TARN_CAPTURE=FILE recorder_bench, with a file on the disk that is meant.
+/// platform library. Use: TARN_CAPTURE=FILE recorder_bench, with a file on the disk that is to be measured.
 ///
-/// A bare command is two calls of the platform library, and a picture one block and the end of its delivery.
+/// The recorder writes two calls of the platform library for a bare command, and for a picture one block and the end of
+/// its delivery.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>

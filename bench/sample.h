@@ -1,5 +1,5 @@
-/// The inputs of all benchmarks: bytes, cameras and messages. Every program that is compared with this one uses the
-/// same inputs.
+/// The inputs of tarn_bench and core_operations: bytes, cameras and messages. Every program that is compared with
+/// tarn_bench uses the same inputs.
 #pragma once
 
 #include <cstddef>

@@ -4,8 +4,8 @@
 
 using namespace tarnfind;
 
-// The first byte chooses what the rest becomes. Fewer pixels than the tool allows, because sanitizers make large
-// pictures take seconds.
+// First byte: where the picture is shown; the rest is the picture. Fewer pixels than the tool allows, because
+// sanitizers make large pictures take seconds.
 FUZZ_TARGET(input) {
   constexpr std::uint64_t kPixels = 1 << 20;
   constexpr std::int64_t kMostMemory = static_cast<std::int64_t>(kMostPictureMemory) + (1 << 20);

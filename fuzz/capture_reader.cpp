@@ -22,7 +22,7 @@ class FuzzSource final : public capture::ByteSource {
   fuzz::Bytes bytes_;
 };
 
-/// Whatever is taken out, nothing becomes longer or shorter, and nothing is left for a second time.
+/// Redacts the body, where a second pass must find nothing more, and the texts of request and reply.
 void CheckRedaction(const capture::Frame& frame) {
   std::vector<std::uint8_t> body = frame.body;
   capture::RedactBinary(body);

@@ -1,5 +1,5 @@
-/// A whole conversation: the input chooses replies, blocks, calls, failures, detach and release. Its first byte and a
-/// step choose allocations that fail.
+/// A whole conversation: the input chooses replies, blocks, calls, failures, detach and release. Its first byte, and
+/// the steps of case 8, choose an allocation that fails.
 #include <exception>
 #include <optional>
 #include <vector>
@@ -56,7 +56,7 @@ std::uint8_t TarnLiveStream_SetGenericDataCallback(Tarn::TTarnLiveStream*, std::
 std::uint8_t TarnLiveStream_SendSynchDSPCommand(Tarn::TTarnLiveStream*, const void*, std::uint32_t, void** reply,
                                                 std::uint32_t* replySize) {
   ++server.replies;
-  // A block of its own and of exactly that size: a read beyond the reply is seen.
+  // Each reply has a heap block of exactly its size, so that the address sanitizer sees a read beyond it.
   auto* const copy = static_cast<std::uint8_t*>(std::malloc(server.reply.size() + !server.reply.size()));
   std::copy(server.reply.begin(), server.reply.end(), copy);
   *reply = copy;
@@ -129,7 +129,7 @@ void Step(fuzz::Choices& choices, Kestrel::ComPtr<ICameraFinder>& finder, fuzz::
 }  // namespace
 
 FUZZ_TARGET(input) {
-  // Kept from here on, so that it is not what an input leaves behind.
+  // The worker starts before the first check and is kept, so that it does not count as left behind by an input.
   [[maybe_unused]] static const bool workerStarted = platform::RunOnWorkerAndWait([](void*) {}, nullptr);
   fuzz::Bounded(input, [&] {
     fuzz::CountingWizard wizard(input.size());

@@ -11,7 +11,7 @@
 
 namespace fuzz {
 
-/// Reads a text to its end and frees it; its length in units.
+/// Reads a text to its end and frees it; returns its length in units.
 inline std::size_t TakeLength(BSTR text) {
   const std::size_t units = text ? std::char_traits<char16_t>::length(text) : 0;
   Check(units * sizeof(char16_t) == SysStringByteLen(text), "a text for the wizard ends at its first NUL");
@@ -41,7 +41,7 @@ inline void LookAt(Tarn::CameraFinding::ICameraInfo& camera) noexcept {
   Check(camera.IsReserved() == 0, "reserved is false");
 }
 
-/// Its account takes no memory while it is told something, so that it has no part in an allocation that fails.
+/// Allocates only in its constructor, so that no call to it meets the allocation that is made to fail.
 class CountingWizard : public Tarn::CameraFinding::INewCameraDataCallback,
                        public Tarn::CameraFinding::IFoundCameraReceiver {
  public:

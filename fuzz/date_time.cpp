@@ -6,7 +6,7 @@
 #include "time/date_time_parser.h"
 #include "time/date_time_text.h"
 
-/// What parses has a text in both fixed forms that parses to the same.
+/// A time that was parsed is written in both fixed forms, and each of them parses to the same time.
 FUZZ_TARGET(input) {
   fuzz::Bounded(input, [&] {
     std::u16string text(input.size() / sizeof(char16_t), u'\0');

@@ -2,7 +2,8 @@
 #include "tools/decode/decoder.h"
 #include "tools/decode/message_json.h"
 
-/// First byte: what the rest is taken for. Encoding what was decoded gives the same bytes, also from the JSON's text.
+/// First byte: the form of the rest; second: its message type. Encoding what was decoded gives the same bytes, also
+/// from the JSON's text.
 FUZZ_TARGET(input) {
   fuzz::Choices choices(input);
   const auto form = static_cast<tarnfind::Form>(choices.Below(5));

@@ -17,7 +17,7 @@ using namespace Tarn::CameraFinding;
 
 namespace {
 
-/// What a camera tells. No text: the getter found no memory for one.
+/// What the getters of a camera return. A text is empty (nullopt) where its getter found no memory.
 struct SeenCamera {
   std::uint32_t kind = 0;
   std::int32_t type = 0;
@@ -47,7 +47,7 @@ struct Delivered {
   friend bool operator==(const Delivered&, const Delivered&) = default;
 };
 
-/// A block read plainly, chunk by chunk; where it is damaged, KestrelException.
+/// Reads a block plainly, chunk by chunk. Throws KestrelException where it is damaged.
 class PlainReader {
  public:
   PlainReader(fuzz::Bytes block, std::uint32_t type) : rest_(block), type_(type) {}
@@ -80,7 +80,7 @@ class PlainReader {
     std::memcpy(&value, Take(size).data(), size);
     return value;
   }
-  /// Variants and records have targets of their own.
+  /// Reads a variant or records with the library's own code, because other fuzz targets check that.
   template <class Reading>
   void ReadWith(Reading reading) {
     const auto buffer = fuzz::BufferOf(rest_);

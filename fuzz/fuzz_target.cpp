@@ -16,7 +16,7 @@ constexpr Kestrel::BufferPoolListIndex kLists[] = {Kestrel::SmallBufferList, Kes
 
 void Check(bool holds, const char* property) {
   if (holds) return;
-  // Whoever writes the input down needs memory.
+  // No allocation may fail from here on, because writing the input to a file needs memory.
   const fakes::FailingAllocation none(0);
   std::fprintf(stderr, "property does not hold: %s\n", property);
   std::abort();

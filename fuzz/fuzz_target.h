@@ -39,7 +39,7 @@ class Choices {
 /// A pooled buffer of exactly these bytes.
 Kestrel::ReferencePointer<Kestrel::Buffer> BufferOf(Bytes bytes);
 
-/// The text of a blob names its address, which is another with every reading: without it, two readings compare.
+/// Cuts size and address off the text of a blob, because the address differs between two readings of the same bytes.
 template <class Text>
 Text WithoutAddress(Text text) {
   constexpr std::string_view kBlob = "blobptr ";
@@ -60,7 +60,7 @@ struct Held {
 };
 Held GetHeld();
 
-/// Deletes the buffers that wait in the pool: what the work allocates from here on depends on the input alone.
+/// Deletes the buffers that wait in the pool, so that what the work allocates depends on the input alone.
 void EmptyPool();
 
 /// Runs the work on an input; checks that it keeps within the memory bound and leaves nothing behind but pooled

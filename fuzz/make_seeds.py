@@ -88,7 +88,7 @@ def main():
             write("value_list_read", f"seed-{name}", b"\0" + decoder.decode_base64(message[5:].replace(b"\0", b"")))
             size = -(-len(message) // 16)
             if size < 256:
-                #  reply; list; install; a block; release
+                # reply; list; install
                 write("conversation", f"seed-{name}", bytes([0, 9, size]) + message.ljust(size * 16, b"\0") + bytes([2, 1, 0]))
         else:
             write("value_list_text", f"seed-{name}", message[4:])
@@ -98,7 +98,7 @@ def main():
     write("conversation", "seed-failures", bytes([0, 0xC2, 1, 0x42, 1, 0xC0, 0x40, 0xC6]))
     reply = read("reply-list-0.bin")
     size = -(-len(reply) // 16)
-    #  reply; for several n: the n-th allocation fails; list
+    # reply; for several n: the n-th allocation fails; list
     write("conversation", "seed-failing-allocations",
           bytes([0, 9, size]) + reply.ljust(size * 16, b"\0") + b"".join(bytes([8, 2 * n, 2, 1]) for n in range(1, 100, 8)))
 

@@ -7,7 +7,7 @@
 
 using namespace Tarn::CameraFinding;
 
-/// A list block: what reads as records and writes again reads the same.
+/// A list block: records that were read and written again read the same.
 FUZZ_TARGET(input) {
   fuzz::Bounded(input, [&] {
     Kestrel::ValueList list;

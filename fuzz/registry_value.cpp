@@ -25,7 +25,7 @@ std::u32string UnitsOf(fuzz::Bytes data) {
   return units;
 }
 
-/// By the digits as they are written.
+/// Checks the text of a decimal number before it converts it.
 Number ReadDecimal(const std::u32string& text) {
   std::size_t at = 0;
   while (at < text.size() && text[at] <= 32) ++at;
@@ -64,7 +64,7 @@ Number ReadPlainly(std::uint32_t type, fuzz::Bytes data) {
 template <class Char>
 void Compare(std::uint32_t type, fuzz::Bytes data) {
   const Number number = Kestrel::NumberOfRegistryValue<Char>(type, data);
-  // What a variable says is not the input's; the number of any text is one, or there is none.
+  // Not compared, because the value of an environment variable does not come from the input.
   if (type == platform::REG_EXPAND_SZ && UnitsOf<Char>(data).find(U'%') != std::u32string::npos) return;
   fuzz::Check(number == ReadPlainly<Char>(type, data), "the number is that of a plain reading");
 }

@@ -19,7 +19,7 @@ Written WriteWithoutAddresses(const Kestrel::ValueList& list) {
   return Written(std::in_place, written->GetBytes().begin(), written->GetBytes().end());
 }
 
-/// What a list writes again; nothing where the bytes are refused.
+/// Reads a list and writes it again; nothing where the bytes are refused.
 Written ReadAndWrite(fuzz::Bytes bytes) {
   const auto buffer = fuzz::BufferOf(bytes);
   Kestrel::ValueList list;
@@ -46,13 +46,14 @@ Written ReadAndWrite(fuzz::Bytes bytes) {
 
 }  // namespace
 
-/// First byte: which allocation fails. What reads and writes again reads and writes the same, and the position stays
-/// inside.
+/// First byte: which allocation fails. A list that was read and written again reads and writes the same, and the
+/// position stays inside.
 FUZZ_TARGET(input) {
   fuzz::Choices choices(input);
   const std::uint8_t failing = choices.Byte();
   fuzz::Bounded(input, [&] {
-    // A number whose text finds no memory reports that as any other failure, which refuses the list.
+    // Without memory for its text, a number in the place of a name throws what it throws for any failure, so the list
+    // is refused.
     fuzz::WithFailingAllocation(
         failing, [&] { return ReadAndWrite(choices.Rest()); },
         [](const Written& written, const Written&) { return !written; });

@@ -3,7 +3,7 @@
 #include "fuzz_target.h"
 #include "valuelist/variant.h"
 
-/// First byte: the tag, the rest a text. What a value tells of itself, it understands, where the form parses back.
+/// First byte: the tag, the rest a text. The text of a value reads back as the same value, where its form allows that.
 FUZZ_TARGET(input) {
   fuzz::Choices choices(input);
   const auto tag = choices.Below(Kestrel::kVariantTypeCount);

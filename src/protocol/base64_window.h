@@ -1,8 +1,8 @@
 /// Decodes a long base64 text a few lines at a time, so that its reader takes no memory in proportion to the text.
 ///
-/// Only for text as the encoder writes it: whole lines of 76 characters, each with CR LF behind it. Any other text is
-/// refused when the window reaches it, and must be decoded as a whole, because there a group of four characters may
-/// cross a line's end.
+/// Only for text as the encoder writes it: whole lines of 76 characters, each with CR LF behind it. A window of any
+/// other text is refused unless it is the last, because a group of four characters may cross its end. Such a text must
+/// be decoded as a whole.
 #pragma once
 
 #include <cstddef>
@@ -32,7 +32,7 @@ class Base64Window {
 
  private:
   static constexpr std::size_t kLineUnits = Kestrel::kBase64LineCharacters + 2;
-  /// Chosen so that code units and bytes of a window fit into a processor's nearest cache.
+  /// Chosen so that code units and bytes of a window fit into an L1 data cache of 32 KiB.
   static constexpr std::size_t kWindowLines = 128;
   static constexpr std::size_t kWindowUnits = kWindowLines * kLineUnits;
 

@@ -25,8 +25,8 @@ namespace Tarn::CameraFinding {
 namespace {
 
 constexpr char kInvalidStructSize[] = "Invalid struct size in read vector\r\n";
-/// "Wizard was already closed", the usual reason why it throws. The text stays as it is, its spelling included, because
-/// people search logs for it.
+/// "Wizard was already closed", the usual reason why ValuesReceived throws. The text stays as it is, its spelling
+/// included, because people search logs for it.
 constexpr char16_t kWizardClosed[] = u"Wizzard wurde schon geschlossen\r\n";
 
 struct Chunk {
@@ -49,7 +49,7 @@ std::string ReadNarrowText(Kestrel::Buffer& block) {
   return Kestrel::WideToAnsi(wide);
 }
 
-/// Appends the elements of a values payload. Elements of another size are reported and left out.
+/// Appends the elements of a values payload. Elements of another size than 8 bytes are reported and left out.
 void AppendValues(std::span<const std::uint8_t> payload, std::vector<std::uint64_t>& values) {
   constexpr std::size_t kElementSize = sizeof(std::uint64_t);
   constexpr std::size_t kHeadSize = 2 * sizeof(std::uint64_t);

@@ -9,13 +9,14 @@
 
 namespace Tarn::CameraFinding {
 
-/// Where a receiver keeps the wizard's callback: null once the stream has let go. The parser reads it again at each
-/// call, because it can become null while a block is parsed.
+/// Where a receiver keeps the wizard's callback: null once the stream has let go. The parser reads it just before it
+/// calls the wizard, because it can become null while a block is parsed.
 using CurrentWizard = std::atomic<INewCameraDataCallback*>;
 
-/// Parses the block from its read position; calls the wizard at most once, and not at all while `wizard` is null.
+/// Parses the block from its read position; calls the wizard at most once, and not at all while `wizard` is null. A
+/// message type outside 1 to 8 is ignored.
 ///
-/// Requires  Whoever calls this holds a reference on the wizard's callback of its own.
+/// Requires  The caller holds its own reference on the wizard's callback until this returns.
 /// Errors    Throws nothing. A damaged block and an exception of the wizard end the block silently; only an exception
 ///           out of ValuesReceived is reported to the debugger.
 void ParseFinderBlock(const CurrentWizard& wizard, Kestrel::Buffer& block, std::uint32_t messageType) noexcept;

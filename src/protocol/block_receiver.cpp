@@ -67,7 +67,7 @@ void CameraDataInternalCallback::OnDetach() {
     const std::lock_guard guard(lock_);
     callback = Kestrel::ComPtr<INewCameraDataCallback>::Attach(newCameraDataCallback_.exchange(nullptr));
   }
-  // Its reference goes here, outside the lock, because the wizard's object may call back while it is destroyed.
+  // The callback is released here, outside the lock, because the wizard's object may call back while it is destroyed.
 }
 
 }  // namespace Tarn::CameraFinding

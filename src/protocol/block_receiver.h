@@ -14,19 +14,21 @@
 namespace Tarn::CameraFinding {
 
 /// Threads  OnGenericData and OnDetach may be called on any threads at once.
-/// Locks    lock_ guards newCameraDataCallback_ while OnGenericData reads and references it, and while OnDetach clears
-///          it. Nobody holds it while the wizard is called, released or waited for.
+/// Locks    lock_ is held while OnGenericData reads newCameraDataCallback_, calls its AddRef and copies the block, and
+///          while OnDetach clears it. Nobody holds it while another function of the wizard, Release included, is called
+///          or waited for.
 class CameraDataInternalCallback : public IGenericDataReceivedCallback {
  public:
-  /// Takes a reference of its own on callback, which may be null: then every block is dropped. `held` is let go when
-  /// the receiver ends; so its maker can tell whether the receiver still lives.
+  /// Takes a reference of its own on callback, which may be null: then every block is dropped. `held` is released when
+  /// the receiver is destroyed, so that its maker can tell whether the receiver still lives.
   explicit CameraDataInternalCallback(INewCameraDataCallback* callback, std::shared_ptr<const void> held = nullptr);
 
-  /// Returns when the wizard has had the block. Throws std::bad_alloc where there is no memory for the copy, or no
-  /// worker; never what the parser or the wizard throws.
+  /// Returns when the block has been parsed and the wizard's call has returned. Throws std::bad_alloc or
+  /// OutOfMemoryException where there is no memory for the copy, std::bad_alloc where there is no worker; never what
+  /// the parser or the wizard throws.
   void OnGenericData(std::int32_t blockKind, std::uint32_t messageType, const std::uint8_t* data,
                      std::uint64_t size) override;
-  /// Lets the wizard's callback go. Blocks that arrive later are dropped.
+  /// Releases the wizard's callback. Blocks that arrive later are dropped.
   void OnDetach() override;
 
  protected:

@@ -50,7 +50,7 @@ class IPCFinderCameraInfo : public ICameraInfo {
   CameraRecord record_;
 };
 
-/// A new camera object with the creator's reference. An rvalue, so that the record moves once.
+/// A new camera object with the creator's reference. Takes an rvalue, so that the record is moved only once.
 Kestrel::ComPtr<ICameraInfo> MakeCameraInfo(CameraRecord&& record);
 
 }  // namespace Tarn::CameraFinding

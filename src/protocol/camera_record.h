@@ -16,13 +16,13 @@ struct CameraLogin {
   CameraLogin();
   CameraLogin(std::string user, std::string password, std::uint8_t cttCode);
 
-  std::string loginUser;      ///< "LUN"; UnsetCredential
-  std::string loginPassword;  ///< "LPD"; UnsetCredential
+  std::string loginUser;      ///< "LUN"; UnsetCredential by default
+  std::string loginPassword;  ///< "LPD"; UnsetCredential by default
   std::uint8_t ctt = 2;       ///< "CTT"
 };
 
 struct CameraNetwork {
-  std::string mac;            ///< "MAC"; a record without one is never delivered
+  std::string mac;            ///< "MAC"; a block whose camera has none is not delivered
   std::string nip;            ///< "NIP"
   TextList ni2;               ///< "NI2"
   std::string ip;             ///< "IP"

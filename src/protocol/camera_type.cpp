@@ -45,7 +45,7 @@ constexpr auto kVendorMasks = std::to_array<VendorMaskRow>({
 });
 static_assert(std::ranges::is_sorted(kVendorMasks, std::ranges::less_equal{}, &VendorMaskRow::mask));
 
-/// The code of the row whose key is exactly this one.
+/// The code of the row whose key is exactly `wanted`; ctcUnknown where there is none.
 template <class Rows, class Key, class Wanted>
 CameraTypeCode TypeOf(const Rows& rows, Key key, const Wanted& wanted) {
   const auto row = std::ranges::find(rows, wanted, key);

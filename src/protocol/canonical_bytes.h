@@ -54,7 +54,7 @@ requires std::is_arithmetic_v<Number> std::size_t ValueSize(Number) {
   return sizeof(Number);
 }
 
-/// Writes front to back. Whoever makes one gives room for all that is put.
+/// Writes front to back. Requires a target with room for all that is put.
 class CanonicalWriter {
  public:
   explicit CanonicalWriter(std::uint8_t* target) : at_(target) {}

@@ -25,8 +25,8 @@ namespace Tarn::CameraFinding {
 std::size_t DecodeElement(std::span<const std::uint8_t> bytes, CameraRecord& record);
 std::size_t DecodeElement(std::span<const std::uint8_t> bytes, std::string& text);
 
-/// The fewest bytes of a canonical element. Whoever makes room for elements before they are read divides the bytes that
-/// are there by it, so that a false count reserves little more than the size of the message. Elements of another form
+/// The fewest bytes of a canonical element. Readers make room beforehand for no more elements than the unread bytes
+/// divided by this, so that a false count reserves less than twice the size of the message. Elements of another form
 /// can be smaller; for those, room grows as they are read.
 template <class Element>
 inline constexpr std::size_t kSmallestElement = 0;

@@ -17,8 +17,8 @@
 ///     0B 04 00 00 00 4D 41 43 00      0B 12 00 00 00            "MAC": a text of 18 bytes, terminator included
 ///     30 30 3A 34 30 3A 38 43 3A 31 32 3A 33 34 3A 35 36 00     "00:40:8C:12:34:56"
 ///
-/// Serialize appends "CMD" and the payload when it writes. It reads the payload only, and leaves what is absent as it
-/// was.
+/// Serialize appends "CMD" and the payload when it writes. It reads the payload only, leaves what is absent as it was,
+/// and throws what ValueList::Get and ReadRecord (record_wire.h) throw.
 #pragma once
 
 #include <cstdint>

@@ -14,7 +14,7 @@
 namespace Tarn::CameraFinding {
 namespace {
 
-/// Shorter blocks are ignored. From here on a missing byte is an error, although marker and count take 8.
+/// Shorter blocks are ignored. One of 5 to 7 bytes with the marker is an error, because marker and count take 8.
 constexpr std::size_t kSmallestListBlock = 5;
 
 /// Finds the entries of a record's keys. Fast while all keys stand in wire order; after the first that does not, it
@@ -63,8 +63,8 @@ class ListBlock {
     return std::min<std::size_t>(count_, unread_.size() / kSmallestElement<Element>);
   }
 
-  /// Reads the next element into a new one. False where it is not canonical: the new one's contents are unspecified
-  /// then, and ReadThroughList reads the same element.
+  /// Reads the next element. False where it is not canonical: the contents of `element` are unspecified then, and
+  /// ReadThroughList reads the same bytes again. Requires a new `element`, because reading appends to its lists.
   template <class Element>
   bool ReadCanonical(Element& element) {
     const std::size_t size = DecodeElement(unread_, element);

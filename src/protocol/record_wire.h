@@ -3,7 +3,8 @@
 /// Writing  The canonical encoding.
 /// Reading  Lists are appended to. A key that is absent leaves the member as it was; a value of another type is
 ///          converted. A list entry that is missing, not binary, shorter than 5 bytes or without the marker is ignored.
-/// Errors   What ValueList::Read throws for a malformed element. Elements that were read before it stay.
+/// Errors   What ValueList::Read throws for a malformed element, and ValueList::Get for a value without a conversion;
+///          BufferException for a list that ends inside its count. What was read before stays.
 #pragma once
 
 #include <cstdint>

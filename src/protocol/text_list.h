@@ -1,5 +1,5 @@
 /// A list of texts that keeps up to two of them inside itself, because nearly every camera has one or two addresses and
-/// plug-ins, and the allocations for two such lists took as long as the rest of the record.
+/// plug-ins, and the allocations for two such lists would take as long as the rest of the record.
 ///
 /// The interface is that of a standard container. Adding a text makes references to the others invalid.
 #pragma once
@@ -71,7 +71,7 @@ class TextList {
 
   std::array<std::string, 2> few_;
   std::size_t fewCount_ = 0;
-  std::unique_ptr<Many> many_;  ///< all texts as soon as there are more than the few; a pointer, because it is short
+  std::unique_ptr<Many> many_;  ///< all texts once few_ is too small; a pointer, because a vector is larger
 };
 
 }  // namespace Tarn::CameraFinding

@@ -1,7 +1,7 @@
 /// Kestrel::Buffer: a reference-counted, growable byte buffer with a write and a read position, recycled by the pool.
 ///
-/// Bytes are appended at the end and taken from the read position on. When storage has to grow, it grows to half again
-/// as much as is needed, in whole pages, so that many small appends copy each byte only a few times.
+/// Bytes are appended at the end and taken from the read position on. When storage has to grow, it grows to one and a
+/// half times what is needed, in whole pages, so that many small appends copy each byte only a few times.
 ///
 /// Ownership  Held by ReferencePointer. The last Release returns the buffer with its storage to the pool
 ///            (buffer_pool.h), or deletes it. Addresses into the storage are valid until the buffer grows or goes.
@@ -33,7 +33,7 @@ class FlatMemory : NonCopyable {
   static constexpr std::uint64_t kPageSize = 4096;
 
   FlatMemory();
-  /// n uninitialised bytes that stand elsewhere and outlive the object; the capacity is their number.
+  /// n uninitialised bytes that stand elsewhere and outlive the object; length and capacity are n.
   FlatMemory(std::uint8_t* storage, std::uint64_t n);
   ~FlatMemory();
 
@@ -67,7 +67,7 @@ class FlatMemory : NonCopyable {
   void Grow(std::uint64_t added);
   void Reallocate(std::uint64_t capacity);
   void FreeStorage();
-  /// Frees the storage that was, where the object owns it; the new one is owned.
+  /// Frees the old storage where the object owns it. The object owns the new storage.
   void SetStorage(std::uint8_t* storage, std::uint64_t capacity);
 
   std::uint64_t readPosition_ = 0;

@@ -14,13 +14,13 @@ constinit BufferStatistics statistics;
 constinit std::atomic<bool> poolDestroyed{false};
 
 /// Never destroyed, because a thread may still release a buffer at the end of the process. Once its lists are closed,
-/// it owns nothing that would have to be freed. It holds a reference on itself.
+/// it owns nothing that would have to be freed. It holds a reference on itself, so that no Release deletes it.
 struct SharedPool {
   SharedPool() { pool.AddRef(); }
   BufferPool pool;
 };
 
-/// Null after DestroySharedPool. Needs no reference, because the shared pool is only closed, never destroyed.
+/// Null after DestroySharedPool. Callers need no reference, because the shared pool is only closed, never destroyed.
 BufferPool* FindSharedPool() {
   return poolDestroyed.load(std::memory_order_acquire) ? nullptr : &NeverDestroyed<SharedPool>().pool;
 }

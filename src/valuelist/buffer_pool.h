@@ -70,20 +70,20 @@ class alignas(64) BufferPoolList : NonCopyable {
  private:
   struct Waiting {
     Buffer* buffer;          ///< without a reference; null in a place that is free
-    std::uint64_t capacity;  ///< the buffer's; here, so that nothing of the buffer is touched under the lock
+    std::uint64_t capacity;  ///< of the buffer; a copy, so that the buffer is not touched under the lock
   };
 
   Buffer* TakeFront();
   bool PutBack(Buffer& buffer);
 
-  /// What every operation changes shares the first cache line.
+  /// The members that every operation changes share the first cache line.
   CriticalSection lock_;
   std::uint32_t front_ = 0;
   /// Changed under the lock only, and read without it.
   std::atomic<std::uint32_t> count_{0};
   std::atomic<std::uint64_t> bytesHeld_{0};
   const BufferPoolLimits& limits_;
-  /// The queue: count_ buffers from front_ on, around the end. Its size is fixed, because recycling must not allocate.
+  /// A ring buffer: count_ buffers from front_ on. Its size is fixed, because recycling must not allocate.
   std::vector<Waiting> ring_;
 };
 
@@ -108,12 +108,12 @@ class BufferPool final : public ReferenceCounted {
                               BufferPoolList(kBufferPoolLimits[2])};
 };
 
-/// On the shared pool. Callers choose the list by the size that they expect.
+/// A buffer of the shared pool, or a new one once that is closed. Callers choose the list by the size that they expect.
 ReferencePointer<Buffer> GetBuffer(BufferPoolListIndex list);
 /// A copy of n bytes, in a buffer from the list for n.
 ReferencePointer<Buffer> CreateBuffer(const void* source, std::uint64_t n);
 /// Empties the buffer, or takes one from the small list where there is none. This and ReserveAtEnd complete the
-/// interface of the pool; the library has no call of theirs.
+/// interface of the pool; the library calls neither.
 void EnsureBuffer(ReferencePointer<Buffer>& buffer);
 /// EnsureBuffer, then Reserve.
 std::uint8_t* ReserveAtEnd(ReferencePointer<Buffer>& buffer, std::uint64_t n);

@@ -1,4 +1,4 @@
-/// The byte stream that values are read from and written to, and the one implementation: a reply of the server.
+/// The byte stream that values are read from and written to, and its one implementation, which reads a server's reply.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@
 
 namespace Kestrel {
 
-/// The interface of the platform's streams: exactly these two operations in this order, no virtual destructor. This
-/// library calls Write nowhere.
+/// The interface of the platform's streams: exactly these two operations in this order, no virtual destructor. Only
+/// WriteToStream (variant_wire.h) calls Write, and this library never calls that.
 class IKestrelStream {
  public:
   class IKestrelStreamException : public KestrelException {

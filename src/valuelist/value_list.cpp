@@ -15,12 +15,12 @@
 namespace Kestrel {
 namespace {
 
-/// Entries that get room at once whatever the message says, because a record has 21.
+/// Room for this many entries may be reserved however short the message is, because a record has 21.
 constexpr std::uint64_t kFirstRoom = 32;
 /// The tag and the length of a vtString.
 constexpr std::size_t kStringHeaderSize = 5;
 
-/// Writes numbers, names and values front to back. Whoever makes one gives room for all of them.
+/// Writes numbers, names and values front to back. Requires a target with room for all of them.
 class Writer {
  public:
   explicit Writer(std::uint8_t* target) : at_(target) {}
@@ -179,8 +179,8 @@ void ValueList::Read(Buffer& buffer, BlobBytes blobBytes) {
   if (buffer.ReadUInt32() != ValueListIdentifier) throw ValueListException("Wrong value list identifier");
   name_ = ReadName(buffer);
   const std::uint32_t count = buffer.ReadUInt32();
-  // The count may be false, so at most as much memory is reserved for it as the unread bytes take. More room is made
-  // only for entries that were read.
+  // The count may be false, so beyond kFirstRoom entries no more memory is reserved than the unread bytes take. More
+  // room is made only for entries that were read.
   const std::uint64_t room = std::max(kFirstRoom, buffer.GetUnreadLength() / sizeof(ValueListEntry));
   if (entries_.empty()) entries_.reserve(std::min<std::uint64_t>(count, room));
   for (std::uint32_t i = 0; i < count; ++i) entries_.emplace_back(buffer, blobBytes);

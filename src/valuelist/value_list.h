@@ -108,8 +108,9 @@ class ValueList {
   void Read(Buffer& buffer);
 
   std::u16string ToText() const;
-  /// Clears the list, then reads the text form; an empty text leaves the list empty. The first character that is not
-  /// base64 ends the text. Blobs own their bytes. Errors as Read.
+  /// Clears the list, then reads the text form; an empty text leaves the list empty. Line breaks are skipped; any other
+  /// character that is not base64 ends the text. Blobs own their bytes. Errors as Read, and SystemException where text
+  /// outside ASCII cannot be converted.
   void FromText(std::u16string_view text);
 
  private:
@@ -119,8 +120,8 @@ class ValueList {
   std::vector<ValueListEntry> entries_;
 };
 
-/// Reads one variant record as wide text: a vtWString as it stands, any other type converted. The text stays as it is
-/// where that throws. "ab" as vtWString is 0C 06 00 00 00 61 00 62 00 00 00.
+/// Reads one variant record as wide text: a vtWString as it stands, any other type converted. Throws as
+/// ValueList::Read; the text stays as it is then. "ab" as vtWString is 0C 06 00 00 00 61 00 62 00 00 00.
 void ReadWideString(Buffer& buffer, std::u16string& text);
 
 }  // namespace Kestrel

@@ -4,6 +4,7 @@
 ///     integer          its text              not 0             low bits, sign-extended before
 ///     float, double    its text              not 0; NaN: true  truncated, see below
 ///     string           itself; from UTF-8    parsed            parsed
+///     u16string        its text; itself      its text, parsed  its text, parsed
 ///     any other        its text              its text, parsed  its text, parsed
 ///
 /// So the text "42" gives the number 42, and a guid gives 0 unless its text begins with decimal digits.

@@ -34,8 +34,8 @@ class BinaryData {
 /// The address and the size of bytes, of one of three kinds:
 ///
 ///     borrowed      not owned: a payload in the buffer that it was read from
-///     shared        in a block that copies share; it begins 4 bytes before the address with their count, 32 bits,
-///     atomic unreadable    from text: its address is a number that somebody wrote, so it is shown but never followed
+///     shared        in a block that copies share; it begins 4 bytes before the address with an atomic 32-bit count
+///     unreadable    from text: the address is a number that somebody wrote, so it is shown but never followed
 class BlobPtr {
  public:
   BlobPtr() = default;

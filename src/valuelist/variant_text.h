@@ -17,8 +17,8 @@
 ///
 /// Errors  FromString leaves the value as it was. It throws StringConversionException for tags 0 and 9,
 ///         VariantStringToValueConversionException for 13, 14 and 17, VariantStringConversionException for 15,
-///         EKestrelDateTime for 16, GuidConversionException for 18, SystemException for 12. ToString of a number, date
-///         or guid throws VariantStringConversionException whatever the cause, of tag 12 SystemException.
+///         EKestrelDateTime for 16, GuidConversionException for 18, SystemException for 12 and 16. ToString of a
+///         number, date or guid throws VariantStringConversionException whatever the cause, of tag 12 SystemException.
 #pragma once
 
 #include <concepts>

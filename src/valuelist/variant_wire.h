@@ -66,7 +66,7 @@ void ReadRaw(BinaryData& value, const std::uint8_t* payload, std::uint64_t n);
 void ReadRaw(BlobPtr& value, const std::uint8_t* payload, std::uint64_t n);
 void ReadRaw(VariantReferencePointer& value, const std::uint8_t* payload, std::uint64_t n);
 
-/// No call in this library; it stands because the table of operations has it.
+/// This library never calls it; the table of operations (variant_traits.h) needs it.
 template <VariantHeld Held>
 void WriteToStream(const Held& value, IKestrelStream& stream) {
   std::vector<std::uint8_t> payload(GetSize(value));
