@@ -31,7 +31,7 @@ std::string Hex(std::uint32_t number) {
   return text;
 }
 
-/// What if_tsresol means: a power of 10, or with the highest bit a power of 2.
+/// What if_tsresol means: a power of 10, or with the highest bit a power of 2. 0 where that is too large.
 std::uint64_t UnitsPerSecond(std::uint8_t resolution) {
   const bool binary = (resolution & 0x80) != 0;
   const unsigned exponent = resolution & 0x7FU;
@@ -49,7 +49,7 @@ std::uint64_t Nanoseconds(std::uint64_t time, std::uint64_t unitsPerSecond) {
          (exact ? rest * (kNanosecondsPerSecond / unitsPerSecond) : part);
 }
 
-/// Takes numbers and texts from the front of a payload; empty once something is missing.
+/// Takes numbers and texts from the front of a payload; false where bytes are missing.
 class PayloadCursor {
  public:
   explicit PayloadCursor(std::span<const std::uint8_t> rest) : rest_(rest) {}

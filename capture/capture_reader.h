@@ -34,7 +34,7 @@ class ByteSource {
   virtual std::size_t Read(void* target, std::size_t size) = 0;
 };
 
-/// A body beyond this is cut off, and says so.
+/// A longer body is cut after this many bytes; Frame::IsCut tells.
 inline constexpr std::size_t kLargestBody = std::size_t{64} << 20;
 
 struct Frame {
@@ -58,7 +58,7 @@ struct Frame {
   }
 };
 
-/// The texts and numbers of an error record's part. Nothing where it is damaged.
+/// What the part of an error record holds.
 struct ErrorRecord {
   std::uint32_t errorClass = 0;
   std::uint32_t errorCode = 0;
@@ -66,6 +66,7 @@ struct ErrorRecord {
   std::u16string description;
   std::string additionalText;
 };
+/// Nothing where the payload is damaged.
 std::optional<ErrorRecord> ReadErrorRecord(std::span<const std::uint8_t> payload);
 
 class CaptureReader {

@@ -18,8 +18,8 @@
 ///     6       2     flags: FrameFlags
 ///     8       4     thread that made the call
 ///     12      4     message type of a block, else 0
-///     16      8     duration in nanoseconds; 0 for a block, whose feDelivered follows
-///     24      8     stream, as the handle's address
+///     16      8     duration in nanoseconds; 0 for a block, whose kDelivered follows
+///     24      8     stream, as the handle's address; 0 where the call has none
 ///     32      8     bodySize
 ///     40      8     bodyOffset: 0 in the first packet of a frame; its other pieces follow at once
 ///
@@ -135,7 +135,7 @@ struct PacketHead {
 };
 static_assert(sizeof(PacketHead) == 28);
 
-/// The largest packet that the common readers of such files accept; a larger frame goes into several.
+/// The largest packet that libpcap and Wireshark accept; a larger frame goes into several.
 inline constexpr std::size_t kLargestPacket = 262144;
 
 }  // namespace capture

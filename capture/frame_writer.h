@@ -1,4 +1,4 @@
-/// Writes a section of a capture file, frame by frame. The bytes of a frame go to the system from where they stand.
+/// Writes a section of a capture file, frame by frame. The bytes of a frame are not copied on their way to the system.
 ///
 /// Threads  One at a time; the recorder holds its lock.
 /// Errors   False where the file did not take everything: its end may hold a part of a block then, and nothing may be
@@ -15,7 +15,7 @@
 
 namespace capture {
 
-/// Whoever takes the bytes of a capture: a file, or a vector in tests.
+/// Where the bytes of a capture go: a file, or a vector in tests.
 class ByteSink {
  public:
   virtual bool Append(std::span<const platform::BytePiece> pieces) = 0;
@@ -24,7 +24,8 @@ class ByteSink {
   ~ByteSink() = default;
 };
 
-/// What a frame is made of, beside its header. The bytes are read while the frame is written, and not kept.
+/// What a frame is made of, beside its header: at most kMost parts. Requires that their bytes stay where they are until
+/// the frame is written.
 class FrameParts {
  public:
   static constexpr std::size_t kMost = 4;

@@ -28,7 +28,7 @@ constexpr auto kNamePatterns = std::to_array<NamePattern>({
     {"\x0C\x08\0\0\0L\0U\0N\0"sv, 13},
     {"\x0C\x08\0\0\0L\0P\0D\0"sv, 13},
 });
-/// All patterns have it at one place, which is where the search begins.
+/// Where the 'L' stands in each pattern; the search looks for it first.
 constexpr std::size_t kAnchor = 5;
 static_assert(std::ranges::all_of(kNamePatterns, [](const NamePattern& row) { return row.bytes[kAnchor] == 'L'; }));
 
@@ -40,7 +40,8 @@ const NamePattern* PatternAt(std::span<const std::uint8_t> bytes, std::size_t at
   return nullptr;
 }
 
-/// Calls visit with where the record behind each credential's name begins, until it returns true. Whether it did.
+/// Calls visit with the offset of the record behind each credential's name, until visit returns true. Returns whether
+/// it did.
 template <class Visit>
 bool VisitCredentials(std::span<const std::uint8_t> bytes, Visit visit) {
   const std::uint8_t* const begin = bytes.data();
@@ -63,7 +64,7 @@ bool IsUnset(std::span<const std::uint8_t> value, std::size_t unitSize) {
   return true;
 }
 
-/// Masks the value of the record at the front: what is there of it. Whether it was a secret.
+/// Masks the value of the record at the front, as far as its bytes are there. Returns whether it was a secret.
 bool MaskRecord(std::span<std::uint8_t> record) {
   if (record.empty()) return false;
   const std::uint8_t tag = record[0];
@@ -72,7 +73,7 @@ bool MaskRecord(std::span<std::uint8_t> record) {
   if (tag < Kestrel::kVariantTypeCount && Kestrel::kVariantTypes[tag].fixedSize != Kestrel::kVariableSize) {
     length = static_cast<std::size_t>(Kestrel::kVariantTypes[tag].fixedSize);
   } else {
-    // An unknown tag is treated as a text: better too much is taken out than too little.
+    // An unknown tag is read as one with a length, because it is better to mask too much than too little.
     if (value.size() < sizeof(std::uint32_t)) return false;
     length = Kestrel::LoadLittleEndian<std::uint32_t>(value.data());
     value = value.subspan(sizeof(std::uint32_t));
@@ -87,13 +88,13 @@ bool MaskRecord(std::span<std::uint8_t> record) {
   return true;
 }
 
-/// The six bits of the character that stands for a base64 digit, or -1.
+/// The six bits that a base64 digit stands for; -1 for any other character.
 int DigitOf(std::uint32_t unit) {
   const char* const found = unit > 0 && unit < 0x80 ? std::strchr(kAlphabet, static_cast<int>(unit)) : nullptr;
   return found ? static_cast<int>(found - kAlphabet) : -1;
 }
 
-/// The digits of a base64 text in their order, line ends left out: where each stands.
+/// Where the digits of a base64 text stand, in their order. Line ends are left out.
 std::vector<std::size_t> FindDigits(std::span<const std::uint8_t> message, EmbeddedText text) {
   std::vector<std::size_t> places;
   places.reserve(message.size() / text.unitSize);

@@ -18,22 +18,22 @@ namespace capture {
 /// replies differ in what stands before.
 struct EmbeddedText {
   std::size_t offset;
-  std::size_t unitSize;  ///< 1 or 2
+  std::size_t unitSize;  ///< bytes, 1 or 2; 0: there is no text
 };
 inline constexpr EmbeddedText kTextOfRequest = {4, 2};
-/// Of a reply: by its type. unitSize 0 where it holds no text.
+/// Of a reply: by its type.
 EmbeddedText TextOfReply(std::span<const std::uint8_t> reply);
 
-/// The credentials of a part of a frame, in place. Whether there were any. Throws std::bad_alloc.
+/// Masks the credentials in a part of a frame, in place. Returns whether there were any. Throws std::bad_alloc.
 bool RedactPart(PartKind kind, std::span<std::uint8_t> payload);
 /// The same for all parts of a frame's body.
 bool RedactBody(std::span<std::uint8_t> body);
 
-/// Where a credential may stand; false is certain.
+/// Whether binary value lists may hold credentials; false is certain.
 bool MayHoldCredentials(std::span<const std::uint8_t> bytes);
-/// Replaces credentials in binary value lists, as a block holds them. Whether there were any.
+/// Masks credentials in binary value lists, as a block holds them. Returns whether there were any.
 bool RedactBinary(std::span<std::uint8_t> bytes);
-/// Replaces credentials in a text form, in place. Whether there were any. Throws std::bad_alloc.
+/// Masks credentials in a text form, in place. Returns whether there were any. Throws std::bad_alloc.
 bool RedactText(std::span<std::uint8_t> message, EmbeddedText text);
 
 }  // namespace capture

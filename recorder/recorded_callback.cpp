@@ -62,7 +62,7 @@ std::unique_ptr<Registration> RecordedCallbacks::Wrap(Recording& recording, Tarn
     return std::make_unique<Registration>(Registration{
         stream, callback,
         Kestrel::MakeComObject<RecordedCallback, IGenericDataReceivedCallback>(recording, stream, callback), nullptr});
-  } catch (...) {  // no memory: recording comes second
+  } catch (...) {  // no memory: the finder's own callback is registered, and its blocks are not recorded
     return nullptr;
   }
 }

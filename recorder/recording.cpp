@@ -48,7 +48,7 @@ std::uint64_t WallNanoseconds() {
   return (std::uint64_t{now.high} << 32 | now.low) * 100 - kFrom1601To1970;
 }
 
-/// What the platform library sees of a thread's last error must not depend on a recording.
+/// Keeps the thread's last error, because neither the finder nor the platform library may see that it is recorded.
 class KeptLastError {
  public:
   KeptLastError() : error_(platform::GetLastError()) {}

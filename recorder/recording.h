@@ -17,7 +17,7 @@
 
 namespace recorder {
 
-/// Reads the clock once, so that a duration is one more reading.
+/// Measures the time since it was made.
 class Stopwatch {
  public:
   Stopwatch();

@@ -12,7 +12,7 @@ namespace recorder {
 namespace {
 
 constexpr char16_t kKey[] = u"Software\\Vantrell\\Tarn\\Capture";
-constexpr std::uint32_t kLongestPath = 32768;
+constexpr std::uint32_t kLongestPath = 32768;  // units with the terminator: the longest path of Windows
 
 /// The text with environment variables replaced.
 std::u16string Expanded(const std::u16string& text) {

@@ -6,13 +6,13 @@
 namespace recorder {
 
 struct Settings {
-  std::u16string file;  ///< empty: nothing is recorded
-  bool secrets = false;
+  std::u16string file;   ///< empty: nothing is recorded
+  bool secrets = false;  ///< credentials are recorded as they are
 };
 
-/// TARN_CAPTURE and TARN_CAPTURE_SECRETS, each replaced by the values "File" and "Secrets" of the key
-/// Software\Vantrell\Tarn\Capture below HKEY_LOCAL_MACHINE where it is not set. Secrets are kept for "1", or a number
-/// other than 0.
+/// From TARN_CAPTURE and TARN_CAPTURE_SECRETS. Where a variable is not set, from the value "File" or "Secrets" of the
+/// key Software\Vantrell\Tarn\Capture below HKEY_LOCAL_MACHINE. The variable keeps secrets where it is "1", the
+/// registry where the number is not 0.
 Settings ReadSettings();
 
 }  // namespace recorder

@@ -1,6 +1,6 @@
 /// The eight functions as the finder reaches them in the recorder: the linker turns its calls into __wrap_…, and
-/// __real_… into the platform library's own. Each makes the one call, with the arguments as they are, and then records
-/// it.
+/// __real_… into the platform library's own. Each makes the one call, with its arguments as they are (a callback
+/// is wrapped), and then records it.
 #include <cstring>
 #include <string>
 #include <utility>
@@ -166,7 +166,7 @@ std::uint8_t __wrap_TarnDBI_ReleaseReference(void* reply) {
 
 void __wrap_TarnLiveStream_Destroy(Tarn::TTarnLiveStream* stream) {
   Recording* const recording = Recording::Get();
-  // Before: the next stream may have the same handle.
+  // Taken out before the call, because another thread may get the same handle for a new stream right after it.
   while (recording && recording->GetCallbacks().Take(stream, nullptr)) {
   }
   const Stopwatch watch;

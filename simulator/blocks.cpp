@@ -91,6 +91,7 @@ Block AssembledBlock(const CameraRecord& record) {
   writer.AddText(ctIpAddress, record.ip);
   writer.AddText(ctVendorDisplayName, record.vendorDisplayName);
   for (const std::string& plugin : record.pluginNames) writer.AddText(ctPluginName, plugin);
+  // Length 0, because a parser of this type skips that many bytes behind the byte.
   writer.AddByte(ctCtt, record.ctt, 0);
   return writer.Finish(fmtAssembledCamera);
 }

@@ -20,7 +20,7 @@ struct Block {
 
 Block PictureBlock(const std::string& text, std::span<const std::uint8_t> picture);
 Block ValuesBlock(const std::string& text, std::span<const std::uint64_t> values);
-/// type is one of those that carry a record.
+/// Requires a type that carries a record.
 Block RecordBlock(FinderMessageType type, const CameraRecord& record);
 Block AssembledBlock(const CameraRecord& record);
 Block GoneBlock(const CameraRecord& record);

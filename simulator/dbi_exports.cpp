@@ -16,7 +16,7 @@ void RememberInternalFailure(const char* description) noexcept {
   simulator::Failure failure;
   try {
     failure.description = description;
-  } catch (...) {  // no memory for the text: the code alone is set
+  } catch (...) {  // no memory for the text: the description stays empty
   }
   simulator::RememberFailure(failure);
 }

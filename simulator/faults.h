@@ -15,8 +15,8 @@ class FunctionFaults {
  public:
   explicit FunctionFaults(std::shared_ptr<const Scenario> scenario) : scenario_(std::move(scenario)) {}
 
-  /// Counts a call, waits for the delay of its faults, and returns the outcome that the call must have. Sets the
-  /// calling thread's last failure where the outcome is a failure.
+  /// Counts a call, waits for the delay of its faults, and returns the outcome that the call must have. A failure with
+  /// a record sets the calling thread's last failure; a failure without one clears it.
   Outcome EnterCall(Function function);
 
  private:

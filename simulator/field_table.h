@@ -13,7 +13,7 @@
 
 namespace simulator {
 
-/// Names the nearest known key, else all of them.
+/// Throws ScenarioMistake, which names the nearest known key, or all of them where none is near.
 [[noreturn]] inline void FailAtUnknownKey(const JsonCursor& object, std::size_t index,
                                           const std::vector<std::string_view>& known) {
   const std::string_view nearest = Kestrel::NearestWord(object.Key(index), known);
@@ -36,7 +36,7 @@ struct Field {
 
 /// Reads the members in the order of the table, not of the file, so that a row may use what the rows above it have
 /// read. A member without a row goes to readOther before that; readOther returns whether it knows the key.
-/// otherKeys: the keys that it knows.
+/// otherKeys: the keys that it knows. Throws ScenarioMistake for an unknown key, and where a required one is missing.
 template <class Target, std::size_t kCount, class ReadOther>
 void ReadObject(const JsonCursor& object, const std::array<Field<Target>, kCount>& fields, Target& target,
                 ReadOther readOther, std::vector<std::string_view> otherKeys = {}) {

@@ -21,7 +21,7 @@ struct VendorRow {
 };
 
 /// The masks cover device families with and without a name, a camera whose plug-in name decides its type, and a mask of
-/// no known family. A camera's hardware address is the vendor's prefix and the camera's index.
+/// no known family. A camera's hardware address is the vendor's prefix and the camera's number, from 1.
 constexpr auto kVendors = std::to_array<VendorRow>({
     {"00:40:8C", 0x40, "Axis IPC", "North Optics", "NX-210 Überblick"},
     {"00:13:23", 0x4000, "ONVIF IPC", "Meridian", "MD-40"},
@@ -95,7 +95,7 @@ void AppendEvents(const GenerateOrder& order, std::size_t index, std::size_t cam
   const bool changes = random.Below(100) < order.changedPercent;
   const bool goes = random.Below(100) < order.gonePercent;
   if (changes) {
-    // An address of another range, so that no other camera has it.
+    // An address of another range, so that no other generated camera has it.
     add(fmtCameraKind1, foundAtMs + kChangedAfterMs).set.push_back([ip = IpOf(128, index)](CameraRecord& record) {
       record.ip = ip;
     });

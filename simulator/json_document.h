@@ -54,9 +54,11 @@ class JsonCursor {
 
   const JsonNode& Node() const { return node_; }
   bool IsNumber() const;
+  /// Flag and Text throw ScenarioMistake for a node of another kind.
   bool Flag() const;
   const std::string& Text() const;
-  /// A whole number; also one that is written with a decimal point or an exponent, up to 2^53.
+  /// A whole number; also one that is written with a decimal point or an exponent, up to 2^53. Throws ScenarioMistake
+  /// for anything else, and for a number below lowest or above highest.
   std::uint64_t Number(std::uint64_t lowest, std::uint64_t highest) const;
 
   [[noreturn]] void Fail(std::string_view what) const;

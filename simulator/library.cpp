@@ -36,7 +36,7 @@ double ReplaySpeed() {
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::string text;
-  // A folder opens, but cannot be read. Only read tells so without an exception; an iterator lets it through.
+  // A folder opens, but cannot be read. read() only sets badbit then; a stream iterator would throw.
   for (std::array<char, 4096> part; file.good();) {
     file.read(part.data(), part.size());
     text.append(part.data(), static_cast<std::size_t>(file.gcount()));

@@ -29,6 +29,7 @@ class Library {
   /// As FunctionFaults::EnterCall; kAsUsual where no scenario has been loaded.
   Outcome EnterCall(Function function);
 
+  /// Requires a loaded scenario.
   Tarn::TTarnLiveStream* CreateStream();
   /// Throws Refused where the handle is not that of an open stream.
   std::shared_ptr<Stream> FindStream(Tarn::TTarnLiveStream* handle);

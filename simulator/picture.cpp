@@ -102,7 +102,8 @@ void AppendPngChunk(Bytes& file, std::string_view type, std::span<const std::uin
   AppendBigEndian(file, Kestrel::Crc32(std::span(file).subspan(checked)));
 }
 
-/// One stored block: nothing is compressed, which keeps the files at a few kilobytes and the code short.
+/// A zlib stream (RFC 1950) of one stored block (RFC 1951). Nothing is compressed, because that keeps the code short,
+/// and the files have only a few kilobytes.
 Bytes ZlibStored(std::span<const std::uint8_t> bytes) {
   static_assert(kHeight * (kWidth + 1) <= 0xFFFF, "a stored block has a length of 16 bits");
   const auto length = static_cast<std::uint32_t>(bytes.size());

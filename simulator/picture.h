@@ -6,8 +6,8 @@
 
 namespace simulator {
 
-/// A PNG file. The shades depend on the seed. An inverted column moves by one with each picture, so that two pictures
-/// of a camera in a row differ.
+/// A PNG file. The shades depend on the seed and the camera. An inverted column moves by one with each picture, so that
+/// successive pictures of a camera differ.
 std::vector<std::uint8_t> MakePicture(std::uint64_t seed, std::uint64_t cameraNumber, std::uint32_t pictureNumber);
 
 }  // namespace simulator

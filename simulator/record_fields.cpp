@@ -67,7 +67,7 @@ Tarn::CameraFinding::TextList ReadAddresses(const JsonCursor& value) {
   return addresses;
 }
 
-/// A number, or a text with its hexadecimal form, because masks are easier to read so.
+/// A number, or a text with its hexadecimal form, because that form is easier to read for a mask.
 template <class Mask>
 Mask ReadMask(const JsonCursor& value) {
   constexpr Mask kHighest = std::numeric_limits<Mask>::max();

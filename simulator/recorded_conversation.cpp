@@ -23,7 +23,7 @@ namespace {
 using capture::Frame;
 using capture::PartKind;
 
-/// Each failed or slow call is a fault of its own; of more than these the rest goes as usual.
+/// Each failed or slow call becomes a fault. Calls beyond this number go as usual.
 constexpr std::size_t kMostFaults = 10'000;
 constexpr std::uint64_t kNanosecondsPerMillisecond = 1'000'000;
 constexpr std::string_view kCaptureBegins = "\x0A\x0D\x0D\x0A";
@@ -54,7 +54,7 @@ std::uint32_t CodeOf(std::span<const std::uint8_t> request) {
     Kestrel::ValueList command;
     Tarn::CameraFinding::DecodeRequest(request, command);
     command.Get(Tarn::CameraFinding::kCommandKey, code);
-  } catch (const Kestrel::KestrelException&) {  // no command, so of no kind
+  } catch (const Kestrel::KestrelException&) {  // cannot be read, so it holds no command
   }
   return code;
 }
@@ -114,7 +114,7 @@ class Player {
     streams_.emplace_back();
     return streams_.size() - 1;
   }
-  /// The stream of a handle; a capture that began in the middle has not seen it made.
+  /// The stream of a handle. Adds one where the capture began after the stream was created.
   Stream& StreamOf(std::uint64_t handle) {
     const auto found = open_.find(handle);
     return streams_[found == open_.end() ? (open_[handle] = AddStream()) : found->second];
@@ -146,7 +146,7 @@ class Player {
     faults_.push_back(std::move(fault));
   }
 
-  /// The record of the failure before it on that thread.
+  /// Gives the error record to the last failure on its thread.
   void AddError(const Frame& frame) {
     const auto failure = lastFailure_.find(frame.header.thread);
     const auto part = frame.Find(PartKind::kError);

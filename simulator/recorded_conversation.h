@@ -1,8 +1,8 @@
 /// A capture as something to play: what the server pushed and when, and what it answered to which command.
 ///
-/// Streams are played in the order in which they were created; one more than the capture has plays the last one again.
-/// Blocks come by their time since the stream's callback was registered. A call that failed fails again, with its error
-/// record, and takes as long as it took.
+/// Streams are played in the order in which they were created; a stream beyond those of the capture plays the last one
+/// again. Each block comes as long after its stream's callback was registered as in the capture. A call that failed
+/// fails again, with its error record; a call that took a millisecond or more takes as long again.
 #pragma once
 
 #include <cstdint>
@@ -38,14 +38,14 @@ bool IsCapture(std::string_view content);
 /// The scenario that plays the capture. speed as in a scenario. Throws ScenarioMistake, which names the path.
 Scenario ReadRecordedConversation(std::string_view content, const std::string& path, double speed);
 
-/// Answers the commands of one stream.
+/// Answers the commands of one stream, which calls it under its own lock.
 class CommandReplay {
  public:
-  /// number: of the stream among those of the capture, which must outlive this.
+  /// number: of the stream that it answers for; beyond their end the last one. Requires that `streams` outlives this.
   CommandReplay(const std::vector<RecordedStream>& streams, std::size_t number);
 
-  /// The reply to the same request, the first one that has not been given yet; else to the nearest request of the same
-  /// kind, of this stream if it has one, which is said to the debugger. Nothing where the capture has none.
+  /// The reply to the same request, if possible of this stream and not given before. Else the reply to the most similar
+  /// request of the same command, if possible of this stream; else nothing. The debugger is told of the last two cases.
   std::vector<std::uint8_t> Answer(std::span<const std::uint8_t> request);
 
  private:

@@ -27,7 +27,7 @@ inline constexpr std::size_t kMostCameras = 100'000;
 
 struct CameraPlan {
   std::string name;  ///< UTF-8
-  std::string text;  ///< UTF-8; with its pictures and values. Empty: its hardware address
+  std::string text;  ///< UTF-8; sent with its pictures and values. Empty: its hardware address
   std::shared_ptr<const CameraRecord> record;
   bool present = true;  ///< known to the server before anything happens
 };

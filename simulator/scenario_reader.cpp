@@ -243,7 +243,7 @@ void ReadSpeed(const JsonCursor& value, ScenarioForm& form) {
   form.scenario.speed = instant ? 0 : node.real;
 }
 
-/// Cameras stand before events, because events refer to them by name.
+/// In this order, because events refer to cameras by name, and a fault that only delays is checked against the speed.
 constexpr auto kScenarioFields = std::to_array<Field<ScenarioForm>>({
     {"$schema", [](const JsonCursor& value, ScenarioForm&) { value.Text(); }},
     {"seed",

@@ -122,7 +122,7 @@ void Stream::DeliverBlocks() {
       if (delayMs > 0) changed_.wait_for(guard, scenario_->Scaled(delayMs), [this] { return ended_; });
       registration = registration_;
     }
-    // The callback was unregistered during the delay: the block is lost, as a block under way would be.
+    // The callback was unregistered during the delay: the block is lost, like one that is still on the network.
     if (!registration) continue;
     try {
       registration->Get()->OnGenericData(Tarn::CameraFinding::kFinderBlockKind, block.type, block.bytes.data(),

@@ -70,7 +70,7 @@ class World {
 
   std::shared_ptr<const Scenario> scenario_;
   const RecordedStream* recorded_ = nullptr;  ///< played in place of the events; null for none
-  std::vector<Camera> cameras_;  ///< in the order of the scenario
+  std::vector<Camera> cameras_;               ///< in the order of the scenario
   std::deque<PendingPush> pushes_;
   std::size_t nextEvent_ = 0;
   Clock::time_point timelineStart_;

@@ -59,7 +59,7 @@ class NotingWizard final : public wire::INewCameraDataCallback {
   BlockOutcome& outcome_;
 };
 
-/// What a block holds, as far as the reasons for dropping one go.
+/// The parts of a block that tell why it was dropped.
 struct Contents {
   std::string text;  ///< of the last chunk that says which camera, or the record's MAC
   std::string ip;

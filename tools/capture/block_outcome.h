@@ -14,12 +14,12 @@ struct DeliveredCamera {
   std::string mac;
   std::string ip;
   std::string model;
-  nlohmann::ordered_json object;  ///< as `tarnfind search --json` shows it, without its password
+  nlohmann::ordered_json object;  ///< as `tarnfind search --json` shows it, with its password masked
 };
 
 struct BlockOutcome {
   bool delivered = false;
-  std::string what;  ///< what the wizard gets; else why it gets nothing, beginning with a word of the dissector's
+  std::string what;  ///< what the wizard gets; else why it gets nothing, in the words of tarn.dropped if it has any
   std::string mac;   ///< also of a dropped block, where one is to be found in it
   std::string ip;
   std::optional<DeliveredCamera> camera;

@@ -16,8 +16,8 @@ using CameraSet = std::map<std::string, nlohmann::ordered_json>;
 /// Throws WrongUse for anything else.
 CameraSet ReadCameraSet(const std::string& path);
 
-/// Takes one object of `search --json` into the set. The hardware address of the camera in it, in capitals: empty where
-/// it shows none, nullopt where it shows one without an address.
+/// Takes one object of `search --json` into the set. Returns the hardware address of its camera, in capitals: empty
+/// where the object shows no camera, nullopt where it shows a camera without an address.
 std::optional<std::string> TakeCameraObject(CameraSet& cameras, const nlohmann::ordered_json& object);
 
 struct FieldChange {

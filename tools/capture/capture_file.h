@@ -11,8 +11,8 @@ namespace tarnfind {
 
 class CaptureFile final : public capture::ByteSource {
  public:
-  /// Throws WrongUse where the file cannot be opened. `isEnough`: with it, the end of the file is waited at until it
-  /// says yes.
+  /// Throws WrongUse where the file cannot be opened. With `isEnough`, Read waits for more at the end of the file,
+  /// until isEnough returns true.
   explicit CaptureFile(const std::string& path, std::function<bool()> isEnough = {});
 
   std::size_t Read(void* target, std::size_t size) override;

@@ -183,7 +183,7 @@ RecordedEvent Conversation::ReadBlock(const Frame& frame) {
   event.failed = !event.block->delivered;
   event.what = fmt::format("block type {}, {}", frame.header.messageType, Counted(block.size(), "byte"));
   event.outcome = (event.failed ? "dropped: " : "") + Printable(event.block->what);
-  // With pictures and values the text is the server's name of the camera, which may be another one.
+  // With pictures and values the text is the server's name of the camera, which need not be its hardware address.
   if (frame.header.messageType >= fmtCameraKind3 || StandardMac(event.block->mac))
     AddUnlessEmpty(event.macs, event.block->mac);
   AddUnlessEmpty(event.ips, event.block->ip);

@@ -34,7 +34,7 @@ struct RecordedEvent {
   std::optional<capture::ErrorRecord> error;
 };
 
-/// Frames in their order, because what a block meets depends on the calls before it.
+/// Takes frames in their order, because what becomes of a block depends on the calls before it.
 class Conversation {
  public:
   /// The event is valid as long as the frame.
@@ -44,10 +44,10 @@ class Conversation {
   RecordedEvent ReadCall(const capture::Frame& frame);
   RecordedEvent ReadBlock(const capture::Frame& frame);
 
-  std::map<std::uint64_t, int> registered_;  ///< callbacks, by stream; of one that is not there nothing is known
+  std::map<std::uint64_t, int> registered_;  ///< number of callbacks, by stream; nothing is known of a missing one
 };
 
-/// Of a function, without the library's prefix.
+/// The name of the function, without the library's prefix, or of the event.
 std::string ShortName(const capture::Frame& frame);
 
 }  // namespace tarnfind

@@ -10,7 +10,7 @@
 namespace tarnfind {
 namespace {
 
-/// Compared without regard to case, as people write addresses and names.
+/// Both sides of a comparison go through it, because people write addresses and names in either case.
 std::string Lower(std::string_view text) {
   std::string lower(text);
   std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });

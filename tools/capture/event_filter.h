@@ -9,7 +9,7 @@
 namespace tarnfind {
 
 /// An empty text for "mac=…", "ip=…", "function=…" or "type=…", else what is wrong with it. Brings an address into its
-/// standard form.
+/// standard form, and any value into lower case.
 std::string NormaliseEventFilter(std::string& text);
 
 /// Whether an event matches all filters. function: a part of the name of a function, command or event; type: a block's

@@ -309,7 +309,7 @@ Explanation Explainer::Explain() const {
   return explanation;
 }
 
-/// The first of these that holds is the answer.
+/// The verdict is that of the first row that holds.
 void Explainer::Judge(Explanation& explanation) const {
   const auto failed = [&](Function function) {
     const auto found = calls_.find(function);

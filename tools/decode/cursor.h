@@ -53,7 +53,7 @@ class Cursor {
     node.fields.push_back({offset, sizeof number, fmt::format("{} {}", what, number)});
     return number;
   }
-  /// The next bytes as a cursor of their own, which need not be used up.
+  /// The next bytes as a cursor of their own, which need not be used up. Requires that so many bytes remain.
   Cursor Split(std::size_t size) {
     const Cursor part(bytes_, layer_, at_, at_ + size);
     at_ += size;

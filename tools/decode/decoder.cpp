@@ -108,7 +108,7 @@ class Decoder {
     if (length < unit) cursor.Fail(node, "room for a terminator", fmt::format("length {}", length));
     if (length > cursor.GetRemaining()) {
       const std::size_t here = cursor.GetRemaining();
-      // The cameras that are there were meant.
+      // Decodes what is there, so that the cameras in it are shown.
       Cursor text = cursor.Split(here / unit * unit);
       DecodeText(text, node, unit);
       cursor.Fail(node, fmt::format("a text of {}", Counted(length)), Counted(here));
@@ -143,7 +143,7 @@ class Decoder {
     Contain(inner, node, [&] { DecodeList(inner, Add(node, inner, "list"), 0); });
   }
 
-  /// Runs the decoding of a part whose end is known: damage in it ends it alone, and what is left of it is shown.
+  /// Runs the decoding of a part whose end is known: damage in it ends only this part, and the rest of it is shown.
   template <class Decoding>
   void Contain(Cursor& part, Node& node, Decoding decoding) {
     try {

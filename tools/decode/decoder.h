@@ -1,7 +1,7 @@
 /// Decodes messages into a tree that shows each byte, up to the byte where one stops making sense.
 ///
 /// Nothing throws for what the bytes say. Memory is bounded by kMostNodes and the size of the input; binary data is
-/// unfolded down to kDeepest levels. An address in a value is shown, never followed.
+/// unfolded down to kDeepest levels. A memory address in a value is shown, never followed.
 #pragma once
 
 #include <cstddef>

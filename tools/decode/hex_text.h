@@ -10,7 +10,7 @@
 
 namespace tarnfind {
 
-/// Two small digits a byte, nothing between.
+/// Two lower-case digits for each byte, nothing between them.
 std::string HexText(std::span<const std::uint8_t> bytes);
 /// The bytes of pairs of digits, with blanks, line ends or commas between pairs; nothing where anything else stands
 /// there.

@@ -92,7 +92,8 @@ std::optional<std::string> TextOfUtf16(const Bytes& bytes) {
   return text;
 }
 
-/// The bytes that a text stands for: base64 of a value list, else hexadecimal, else base64 of another message.
+/// The bytes that a text stands for: base64 of a value list, else a dump, else hexadecimal digits, else base64 of
+/// another message.
 std::optional<Bytes> BytesOfText(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t\r\n");
   if (first == std::string_view::npos) return std::nullopt;

@@ -1,4 +1,4 @@
-/// What was given to decode: its bytes, out of whatever text they were copied as, and what they are.
+/// The input of decode: its bytes, read out of a text where they were copied as one, and which message they are.
 #pragma once
 
 #include <string>

@@ -1,9 +1,10 @@
 /// Decoded messages as JSON, and the way back to bytes.
 ///
 /// A node is an object: "type", "name" and "value" where it has them, "meaning" for people, "items" for what it is made
-/// of, "damage" where decoding stopped. Lengths, counts and terminators are not told: they follow from the rest. Where
-/// they do not, because a message is damaged or written in an unusual way, the object has its exact "bytes" in
-/// hexadecimal, and these count: remove them to encode what stands beside them.
+/// of, "damage" where decoding stopped. Lengths, counts and terminators are not told: they follow from the rest, except
+/// the "length" of a chunk that is not the size of its payload. Where the rest does not give the same bytes, because a
+/// message is damaged or written in an unusual way, the object has its exact "bytes" in hexadecimal, and these count:
+/// remove them to encode what stands beside them.
 ///
 /// Encode(ToJson(Decode(bytes))) gives the bytes again, whatever they are.
 #pragma once

@@ -27,7 +27,7 @@ struct Field {
 
 struct Node {
   std::string type;                           ///< how its bytes are read; the encoder goes by it
-  std::optional<std::string> name;            ///< of an entry, a list or an argument; valid UTF-8
+  std::optional<std::string> name;            ///< of an entry, a list, a frame or an argument; valid UTF-8
   nlohmann::ordered_json value;               ///< null where the children are the value
   std::optional<std::uint64_t> statedLength;  ///< of a chunk whose length is not the size of its payload
   std::string meaning;                        ///< for people; empty where the value says it all

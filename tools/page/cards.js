@@ -34,7 +34,7 @@ function fillPicture(frame, picture, name) {
   frame.replaceChildren(image);
 }
 
-/// Each position of the value lists as a small line. most: of those that are drawn.
+/// Each position of the value lists as a small line. most: how many positions are drawn.
 function fillValues(place, camera, most) {
   const newest = camera.values.at(-1);
   if (place.newest === newest) return;

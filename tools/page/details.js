@@ -1,4 +1,4 @@
-// The own view of one camera: a dialog with all that was told of it.
+// The view of one camera: a dialog with all that was told of it.
 'use strict';
 
 /// Members of the camera's object, with what people call them, in the order of the view.

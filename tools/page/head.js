@@ -54,7 +54,7 @@ function listText() {
       (model.ended ? 'server\'s list did not arrive' : 'server\'s list under way');
 }
 
-/// The loud one: nothing more will come.
+/// The alert: nothing more will come.
 function drawAlert() {
   const alert = byId('alert');
   const {error} = model;

@@ -10,11 +10,11 @@ namespace tarnfind {
 class LineReceiver {
  public:
   virtual ~LineReceiver() = default;
-  /// line: with its end. subject: what the line tells the newest of; empty for nothing.
+  /// line: with its line end. subject: what the line is about; it is then the newest of that subject. Empty: nothing.
   virtual void Add(std::string_view line, std::string_view subject) = 0;
   /// A line that only counts until the next one of its kind.
   virtual void SetState(std::string line) = 0;
-  /// Whether nobody will read them any more.
+  /// Whether nobody reads the lines any more.
   virtual bool IsAbandoned() const { return false; }
 };
 

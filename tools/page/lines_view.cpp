@@ -60,7 +60,7 @@ class LinesView final : public SearchView, private TextOutput {
  private:
   void Write(std::string_view line) override { lines_.Add(line, subject_); }
 
-  /// Where something but the time is another, or as a sign of life.
+  /// Sends the state where something but the time has changed, or kSignOfLife after the one before.
   void SetState(Json state, std::chrono::milliseconds elapsed) {
     if (state == state_ && elapsed < stateElapsed_ + kSignOfLife) return;
     state_ = state;

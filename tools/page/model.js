@@ -131,7 +131,7 @@ class Model {
     const key = Model.keyOf(line.camera);
     const camera = this.byKey.get(key) ?? this.add(key);
     const first = !camera.counted;
-    const change = line.change ?? 'known';  // info does not compare
+    const change = line.change ?? 'known';  // lines of info have none
     this.count(camera, -1);
     const before = camera.told, beforeType = camera.type;
     camera.told = line.camera;
@@ -311,7 +311,8 @@ class Model {
     return (this.byIp.get(camera.told.ip)?.size ?? 0) > 1 && this.byIp.get(camera.told.ip).has(camera);
   }
 
-  /// Those of a filter by state. The sets overlap, because a known camera may have changed and gone.
+  /// Whether the camera is in a set of the filter by state. The sets overlap, because a known camera may have changed
+  /// and gone.
   isOf(camera, set) {
     switch (set) {
       case 'known':

@@ -1,4 +1,4 @@
-// Takes the lines in, draws once per frame, and answers to what people do.
+// Takes the lines in, draws once per frame, and reacts to input.
 'use strict';
 
 const byId = (id) => document.getElementById(id);
@@ -41,7 +41,7 @@ const details = new Details(byId('details'), model, {
 
 function readAddress() { return Object.fromEntries(new URLSearchParams(location.hash.slice(1))); }
 
-/// Changes members of the fragment; null takes one out. Opening a camera makes an entry, so that Back closes it.
+/// Changes members of the fragment; null takes one out. Opening a camera adds to the history, so that Back closes it.
 function writeAddress(changes) {
   const before = readAddress();
   const members = Object.entries({...before, ...changes}).filter(([, value]) => value !== null);

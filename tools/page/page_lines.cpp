@@ -21,7 +21,7 @@ void PageLines::Add(std::string_view line, std::string_view subject) {
     const std::lock_guard lock(mutex_);
     if (!subject.empty()) {
       const auto [newest, first] = newestOf_.try_emplace(std::string(subject), next_);
-      // Trimming has left the line before only because it was the newest.
+      // Trimming has kept the subject's line before this one only because it was the newest.
       const std::uint64_t before = std::exchange(newest->second, next_);
       if (!first && before < trimmed_) Drop(lines_.find(before));
     }

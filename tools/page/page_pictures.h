@@ -13,7 +13,8 @@
 
 namespace tarnfind {
 
-/// The bytes of the file; no more than one beyond what a picture may have. None where it cannot be read.
+/// The bytes of the file. Of a file that is too large, kMostPictureFileBytes and one more, so that ShowablePicture
+/// refuses it. Nothing where it cannot be read.
 std::optional<std::vector<std::uint8_t>> ReadPictureFile(const std::filesystem::path& file);
 
 /// One thread adds, any thread finds.

@@ -58,7 +58,7 @@ std::string MakeToken() {
   return token;
 }
 
-/// Takes as long wherever the texts differ, so that time does not tell how much of the token is right.
+/// Takes the same time wherever the texts differ, so that the time does not tell how much of the token is right.
 bool IsSameText(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
   unsigned different = 0;
@@ -66,7 +66,7 @@ bool IsSameText(std::string_view a, std::string_view b) {
   return different == 0;
 }
 
-/// Empty where an escape is none.
+/// Empty where an escape is malformed.
 std::string PercentDecoded(std::string_view text) {
   const auto digit = [](char c) {
     const std::string_view digits = "0123456789abcdef";
@@ -105,7 +105,7 @@ std::optional<std::string> ShowablePictureOf(const std::filesystem::path& file) 
 
 }  // namespace
 
-/// Everything but the lines runs on its thread.
+/// Everything runs on thread_, except that lines come on the main thread and pictures are made on pictureThread_.
 class PageServer::Server {
  public:
   Server(const Settings& settings, const PagePictures& pictures);
@@ -138,7 +138,7 @@ class PageServer::Server {
   std::size_t connections_ = 0;
   std::size_t openPages_ = 0;
   bool ending_ = false;
-  net::io_context io_{1};  // behind what the connections use that it still owns when it goes
+  net::io_context io_{1};  // after what ~Session uses, because destroying it destroys the last sessions
   tcp::acceptor acceptor_{io_};
   net::steady_timer acceptDelay_{io_};
   net::steady_timer reload_{io_};
@@ -265,7 +265,7 @@ class PageServer::Server::Session : public std::enable_shared_from_this<Session>
       self->SendLines();
     };
   }
-  /// A page sends nothing more, so that what comes is the end of its connection.
+  /// A page sends nothing more, so the next thing to read is the end of its connection.
   void WatchEnd() {
     stream_.socket().async_read_some(net::buffer(&received_, 1),
                                      [self = shared_from_this()](error_code, std::size_t) { self->Close(); });

@@ -25,8 +25,8 @@ class PageServer {
  public:
   struct Settings {
     std::uint16_t port = 0;  ///< 0: one that is free
-    /// The lines count as abandoned once pages have been open and none has been for two seconds, in which a reload
-    /// brings one back. The response with the lines stays open behind the last one, so that this is noticed.
+    /// The lines count as abandoned two seconds after the last open page was closed; a reload takes less. The response
+    /// with the lines stays open behind the last line, because its end tells that the page was closed.
     bool endWithPages = false;
   };
   /// Listens when it returns. Throws WrongUse where the port cannot be had. Requires that `pictures` outlives it.

@@ -32,7 +32,7 @@ class Query {
   }
 }
 
-/// All that can be searched for, in small letters: what the cells say, the rest of the record, and the hardware address
+/// All that can be searched for, in lower case: what the cells say, the rest of the record, and the hardware address
 /// without its separators.
 function searchText(camera) {
   const told = Object.values(camera.told).filter((value) => typeof value === 'string');

@@ -24,7 +24,7 @@ namespace tarnfind {
 namespace {
 
 constexpr std::size_t kLongestLine = 4 << 20;
-/// No line of a search has more; what goes deeper is not followed.
+/// No line of a search has more; a deeper one is refused.
 constexpr int kDeepestLevel = 8;
 constexpr std::size_t kUsualPictures = 500;
 constexpr std::size_t kMostPictures = 1'000'000;
@@ -89,7 +89,7 @@ class LineReader {
   std::uint64_t number_ = 0;
 };
 
-/// Pictures of each camera, by the server's text.
+/// The number of pictures of each camera, by the server's text.
 using PictureCounts = std::unordered_map<std::string, std::size_t>;
 
 bool IsPicture(const Json& line) {
@@ -158,7 +158,7 @@ ReportCounts WriteLines(const ReportSource& source, std::ostream& html) {
   return written;
 }
 
-/// The page in place of whose lines other text stands.
+/// Writes the page; the caller writes other text in place of some of its lines.
 class Template {
  public:
   Template(std::string_view text, std::ostream& html) : rest_(text), html_(html) {}

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Counted for each thread: a file of a few bytes may claim gigabytes.
+// Limited, because a file of a few bytes may claim gigabytes. Each thread has its own limit.
 thread_local std::size_t heldBytes = 0;
 
 /// Stands before each block, so that the size is known when it is freed.

@@ -17,7 +17,7 @@ TemporaryFolder::TemporaryFolder() {
     const std::filesystem::path parent = std::filesystem::temp_directory_path(failed);
     if (failed) break;
     path_ = parent / fmt::format("tarnfind-{:08x}{:08x}", random(), random());
-    if (!std::filesystem::create_directory(path_, failed)) continue;  // somebody has that name
+    if (!std::filesystem::create_directory(path_, failed)) continue;  // that name is taken
     std::filesystem::permissions(path_, std::filesystem::perms::owner_all, failed);
     if (!failed) return;
     break;

@@ -6,7 +6,7 @@
 
 namespace tarnfind {
 
-/// What a run may keep in it of pictures.
+/// How many bytes of pictures a run may keep in it.
 inline constexpr std::uint64_t kMostTemporaryPictureBytes = 256 << 20;
 
 class TemporaryFolder {

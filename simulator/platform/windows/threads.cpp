@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-/// Nothing, because each thread keeps the module loaded by itself.
+/// Empty, because each thread keeps the module loaded by itself.
 struct ThreadGroup::State {};
 
 namespace {
