@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -62,7 +63,26 @@ std::string ChoicesOf(const CLI::Option& option, const CLI::App& app) {
 }
 
 /// Values that are names of files or folders.
-constexpr std::string_view kFiles[] = {"FILE", "FOLDER", "PATH", "PROGRAM", "CAPTURE", "REDACTED", "BEFORE", "AFTER"};
+constexpr std::string_view kFiles[] = {"FILE",     "FOLDER", "PATH",  "PROGRAM", "CAPTURE",
+                                       "REDACTED", "BEFORE", "AFTER", "LINES"};
+
+bool IsFile(const CLI::Option& option) {
+  return std::ranges::find(kFiles, KindOf(option)) != std::end(kFiles);
+}
+
+/// "--output|-o|--report": the options whose value is a file, each once.
+std::string FileOptions(const CLI::App& app) {
+  std::vector<const CLI::App*> apps = CommandsOf(app);
+  apps.push_back(&app);
+  std::set<std::string> names;
+  for (const CLI::App* const each : apps)
+    for (const CLI::Option* const option : OptionsOf(*each)) {
+      if (!IsFile(*option)) continue;
+      for (const std::string& name : option->get_lnames()) names.insert("--" + name);
+      for (const std::string& name : option->get_snames()) names.insert("-" + name);
+    }
+  return fmt::format("{}", fmt::join(names, "|"));
+}
 
 /// Each of the characters gets `escape` before it.
 std::string Escaped(const std::string& text, std::string_view characters, std::string_view escape) {
@@ -83,10 +103,11 @@ std::string ShellText(const std::string& text) {
 
 /// ":COLUMN:(mac ip)", ":FILE:_files", or ":SECONDS: " where nothing can be offered.
 std::string ZshValue(const CLI::Option& option, const CLI::App& app) {
-  const std::string kind = KindOf(option);
   const std::string choices = ChoicesOf(option, app);
-  const bool isFile = std::ranges::find(kFiles, kind) != std::end(kFiles);
-  return fmt::format(":{}:{}", kind, !choices.empty() ? '(' + choices + ')' : isFile ? "_files" : " ");
+  return fmt::format(":{}:{}", KindOf(option),
+                     !choices.empty() ? '(' + choices + ')'
+                     : IsFile(option) ? "_files"
+                                      : " ");
 }
 
 /// Options and arguments of a command, each a line.
@@ -158,13 +179,14 @@ _tarnfind() {{
   esac
   case $previous in
     --sort) words='{}' ;;
-    --pictures|--report|--output|--password-file|--from|--remaining|--exec|--library) return ;;
+    {}) return ;;
   esac
   COMPREPLY=($(compgen -W "$words" -- "$current"))
 }}
 complete -o default -F _tarnfind tarnfind
 )",
-                     cases, fmt::join(CommandNames(app), " "), fmt::join(LongNames(app), " "), columns);
+                     cases, fmt::join(CommandNames(app), " "), fmt::join(LongNames(app), " "), columns,
+                     FileOptions(app));
 }
 
 std::string ZshCompletion(const CLI::App& app) {
