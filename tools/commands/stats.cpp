@@ -55,6 +55,30 @@ struct Row {
 /// Limits, because a damaged file can name anything. Further rows count as "other"; further deliveries are not timed.
 constexpr std::size_t kMostRows = 200;
 constexpr std::size_t kMostThreads = 1000;
+constexpr std::size_t kMostNested = 1000;
+
+/// The deliveries on one thread, which end in the reverse order of their beginning.
+class Deliveries {
+ public:
+  void Begin(const std::string& name) {
+    if (names_.size() < kMostNested)
+      names_.push_back(name);
+    else
+      ++unnamed_;
+  }
+  /// The name of the one that ends; empty for one beyond the limit. Requires one that has begun.
+  std::string End() {
+    if (unnamed_ > 0) return --unnamed_, std::string();
+    std::string name = std::move(names_.back());
+    names_.pop_back();
+    return name;
+  }
+  bool AllEnded() const { return names_.empty(); }
+
+ private:
+  std::vector<std::string> names_;
+  std::uint64_t unnamed_ = 0;
+};
 
 class Statistics {
  public:
@@ -74,27 +98,25 @@ class Statistics {
     row.most = std::max(row.most, bytes);
     if (!event.block)
       row.AddTime(header.duration);
-    else if (open_.size() < kMostThreads)
-      open_[header.thread].push_back(name);
+    else if (open_.size() < kMostThreads || open_.contains(header.thread))
+      open_[header.thread].Begin(name);
   }
 
   const std::map<std::string, Row>& GetRows() const { return rows_; }
 
  private:
-  /// Deliveries on a thread end in the reverse order of their beginning.
   void AddDelivery(const capture::FrameHeader& header) {
     const auto open = open_.find(header.thread);
     if (open == open_.end()) return;
-    RowOf(open->second.back()).AddTime(header.duration);
-    open->second.pop_back();
-    if (open->second.empty()) open_.erase(open);
+    if (const std::string name = open->second.End(); !name.empty()) RowOf(name).AddTime(header.duration);
+    if (open->second.AllEnded()) open_.erase(open);
   }
   Row& RowOf(const std::string& name) {
     return rows_.size() < kMostRows || rows_.contains(name) ? rows_[name] : rows_["other"];
   }
 
   std::map<std::string, Row> rows_;
-  std::map<std::uint32_t, std::vector<std::string>> open_;  ///< names of blocks under delivery, by thread
+  std::map<std::uint32_t, Deliveries> open_;  ///< under way, by thread
 };
 
 std::string Bars(const Row& row) {
