@@ -3,14 +3,13 @@
 #include <cerrno>
 #include <system_error>
 
-#include "tools/platform.h"
 #include "tools/text.h"
 
 namespace tarnfind {
 
 std::string ErrorText(const std::exception& error) {
   const std::string text = error.what();
-  return OneLine(IsValidUtf8(text) ? text : platform::Utf8FromSystemText(text));
+  return OneLine(IsValidUtf8(text) ? text : Utf8FromSystemText(text));
 }
 
 std::string FileFailureReason() {

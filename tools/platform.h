@@ -84,10 +84,6 @@ std::string OpenInBrowser(const std::string& address);
 /// listen there at the same time.
 void PrepareListener(std::uintptr_t socket);
 
-/// UTF-8 of a text in the system's code page, which is what the library's exceptions carry. Where a byte cannot be
-/// converted, Linux gives the text as it is, and Windows puts a replacement character there.
-std::string Utf8FromSystemText(const std::string& text);
-
 /// For this process, and for its libraries with the same C runtime.
 void SetEnvironment(const std::string& name, const std::string& value);
 

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/text_conversion.h"
+
 namespace tarnfind {
 
 namespace {
@@ -137,6 +139,10 @@ std::string TakeBstr(BSTR text) {
   if (!text) return {};
   const std::unique_ptr<OLECHAR, decltype(&SysFreeString)> owner(text, &SysFreeString);
   return Utf8FromUtf16({text, SysStringByteLen(text) / sizeof(OLECHAR)});
+}
+
+std::string Utf8FromSystemText(std::string_view text) {
+  return Utf8FromUtf16(Kestrel::AnsiToWideOrAscii(text));
 }
 
 bool IsControl(char32_t codePoint) {

@@ -23,6 +23,8 @@ bool IsValidUtf8(std::string_view text);
 /// A unit or byte without meaning becomes U+FFFD.
 std::string Utf8FromUtf16(std::u16string_view text);
 std::u16string Utf16FromUtf8(std::string_view text);
+/// From the system's code page, which is that of the library's exceptions; the same setting decides.
+std::string Utf8FromSystemText(std::string_view text);
 std::filesystem::path PathFromUtf8(std::string_view text);
 std::string Utf8FromPath(const std::filesystem::path& path);
 /// Takes the BSTR over and frees it on every path. Returns its text, NULs included. Null counts as empty.

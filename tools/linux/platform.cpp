@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <iconv.h>
 #include <link.h>
 #include <poll.h>
 #include <signal.h>
@@ -164,27 +163,6 @@ std::string LoadedModuleFile(const std::string& name) {
 
 void* FindSymbol(void* module, const char* name) {
   return dlsym(module, name);
-}
-
-// The library takes its code page from the same setting, and 1252 where it is not set or empty.
-std::string Utf8FromSystemText(const std::string& text) {
-  const char* const setting = std::getenv("TARN_ANSI_CODE_PAGE");
-  const iconv_t converter = iconv_open("UTF-8", ("CP" + std::string(setting && *setting ? setting : "1252")).c_str());
-  if (converter == reinterpret_cast<iconv_t>(-1)) return text;
-  std::string source = text;
-  std::string result(text.size() * 4, '\0');  // no character takes more
-  char* from = source.data();
-  std::size_t left = source.size();
-  char* to = result.data();
-  std::size_t room = result.size();
-  constexpr auto kFailed = static_cast<std::size_t>(-1);
-  // The second call gets the letter that the pages with combining characters hold back.
-  const bool converted = iconv(converter, &from, &left, &to, &room) != kFailed &&
-                         iconv(converter, nullptr, nullptr, &to, &room) != kFailed;
-  iconv_close(converter);
-  if (!converted) return text;
-  result.resize(result.size() - room);
-  return result;
 }
 
 ProgramResult RunProgram(const std::string& program, const std::vector<std::string>& variables,

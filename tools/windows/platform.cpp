@@ -119,12 +119,14 @@ LONG CALLBACK OnDebuggerText(EXCEPTION_POINTERS* pointers) {
   if (!wide && record.ExceptionCode != kNarrowDebuggerText) return EXCEPTION_CONTINUE_SEARCH;
   const std::size_t length = record.ExceptionInformation[0];
   if (record.NumberParameters >= 2 && length > 1 && length < std::numeric_limits<int>::max()) {
-    if (wide)
+    if (wide) {
       WriteDebuggerText(
           Utf8(reinterpret_cast<const WCHAR*>(record.ExceptionInformation[1]), static_cast<int>(length) - 1));
-    else
-      WriteDebuggerText(
-          Utf8FromSystemText({reinterpret_cast<const char*>(record.ExceptionInformation[1]), length - 1}));
+    } else {
+      const std::vector<WCHAR> text =
+          Wide(CP_ACP, {reinterpret_cast<const char*>(record.ExceptionInformation[1]), length - 1});
+      WriteDebuggerText(Utf8(text.data(), static_cast<int>(text.size())));
+    }
   }
   return EXCEPTION_CONTINUE_EXECUTION;
 }
@@ -276,11 +278,6 @@ std::string LoadedModuleFile(const std::string& name) {
 
 void* FindSymbol(void* module, const char* name) {
   return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name));
-}
-
-std::string Utf8FromSystemText(const std::string& text) {
-  const std::vector<WCHAR> wide = Wide(CP_ACP, text);
-  return Utf8(wide.data(), static_cast<int>(wide.size()));
 }
 
 namespace {
