@@ -10,6 +10,11 @@
 
 namespace tarnfind {
 
+bool IsSameFile(const std::string& first, const std::string& second) {
+  std::error_code none;
+  return std::filesystem::equivalent(PathFromUtf8(first), PathFromUtf8(second), none);
+}
+
 ReplacedFile::ReplacedFile(const std::string& file)
     : file_(file), path_(PathFromUtf8(file)), part_(PathFromUtf8(file + ".part")) {
   errno = 0;
@@ -22,6 +27,12 @@ ReplacedFile::~ReplacedFile() {
   stream_.close();
   std::error_code left;
   std::filesystem::remove(part_, left);
+}
+
+void ReplacedFile::Write(std::span<const std::byte> bytes) {
+  errno = 0;
+  stream_.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  if (!stream_) Fail(FileFailureReason());
 }
 
 void ReplacedFile::Finish() {

@@ -1,11 +1,16 @@
 /// A file that takes the place of another only when all of it is written.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <span>
 #include <string>
 
 namespace tarnfind {
+
+/// Whether both names, in UTF-8, are those of one file that exists.
+bool IsSameFile(const std::string& first, const std::string& second);
 
 class ReplacedFile {
  public:
@@ -17,6 +22,8 @@ class ReplacedFile {
   ReplacedFile& operator=(const ReplacedFile&) = delete;
 
   std::ostream& Stream() { return stream_; }
+  /// Throws Failure where the bytes could not be written.
+  void Write(std::span<const std::byte> bytes);
   /// Puts the file in place. Throws Failure where it, or anything before, could not be written.
   void Finish();
 

@@ -221,6 +221,8 @@ TEST(Redact, LeavesTheConversationAndTakesTheCredentials) {
                  }()),
             "2 frames with credentials out of 6 frames\n");
   EXPECT_THROW(Told(RunRedact, options), WrongUse) << "the file itself";
+  options.target += "/below a file";
+  EXPECT_THROW(Told(RunRedact, options), Failure);
 }
 
 /// What can go wrong, each with what is said of it.

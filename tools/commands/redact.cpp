@@ -1,7 +1,5 @@
 #include <fmt/format.h>
 
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "capture/frame_writer.h"
@@ -10,34 +8,26 @@
 #include "tools/commands/commands.h"
 #include "tools/failure.h"
 #include "tools/json_objects.h"
+#include "tools/replaced_file.h"
 #include "tools/text.h"
 
 namespace tarnfind {
 
 namespace {
 
+/// Throws Failure where the file does not take everything.
 class FileSink final : public capture::ByteSink {
  public:
-  explicit FileSink(const std::string& path) : file_(PathFromUtf8(path), std::ios::binary | std::ios::trunc) {}
+  explicit FileSink(ReplacedFile& file) : file_(file) {}
 
   bool Append(std::span<const platform::BytePiece> pieces) override {
-    for (const platform::BytePiece piece : pieces)
-      file_.write(reinterpret_cast<const char*>(piece.data()), static_cast<std::streamsize>(piece.size()));
-    return static_cast<bool>(file_);
-  }
-  bool Close() {
-    file_.close();
-    return static_cast<bool>(file_);
+    for (const platform::BytePiece piece : pieces) file_.Write(piece);
+    return true;
   }
 
  private:
-  std::ofstream file_;
+  ReplacedFile& file_;
 };
-
-bool IsSameFile(const std::string& first, const std::string& second) {
-  std::error_code none;
-  return std::filesystem::equivalent(PathFromUtf8(first), PathFromUtf8(second), none);
-}
 
 }  // namespace
 
@@ -45,10 +35,11 @@ void RunRedact(const Options& options, TextOutput& output) {
   const std::string& target = options.capture.target;
   CaptureFile file(options.capture.file);
   if (IsSameFile(options.capture.file, target)) throw WrongUse("the redacted capture must be another file");
-  FileSink sink(target);
+  ReplacedFile redacted(target);
+  FileSink sink(redacted);
   capture::FrameWriter writer(sink);
   std::uint64_t frames = 0, changed = 0;
-  bool written = writer.WriteSectionStart();
+  writer.WriteSectionStart();
   const std::string note = ReadFrames(file, [&](const capture::Frame& frame) {
     std::vector<std::uint8_t> body = frame.body;
     capture::FrameHeader header = frame.header;
@@ -60,9 +51,9 @@ void RunRedact(const Options& options, TextOutput& output) {
     ++frames;
     capture::FrameParts parts;
     parts.AddEncoded(std::as_bytes(std::span(body)));
-    written = written && writer.WriteFrame(header, frame.time, parts);
+    writer.WriteFrame(header, frame.time, parts);
   });
-  if (!sink.Close() || !written) throw Failure(fmt::format("{} cannot be written", Printable(target)));
+  redacted.Finish();
   if (options.json)
     output.Write(JsonLine({{"event", "summary"}, {"command", "redact"}, {"frames", frames}, {"changed", changed}}));
   else

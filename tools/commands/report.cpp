@@ -64,9 +64,7 @@ void RunSearchWithReport(const Options& options, TextOutput& output) {
 void RunReport(const Options& options, TextOutput& output) {
   const std::string& source = options.page.lines;
   const std::string& target = options.page.report;
-  std::error_code none;
-  if (std::filesystem::equivalent(PathFromUtf8(source), PathFromUtf8(target), none))
-    throw WrongUse("the report must be another file than the lines");
+  if (IsSameFile(source, target)) throw WrongUse("the report must be another file than the lines");
   std::optional<std::filesystem::path> pictures;
   if (!options.pictures.path.empty()) pictures = PathFromUtf8(options.pictures.path);
   ReplacedFile report(target);
