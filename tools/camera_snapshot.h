@@ -12,6 +12,9 @@ namespace tarnfind {
 /// User name and password of a camera whose credentials nobody has supplied.
 inline const std::string kUnsetCredential = Utf8FromUtf16(Tarn::CameraFinding::UnsetCredential);
 
+/// How a server says that there is no IP address.
+inline constexpr char kNoIpAddress[] = "0.0.0.0";
+
 /// How much of a camera a message tells, or all messages together. Each level includes those before it.
 enum class Told {
   kMac,         ///< the hardware address alone: the message that a camera has gone

@@ -10,7 +10,6 @@ namespace tarnfind {
 namespace {
 
 constexpr char kUnknownAddress[] = "UNKNOWN";
-constexpr char kNoIp[] = "0.0.0.0";
 
 std::string AddressOf(const CameraSnapshot& camera) {
   if (camera.mac == kUnknownAddress) return camera.mac + ' ' + camera.ip;
@@ -18,7 +17,7 @@ std::string AddressOf(const CameraSnapshot& camera) {
 }
 
 bool HasIp(const FoundCamera& found) {
-  return !found.IsGone() && !found.camera.ip.empty() && found.camera.ip != kNoIp;
+  return !found.IsGone() && !found.camera.ip.empty() && found.camera.ip != kNoIpAddress;
 }
 
 bool ByArrival(const FoundCamera* a, const FoundCamera* b) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <list>
 #include <string>
 #include <unordered_map>
@@ -32,6 +33,11 @@ inline constexpr ChangeRow kChanges[] = {
     {Change::kSame, '=', "same", ""},
     {Change::kGone, '-', "gone", "\x1b[31m"},
 };
+static_assert([] {
+  for (std::size_t i = 0; i < std::size(kChanges); ++i)
+    if (static_cast<std::size_t>(kChanges[i].change) != i) return false;
+  return true;
+}());
 constexpr const ChangeRow& RowOf(Change change) {
   return kChanges[static_cast<std::size_t>(change)];
 }

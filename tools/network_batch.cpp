@@ -54,7 +54,12 @@ constexpr BatchColumn kColumns[] = {
     {"user", Take<&NetworkChange::user, CheckText>},
     {"password", Take<&NetworkChange::password, CheckText>},
 };
-constexpr char kColumnNames[] = "mac, ip, mask, gateway, dhcp, user, password";
+
+std::string ColumnNames() {
+  std::string names;
+  for (const BatchColumn& column : kColumns) names += fmt::format("{}{}", names.empty() ? "" : ", ", column.name);
+  return names;
+}
 
 /// Reads the file line by line; every mistake names its place.
 class BatchReader {
@@ -63,7 +68,7 @@ class BatchReader {
 
   NetworkBatch Read() {
     NetworkBatch batch;
-    if (!NextLine()) Fail("is empty; the first line names the columns: " + std::string(kColumnNames));
+    if (!NextLine()) Fail("is empty; the first line names the columns: " + ColumnNames());
     batch.header = line_;
     const std::vector<const BatchColumn*> columns = ReadHeader();
     while (NextLine()) {
@@ -88,7 +93,7 @@ class BatchReader {
       const auto* const column =
           std::find_if(std::begin(kColumns), std::end(kColumns), [&](const BatchColumn& c) { return c.name == name; });
       if (column == std::end(kColumns))
-        Fail(fmt::format("there is no column \"{}\"; columns are {}", Printable(name), kColumnNames));
+        Fail(fmt::format("there is no column \"{}\"; columns are {}", Printable(name), ColumnNames()));
       if (std::find(columns.begin(), columns.end(), column) != columns.end())
         Fail(fmt::format("the column {} stands there twice", name));
       columns.push_back(column);

@@ -80,7 +80,7 @@ std::optional<Network> NetworkOf(const CameraSnapshot& camera) {
 }
 
 bool HasGateway(const CameraSnapshot& camera) {
-  return !camera.gateway.empty() && camera.gateway != "0.0.0.0";
+  return !camera.gateway.empty() && camera.gateway != kNoIpAddress;
 }
 
 void CheckGateway(const CameraSnapshot& wanted, std::vector<Objection>& objections) {

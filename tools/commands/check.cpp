@@ -14,12 +14,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr double kUsualSeconds = 2;
 constexpr milliseconds kCheckInterval{100};
-
-milliseconds Since(Clock::time_point start) {
-  return std::chrono::duration_cast<milliseconds>(Clock::now() - start);
-}
 
 /// Prints each step as it ends.
 class StepPrinter {
@@ -32,7 +27,7 @@ class StepPrinter {
   /// Unreported steps before the failed one have succeeded; those after it were not tried. The first unreported step
   /// gets the time since the last report.
   void PrintFailed(const std::string& stepName, const std::string& error) {
-    const milliseconds sinceReport = Since(lastReport_);
+    const milliseconds sinceReport = MillisecondsSince(lastReport_);
     const std::size_t first = next_;
     const auto duration = [&] { return next_ == first ? std::optional(sinceReport) : std::nullopt; };
     while (next_ < std::size(kSteps) && kSteps[next_].name != stepName) Print(kSteps[next_].step, "ok", duration(), {});
@@ -72,14 +67,6 @@ class StepPrinter {
   Clock::time_point lastReport_ = Clock::now();
 };
 
-/// Asks about a camera that the server knows, so that an answer is due.
-void AskAbout(const CameraSnapshot& camera, FinderSession& session) {
-  const bool byIp = !camera.ip.empty();
-  session.Call(RowOf(Step::kAnswer).doing, [byIp, text = Utf16FromUtf8(byIp ? camera.ip : camera.mac)](auto& finder) {
-    byIp ? finder.RequestInfoByIp(text.c_str()) : finder.SendMacAddress(text.c_str());
-  });
-}
-
 bool AnythingArrives(FinderSession& session, milliseconds planned) {
   const Clock::time_point deadline = Clock::now() + planned;
   while (Clock::now() < deadline && !platform::Interrupted())
@@ -98,18 +85,19 @@ void RunCheck(const Options& options, TextOutput& output) {
     });
     const Clock::time_point listing = Clock::now();
     const std::vector<CameraSnapshot> cameras = session.List().cameras;
-    printer.PrintDone(Step::kList, Since(listing), Counted(cameras.size(), "camera"));
+    printer.PrintDone(Step::kList, MillisecondsSince(listing), Counted(cameras.size(), "camera"));
 
     const Clock::time_point asking = Clock::now();
-    if (!cameras.empty()) AskAbout(cameras.front(), session);
-    const milliseconds planned = *ReceivingTime(options, kUsualSeconds);
+    // About a camera that the server knows, so that an answer is due.
+    if (!cameras.empty()) AskAbout(session, RowOf(Step::kAnswer).doing, cameras.front().ip, cameras.front().mac);
+    const milliseconds planned = *ReceivingTime(options, kUsualAnswerSeconds);
     if (AnythingArrives(session, planned)) {
-      printer.PrintDone(Step::kAnswer, Since(asking), "the server sends");
+      printer.PrintDone(Step::kAnswer, MillisecondsSince(asking), "the server sends");
       printer.PrintMeaning(true, fmt::format("The server answers. It knows {}.", Counted(cameras.size(), "camera")));
     } else if (platform::Interrupted()) {
       throw Failure("interrupted while waiting for an answer", RowOf(Step::kAnswer).name);
     } else if (cameras.empty()) {
-      printer.PrintDone(Step::kAnswer, Since(asking), "nothing arrived, and nothing was due");
+      printer.PrintDone(Step::kAnswer, MillisecondsSince(asking), "nothing arrived, and nothing was due");
       printer.PrintMeaning(
           true, fmt::format("The channel is open. {}; nothing arrived within {}.", kEmptyList, Seconds(planned)));
     } else {

@@ -10,7 +10,6 @@ namespace tarnfind {
 
 namespace {
 
-constexpr double kUsualSeconds = 2;
 /// How soon Ctrl-C is noticed.
 constexpr std::chrono::milliseconds kCheckInterval{100};
 
@@ -50,12 +49,10 @@ class Enquiry {
 
 void RunInfo(const Options& options, TextOutput& output) {
   const std::string& address = options.ip.empty() ? options.mac : options.ip;
-  const auto planned = *ReceivingTime(options, kUsualSeconds);
+  const auto planned = *ReceivingTime(options, kUsualAnswerSeconds);
   FinderSession session;
   session.Connect(options.library, {});
-  session.Call("asking for " + address, [byIp = !options.ip.empty(), text = Utf16FromUtf8(address)](auto& finder) {
-    byIp ? finder.RequestInfoByIp(text.c_str()) : finder.SendMacAddress(text.c_str());
-  });
+  AskAbout(session, "asking for " + address, options.ip, options.mac);
 
   Enquiry enquiry(options);
   const Clock::time_point start = Clock::now();
@@ -63,11 +60,10 @@ void RunInfo(const Options& options, TextOutput& output) {
     enquiry.Take(session.TakeUntil(std::min(start + planned, Clock::now() + kCheckInterval)));
   enquiry.Take(session.Close());
   if (!enquiry.Found()) {
-    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
     throw Failure(
         fmt::format("nothing arrived about a camera at {} within {}{}; whether the server refused the question "
                     "cannot be known, tarnfind list shows the cameras that it knows",
-                    address, Seconds(elapsed), platform::Interrupted() ? " (interrupted)" : ""));
+                    address, Seconds(MillisecondsSince(start)), platform::Interrupted() ? " (interrupted)" : ""));
   }
   if (options.json) {
     output.Write(JsonLine(enquiry.Object()));

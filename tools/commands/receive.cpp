@@ -15,6 +15,16 @@ std::optional<std::chrono::milliseconds> ReceivingTime(const Options& options, d
   return std::chrono::milliseconds(static_cast<std::int64_t>(options.seconds.value_or(usual) * 1000));
 }
 
+std::chrono::milliseconds MillisecondsSince(Clock::time_point time) {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - time);
+}
+
+void AskAbout(FinderSession& session, const std::string& doing, const std::string& ip, const std::string& mac) {
+  session.Call(doing, [byIp = !ip.empty(), text = Utf16FromUtf8(ip.empty() ? mac : ip)](auto& finder) {
+    byIp ? finder.RequestInfoByIp(text.c_str()) : finder.SendMacAddress(text.c_str());
+  });
+}
+
 FoundCameras::Filter CombinedFilter(const Options& options) {
   if (options.filters.empty()) return {};
   return [filters = options.filters](const FoundCamera& found) {

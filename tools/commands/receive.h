@@ -22,8 +22,15 @@ FoundCameras::Filter CombinedFilter(const Options& options);
 /// Throws Missed where --expect or --expect-mac is not met by the cameras that are shown and have not gone.
 void CheckExpectations(const Options& options, const FoundCameras& cameras);
 
-/// How long a search lasts where --for is not given.
+/// How long a search lasts where --for is not given, and how long a question waits for its answer.
 inline constexpr double kUsualSearchSeconds = 5;
+inline constexpr double kUsualAnswerSeconds = 2;
+
+std::chrono::milliseconds MillisecondsSince(Clock::time_point time);
+
+/// Asks the server about a camera by its IP address or, where that is empty, by its hardware address. doing: as in
+/// FinderSession::Call.
+void AskAbout(FinderSession& session, const std::string& doing, const std::string& ip, const std::string& mac);
 
 /// A command of the finder that a search sends after it has asked for the server's list.
 struct SentCommand {

@@ -13,14 +13,9 @@ namespace tarnfind {
 
 namespace {
 
-constexpr double kUsualAnswerSeconds = 2;
 constexpr std::chrono::milliseconds kRefreshInterval{100};
 /// Events that arrive before the list are kept back for this time, so that known cameras do not show as new ones.
 constexpr std::chrono::milliseconds kListPatience{1000};
-
-std::chrono::milliseconds MillisecondsSince(Clock::time_point time) {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - time);
-}
 
 bool ColoursWanted() {
   const char* const noColour = std::getenv("NO_COLOR");

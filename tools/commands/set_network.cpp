@@ -29,22 +29,28 @@ struct OutcomeRow {
   Outcome outcome;
   const char* word;
   ExitCode code;
-  Json sent;  ///< null: cannot be known
+  std::optional<bool> sent;  ///< empty: cannot be known
 };
 /// Row number = outcome.
+constexpr OutcomeRow kOutcomes[] = {
+    {Outcome::kApplied, "applied", kDone, true},
+    {Outcome::kUnknown, "cannot be known", kDone, true},
+    {Outcome::kNotApplied, "not applied", kMissed, true},
+    {Outcome::kGone, "gone", kMissed, true},
+    {Outcome::kUnconfirmed, "not confirmed", kFailed, true},
+    {Outcome::kNotSent, "failed", kFailed, std::nullopt},
+    {Outcome::kNotTried, "not tried", kFailed, false},
+    {Outcome::kRefused, "refused", kWrongUse, false},
+    {Outcome::kNotFound, "not found", kFailed, false},
+};
+static_assert([] {
+  for (std::size_t i = 0; i < std::size(kOutcomes); ++i)
+    if (static_cast<std::size_t>(kOutcomes[i].outcome) != i) return false;
+  return true;
+}());
+
 const OutcomeRow& RowOf(Outcome outcome) {
-  static const OutcomeRow rows[] = {
-      {Outcome::kApplied, "applied", kDone, true},
-      {Outcome::kUnknown, "cannot be known", kDone, true},
-      {Outcome::kNotApplied, "not applied", kMissed, true},
-      {Outcome::kGone, "gone", kMissed, true},
-      {Outcome::kUnconfirmed, "not confirmed", kFailed, true},
-      {Outcome::kNotSent, "failed", kFailed, nullptr},
-      {Outcome::kNotTried, "not tried", kFailed, false},
-      {Outcome::kRefused, "refused", kWrongUse, false},
-      {Outcome::kNotFound, "not found", kFailed, false},
-  };
-  return rows[static_cast<std::size_t>(outcome)];
+  return kOutcomes[static_cast<std::size_t>(outcome)];
 }
 
 /// One camera's way through the command.
@@ -205,7 +211,7 @@ void Print(const Plan& plan, const Options& options, TextOutput& output) {
   Json object = {{"event", "set-network"},
                  {"mac", plan.change.mac},
                  {"outcome", row.word},
-                 {"sent", row.sent},
+                 {"sent", row.sent ? Json(*row.sent) : Json(nullptr)},
                  {"text", plan.text},
                  {"changes", DifferencesArray(Differences(plan.before, plan.wanted, options.showPasswords))}};
   output.Write(JsonLine(object));
