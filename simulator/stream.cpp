@@ -120,6 +120,7 @@ void Stream::DeliverBlocks() {
       block = world_.TakeBlock();
       const std::uint64_t delayMs = ApplyBlockFaults(*scenario_, number, block.bytes);
       if (delayMs > 0) changed_.wait_for(guard, scenario_->Scaled(delayMs), [this] { return ended_; });
+      if (ended_) return;
       registration = registration_;
     }
     // The callback was unregistered during the delay: the block is lost, like one that is still on the network.
