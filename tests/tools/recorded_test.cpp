@@ -300,6 +300,12 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{"CommandFails",
                  [](auto& c) { c.Search().Fail(Function::kSendSynchDSPCommand, Sample("request-send-mac.bin")); },
                  "Commands failed, and no block arrived.", "send-mac 00:40:8C:12:34:56 at 0.400 s, packet 5: error 7"},
+        FaultRow{"ManyCommandsFail",
+                 [](auto& c) {
+                   c.Search();
+                   for (int i = 0; i < 25; ++i) c.Fail(Function::kSendSynchDSPCommand, Sample("request-bare.bin"));
+                 },
+                 "Commands failed, and no block arrived.", "packet 43: error 7 of class 2 (E): no []\n              and 5 more"},
         FaultRow{"ReleaseFails", [](auto& c) { c.Search().Fail(Function::kReleaseReference); }, "No block arrived",
                  "1 reply could not be released, which costs memory and no cameras."},
         FaultRow{"NothingPushed", [](auto& c) { c.Search(); }, "No block arrived: the server has pushed nothing.",

@@ -26,11 +26,6 @@ constexpr std::uint64_t kSlow = 1'000'000'000;
 constexpr std::size_t kMakersPrefix = 8;  // "00:40:8C"
 constexpr std::size_t kNearestShown = 5;
 
-std::string Upper(std::string text) {
-  std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  return text;
-}
-
 double Seconds(std::uint64_t nanoseconds) {
   return static_cast<double>(nanoseconds) / 1e9;
 }
@@ -97,7 +92,7 @@ void Explainer::Add(const RecordedEvent& event) {
   const bool about = IsAbout(event);
   if (event.block) return AddBlock(event, about);
   if (event.frame->header.event == FrameEvent::kDelivered && event.failed) thrown_.Add(At(event));
-  if (event.frame->header.event == FrameEvent::kDetach) registered_[event.frame->header.stream] = 0;
+  if (event.frame->header.event == FrameEvent::kDetach) registered_.erase(event.frame->header.stream);
   if (event.frame->header.event == FrameEvent::kCall) AddCall(event);
   if (event.command) AddCommand(event, about);
 }
@@ -115,7 +110,8 @@ void Explainer::AddCall(const RecordedEvent& event) {
       --calls.failedWithoutRecord;
       calls.lastFailed = true;
       calls.lastError = event.outcome;
-      if (failure->second == Function::kSendSynchDSPCommand && !failedCommands_.first.empty())
+      const bool lineIsKept = failedCommands_.count == failedCommands_.first.size() && failedCommands_.count > 0;
+      if (failure->second == Function::kSendSynchDSPCommand && lineIsKept)
         failedCommands_.first.back() += ": " + event.outcome;
     }
     lastFailure_.erase(failure);
@@ -125,9 +121,10 @@ void Explainer::AddCall(const RecordedEvent& event) {
   ++calls.count;
   calls.longest = std::max(calls.longest, header.duration);
   calls.lastFailed = false;  // a failure without a record counts as success
-  if (event.failed && lastFailure_.size() < kFullLines) {
+  if (event.failed) {
     ++calls.failedWithoutRecord;
-    lastFailure_[header.thread] = function;
+    if (lastFailure_.size() < kFullLines || lastFailure_.contains(header.thread))
+      lastFailure_[header.thread] = function;
   }
   if (function != Function::kSetGenericDataCallback || event.failed) return;
   const auto arguments = event.frame->GetArguments();
