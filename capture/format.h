@@ -115,6 +115,8 @@ static_assert(sizeof(PartHead) == 12);
 
 // The blocks of pcapng that are written. Each begins with its type and its length, and ends with its length again.
 inline constexpr std::uint32_t kSectionHeader = 0x0A0D0D0A;
+/// The bytes that a capture file begins with: kSectionHeader, which is the same in both byte orders.
+inline constexpr std::string_view kFileBegin = "\x0A\x0D\x0D\x0A";
 inline constexpr std::uint32_t kInterfaceDescription = 1;
 inline constexpr std::uint32_t kEnhancedPacket = 6;
 inline constexpr std::uint32_t kByteOrderMagic = 0x1A2B3C4D;

@@ -30,6 +30,11 @@ class FrameParts {
  public:
   static constexpr std::size_t kMost = 4;
 
+  FrameParts() = default;
+  /// Pieces point into the object itself.
+  FrameParts(const FrameParts&) = delete;
+  FrameParts& operator=(const FrameParts&) = delete;
+
   /// Leaves out a part without bytes, unless it is a reply or a block: that it was empty is worth knowing.
   void Add(PartKind kind, std::span<const std::byte> payload);
   /// Parts that are encoded already, as a frame that was read holds them.

@@ -174,6 +174,12 @@ std::string OneLine(std::string_view text) {
   return Printable(result);
 }
 
+std::string Upper(std::string text) {
+  std::ranges::transform(text, text.begin(),
+                         [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+  return text;
+}
+
 std::string Counted(std::uint64_t count, std::string_view what) {
   return std::to_string(count) + ' ' + std::string(what) + (count == 1 ? "" : "s");
 }

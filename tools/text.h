@@ -37,6 +37,8 @@ bool IsControl(char32_t codePoint);
 std::string Printable(std::string_view text);
 /// An error's text for one line: as Printable, with runs of white space and line ends as one blank.
 std::string OneLine(std::string_view text);
+/// ASCII letters in capitals.
+std::string Upper(std::string text);
 /// "1 camera", "2 cameras"
 std::string Counted(std::uint64_t count, std::string_view what);
 

@@ -63,7 +63,6 @@ class NotingWizard final : public wire::INewCameraDataCallback {
 struct Contents {
   std::string text;  ///< of the last chunk that says which camera, or the record's MAC
   std::string ip;
-  bool hasPicture = false;
   std::string damage;
 };
 
@@ -71,7 +70,6 @@ void Collect(const Node& node, Contents& contents) {
   const bool isText = node.value.is_string();
   if (node.name == "MAC" && isText) contents.text = node.value.get<std::string>();
   if (node.name == "IP" && isText) contents.ip = node.value.get<std::string>();
-  if (node.type == "chunk" && node.value == static_cast<std::uint32_t>(wire::ctPicture)) contents.hasPicture = true;
   if (node.type == "chunk" && node.value == static_cast<std::uint32_t>(wire::ctText) && !node.children.empty() &&
       node.children[0].value.is_string())
     contents.text = node.children[0].value.get<std::string>();

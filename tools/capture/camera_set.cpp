@@ -25,11 +25,6 @@ namespace {
 constexpr std::size_t kMostCameras = 1'000'000;
 constexpr std::size_t kLongestLine = 1 << 20;
 
-std::string Upper(std::string text) {
-  std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  return text;
-}
-
 void Put(CameraSet& cameras, const std::string& mac, const Json& camera) {
   if (mac.empty()) return;
   if (cameras.size() == kMostCameras) throw WrongUse(fmt::format("there are more than {} cameras", kMostCameras));
@@ -99,7 +94,7 @@ CameraSet ReadCameraSet(const std::string& path) {
   if (!file) throw WrongUse(fmt::format("{} cannot be read", Printable(path)));
   char begin[4] = {};
   file.read(begin, sizeof begin);
-  if (std::string_view(begin, sizeof begin) == "\x0A\x0D\x0D\x0A") return ReadCapturedCameras(path);
+  if (std::string_view(begin, sizeof begin) == capture::kFileBegin) return ReadCapturedCameras(path);
   file.clear();
   file.seekg(0);
   return ReadSavedCameras(file, path);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <span>
 
+#include "tools/camera_snapshot.h"
 #include "tools/text.h"
 
 namespace tarnfind {
@@ -21,7 +22,7 @@ std::string Shortened(const std::string& text) {
 
 std::string ValueText(const Node& node, const ViewOptions& options) {
   if (node.value.is_null()) return {};
-  if (node.name == "LPD" && !options.showPasswords && node.value.is_string() && node.value != "&!*KVMR*9%")
+  if (node.name == "LPD" && !options.showPasswords && node.value.is_string() && node.value != kUnsetCredential)
     return node.value.get_ref<const std::string&>().empty() ? " \"\"" : " \"********\"";
   if (node.type == "raw" || node.type == "rest" || node.type == "vtBinaryData" || node.type == "vtBlobPtr" ||
       node.type == "vtGuid")
