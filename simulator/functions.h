@@ -5,18 +5,11 @@
 #include <cstddef>
 #include <string_view>
 
+#include "capture/format.h"
+
 namespace simulator {
 
-enum class Function : std::size_t {
-  kCreateLiveStream,
-  kOpen,
-  kStart,
-  kSetGenericDataCallback,
-  kSendSynchDSPCommand,
-  kReleaseReference,
-  kDestroy,
-  kGetLastError,
-};
+using capture::Function;
 
 struct FunctionRow {
   Function function;

@@ -26,7 +26,6 @@ using capture::PartKind;
 /// Each failed or slow call becomes a fault. Calls beyond this number go as usual.
 constexpr std::size_t kMostFaults = 10'000;
 constexpr std::uint64_t kNanosecondsPerMillisecond = 1'000'000;
-constexpr std::string_view kCaptureBegins = "\x0A\x0D\x0D\x0A";
 
 class StringSource final : public capture::ByteSource {
  public:
@@ -79,7 +78,7 @@ class Player {
     if (header.event != capture::FrameEvent::kCall || header.function >= kFunctions.size()) return;
     const auto function = static_cast<Function>(header.function);
     if (function == Function::kGetLastError) return AddError(frame);
-    if (function == Function::kCreateLiveStream) open_[header.stream] = AddStream();
+    if (function == Function::kCreateLiveStream && header.result) open_[header.stream] = AddStream();
     AddOutcome(frame, function);
     if (function == Function::kSetGenericDataCallback && header.result) StreamOf(header.stream).Register(frame.time);
     if (function == Function::kSendSynchDSPCommand) {
@@ -176,7 +175,7 @@ void Say(const std::string& text) {
 }  // namespace
 
 bool IsCapture(std::string_view content) {
-  return content.starts_with(kCaptureBegins);
+  return content.starts_with(capture::kFileBegin);
 }
 
 Scenario ReadRecordedConversation(std::string_view content, const std::string& path, double speed) {

@@ -2,6 +2,9 @@
 
 #include <string>
 
+#include "capture/test_captures.h"
+#include "simulator/functions.h"
+#include "simulator/recorded_conversation.h"
 #include "simulator/scenario_reader.h"
 #include "simulator/world.h"
 
@@ -87,6 +90,20 @@ TEST(GeneratedWorld, ASeedMakesTheSameBlocksEverywhere) {
   while (world.NextBlockTime())
     for (const std::uint8_t byte : world.TakeBlock().bytes) digest = (digest ^ byte) * 0x100000001B3;
   EXPECT_EQ(digest, 0x77C33AF381B92AB4U);
+}
+
+TEST(RecordedConversation, HasNoStreamForOneThatWasRefused) {
+  capture::MemorySink sink;
+  capture::FrameWriter writer(sink);
+  writer.WriteSectionStart();
+  for (const bool created : {false, true}) {
+    capture::FrameHeader header;
+    header.function = static_cast<std::uint8_t>(Function::kCreateLiveStream);
+    header.result = created;
+    writer.WriteFrame(header, 0, {});
+  }
+  const std::string capture(sink.bytes.begin(), sink.bytes.end());
+  EXPECT_EQ(ReadRecordedConversation(capture, "c.pcapng", 1).recording->size(), 1U);
 }
 
 }  // namespace
