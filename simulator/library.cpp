@@ -124,6 +124,7 @@ std::shared_ptr<Stream> Library::RemoveStream(Tarn::TTarnLiveStream* handle) {
 }
 
 void* Library::KeepReply(Kestrel::ReferencePointer<Kestrel::Buffer> reply) {
+  if (!reply->GetData()) reply->Reserve(1);  // so that an empty reply has an address of its own
   void* const bytes = reply->GetData();
   const std::lock_guard guard(lock_);
   replies_.emplace(bytes, std::move(reply));
