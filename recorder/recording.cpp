@@ -13,6 +13,7 @@
 #include "platform/clock.h"
 #include "platform/debugger.h"
 #include "platform/errors.h"
+#include "platform/process_end.h"
 #include "platform/threads.h"
 #include "recorder/settings.h"
 
@@ -84,7 +85,7 @@ std::uint64_t Stopwatch::GetNanoseconds() const {
 }
 
 /// Begins the recording when the library is loaded and closes its file when it is unloaded. The recording itself is
-/// never destroyed: at the end of a process other threads may still be inside of it.
+/// never destroyed, and at the end of a process the file stays open, because other threads may still be inside.
 class RecordingHolder {
  public:
   RecordingHolder() {
@@ -96,6 +97,7 @@ class RecordingHolder {
     }
   }
   ~RecordingHolder() {
+    if (platform::ProcessEnds()) return;
     if (Recording* const recording = current.load()) recording->Close();
   }
   RecordingHolder(const RecordingHolder&) = delete;
