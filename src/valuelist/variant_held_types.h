@@ -1,8 +1,7 @@
 /// The one list of the types that a variant holds, and the tag of each.
 ///
 /// A new type is a tag and a row of kVariantTypes, its place in this list, a row of kVariantTraits and an overload of
-/// each operation (variant_text.h, variant_wire.h). The compiler names what is missing, except a row of kVariantTraits,
-/// which would be null.
+/// each operation (variant_text.h, variant_wire.h). The compiler names what is missing.
 #pragma once
 
 #include <cstddef>

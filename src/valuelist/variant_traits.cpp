@@ -83,5 +83,6 @@ constexpr VariantTypeTraits kVariantTraits[kVariantTypeCount] = {
     Row<vtFileTime>(), Row<vtDateTime>(),   Row<vtReferencePointer>(),
     Row<vtGuid>(),     Row<vtLong>(),       Row<vtUInt64>(),
 };
+static_assert(kVariantTraits[kVariantTypeCount - 1].fixedSize == sizeof(std::uint64_t), "a type has no row");
 
 }  // namespace Kestrel

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <iterator>
 
 #include "platform/error_codes.h"
 #include "platform/errors.h"

@@ -1,6 +1,5 @@
 #include "platform/code_pages.h"
 
-#include <cstring>
 #include <limits>
 #include <string>
 

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdio>
 #include <iostream>
 #include <string>
 

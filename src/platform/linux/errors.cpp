@@ -1,8 +1,6 @@
 #include "platform/errors.h"
 
 #include <cstdlib>
-#include <cstring>
-#include <iterator>
 #include <string_view>
 
 #include "platform/error_codes.h"
