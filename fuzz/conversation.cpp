@@ -6,9 +6,9 @@
 
 #include "com/com_ptr.h"
 #include "counting_wizard.h"
+#include "dbi/dbi.h"
 #include "platform/threads.h"
 #include "tarn/camera_finding.h"
-#include "dbi/dbi.h"
 
 using namespace Tarn::CameraFinding;
 
