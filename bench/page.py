@@ -81,7 +81,7 @@ def streams(figures, key):
 
 
 def spread(points, smallest):
-    """How many times the largest value is the least one, from a number on."""
+    """The largest value divided by the least one, of the points from `smallest` on."""
     values = [value for number, value in points if number >= smallest]
     return max(values) / min(values)
 

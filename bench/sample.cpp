@@ -133,7 +133,7 @@ Bytes PictureBlock(std::size_t pictureBytes) {
 
 void Require(bool condition, const char* what) {
   if (condition) return;
-  std::fprintf(stderr, "tarn_bench: wrong result: %s\n", what);
+  std::fprintf(stderr, "wrong result: %s\n", what);
   std::exit(1);
 }
 
