@@ -18,7 +18,7 @@ void PoolSizes(benchmark::internal::Benchmark* benchmark) {
   benchmark->ArgName("bytes")->Arg(1024)->Arg(102400)->Arg(1048576)->UseRealTime();
 }
 BENCHMARK(BufferPoolCycle)->Apply(PoolSizes);
-BENCHMARK(BufferPoolCycle)->Apply(PoolSizes)->Threads(2);
+BENCHMARK(BufferPoolCycle)->Apply(PoolSizes)->ThreadRange(2, 8);
 
 constexpr char kAscii[] = "Camera front door 12";
 constexpr char kMixed[] = "Tür Große Halle 12 П東";
