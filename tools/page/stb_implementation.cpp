@@ -1,6 +1,7 @@
 /// The bodies of stb's decoders, its scaler and its encoder, with bounded memory of their own.
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -16,9 +17,11 @@ struct alignas(std::max_align_t) BlockHead {
   std::size_t size;
 };
 
+/// The memory is all zeros, because the JPEG decoder uses code tables that a damaged picture has never defined. Zeros
+/// are a table without codes; anything else sends the decoder outside its arrays.
 void* Allocate(std::size_t size) {
   if (size > tarnfind::kMostPictureMemory - heldBytes) return nullptr;
-  void* const block = ::operator new(sizeof(BlockHead) + size, std::nothrow);
+  void* const block = std::calloc(1, sizeof(BlockHead) + size);
   if (!block) return nullptr;
   heldBytes += size;
   return new (block) BlockHead{size} + 1;
@@ -28,7 +31,7 @@ void Free(void* memory) {
   if (!memory) return;
   BlockHead* const head = static_cast<BlockHead*>(memory) - 1;
   heldBytes -= head->size;
-  ::operator delete(head);
+  std::free(head);
 }
 
 void* Reallocate(void* memory, std::size_t oldSize, std::size_t newSize) {
