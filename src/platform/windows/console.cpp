@@ -1,6 +1,6 @@
 #include "platform/console.h"
 
-#include <iostream>
+#include <cstdio>
 
 #include "platform/windows/api.h"
 
@@ -30,8 +30,10 @@ bool GetConsoleTextAttribute(ConsoleHandle console, std::uint16_t* attributes) {
   return true;
 }
 
+// Of the C library, behind which std::cout keeps nothing back. With std::cout itself the module would have a destructor
+// that flushes it at the end of the process, and waits there for a lock that a killed thread may hold.
 void FlushStandardOutput() {
-  std::cout.flush();
+  std::fflush(stdout);
 }
 
 }  // namespace platform
