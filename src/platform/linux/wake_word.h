@@ -11,6 +11,9 @@
 #include <chrono>
 #include <cstdint>
 
+#include "platform/linux/placement.h"
+#include "platform/processor.h"
+
 namespace platform {
 
 /// A word that the setter sets and the waiter clears. Calls the system only where the waiter sleeps.
@@ -43,42 +46,59 @@ class WakeWord {
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(WakeWord) == sizeof(std::uint32_t),
               "the system reads the word as 32 bits");
 
-/// A waiter that gives its processor away before it sleeps: where the setter runs on the same processor, that is half
-/// the price of a sleep and a wake-up. It never spins.
-class YieldingWaiter {
+/// What a waiter does before it sleeps.
+enum class BeforeSleep {
+  kNothing,
+  kYield,  ///< gives its processor away: where the setter runs on it too, that is half the price of a sleep
+  kWatch,  ///< looks at the word for a while: where the setter runs on another processor, no switch is needed
+};
+
+class Waiter {
  public:
-  /// Returns when the word is set, which it clears.
-  void Wait(WakeWord& word) {
-    if (!word.IsSet()) Yield(word);
+  using Time = std::chrono::steady_clock::time_point;
+
+  /// Waits from now on until the word is set, and clears it. Returns the time then.
+  Time Wait(WakeWord& word, BeforeSleep action, Time now) {
+    if (now - lastEnd_ <= kClosely) {
+      if (action == BeforeSleep::kYield) Yield(word, now);
+      if (action == BeforeSleep::kWatch) Watch(word, now);
+    }
     if (!word.IsSet()) word.Sleep();
     word.Clear();
-    lastEnd_ = Clock::now();
+    return lastEnd_ = Clock::now();
   }
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  /// A wait that begins later than this after the last one sleeps at once; such waits are rare, so the price is small.
-  static constexpr std::chrono::microseconds kClosely{50};
   /// Where yielding took longer than this, another program ran and not the setter, because the scheduler lets a program
   /// run for milliseconds. Then the waiter does not yield for a pause, and the next pause is twice as long.
   static constexpr std::chrono::microseconds kTooLong{100};
   static constexpr std::chrono::milliseconds kFirstPause{16};
   static constexpr std::chrono::seconds kLongestPause{2};
 
-  void Yield(const WakeWord& word) {
-    const Clock::time_point begin = Clock::now();
-    if (begin - lastEnd_ > kClosely || begin < pausedUntil_) return;
+  void Yield(const WakeWord& word, Time begin) {
+    if (word.IsSet() || begin < pausedUntil_) return;
     sched_yield();
     if (!word.IsSet()) sched_yield();
-    const Clock::time_point end = Clock::now();
+    const Time end = Clock::now();
     if (end - begin <= kTooLong) return;
     pausedUntil_ = end + pause_;
     pause_ = std::min<Clock::duration>(2 * pause_, kLongestPause);
   }
 
-  Clock::time_point lastEnd_{};
-  Clock::time_point pausedUntil_{};
+  static void Watch(const WakeWord& word, Time begin) {
+    constexpr int kLooksPerTime = 8;
+    while (Clock::now() - begin < kClosely) {
+      for (int i = 0; i < kLooksPerTime; ++i) {
+        if (word.IsSet()) return;
+        PauseInSpin();
+      }
+    }
+  }
+
+  Time lastEnd_{};
+  Time pausedUntil_{};
   Clock::duration pause_ = kFirstPause;
 };
 

@@ -49,9 +49,13 @@ Worker* Worker::Start() {
 void Worker::Run(void (*task)(void*), void* context) {
   task_ = task;
   context_ = context;
-  SteerTo(sched_getcpu());
+  const Time begin = std::chrono::steady_clock::now();
+  processor_ = sched_getcpu();
+  isApart_ = placement_.NextIsApart(begin) && wasBrief_;
+  const bool willRunApart = Place(begin);
   start_.Set();
-  deliverer_.Wait(finished_);
+  const BeforeSleep action = isApart_ && willRunApart ? BeforeSleep::kWatch : BeforeSleep::kYield;
+  placement_.Count(deliverer_.Wait(finished_, action, begin));
 }
 
 void Worker::End() {
@@ -61,18 +65,22 @@ void Worker::End() {
   delete this;
 }
 
-/// A worker that is awake is never moved, because the system would have to stop it first. Where the mask cannot be read
-/// or set, or forbids the processor, the worker stays where it is.
-void Worker::SteerTo(int processor) {
-  if (!start_.IsAsleep() || !wasBrief_) return;
-  const Clock::time_point now = Clock::now();
-  if (lastProcessor_ != processor) strayed_ = now;
-  if (now - strayed_ > kStraying) return;
-  if (sched_getaffinity(threadId_, sizeof ownMask_, &ownMask_) != 0 || !CPU_ISSET(processor, &ownMask_)) return;
+/// Steers the worker where needed. Returns whether it will run on another processor than the deliverer's, as far as is
+/// known. A worker that is awake is never moved, because the system would have to stop it first. Where the mask cannot be
+/// read or set, or forbids the processor, the worker stays where it is.
+bool Worker::Place(Time now) {
+  const bool ranApart = lastProcessor_ != processor_;
+  if (!start_.IsAsleep() || !wasBrief_) return ranApart;
+  if (ranApart) strayed_ = now;
+  if (isApart_ ? ranApart : now - strayed_ > kStraying) return ranApart;
+  if (sched_getaffinity(threadId_, sizeof ownMask_, &ownMask_) != 0 || !CPU_ISSET(processor_, &ownMask_))
+    return ranApart;
   cpu_set_t mask;
   CPU_ZERO(&mask);
-  CPU_SET(processor, &mask);
+  CPU_SET(processor_, &mask);
+  if (isApart_) CPU_XOR(&mask, &mask, &ownMask_);
   steered_ = sched_setaffinity(threadId_, sizeof mask, &mask) == 0;
+  return steered_ ? isApart_ : ranApart;
 }
 
 void* Worker::Main(void* worker) {
@@ -82,17 +90,22 @@ void* Worker::Main(void* worker) {
 
 void Worker::RunTasks() {
   threadId_ = static_cast<pid_t>(syscall(SYS_gettid));
+  BeforeSleep action = BeforeSleep::kNothing;
+  Time end{};
   for (;;) {
-    worker_.Wait(start_);
+    const Time begin = worker_.Wait(start_, action, end);
     if (!task_) return;
     if (steered_) {
       sched_setaffinity(0, sizeof ownMask_, &ownMask_);
       steered_ = false;
     }
-    const Clock::time_point begin = Clock::now();
     task_(context_);
-    wasBrief_ = Clock::now() - begin < kBrief;
+    end = std::chrono::steady_clock::now();
+    wasBrief_ = end - begin < kBrief;
     lastProcessor_ = sched_getcpu();
+    // A worker that is not where it is wanted sleeps at once, because only a sleeping one is moved.
+    const bool ranApart = lastProcessor_ != processor_;
+    action = ranApart != isApart_ ? BeforeSleep::kNothing : isApart_ ? BeforeSleep::kWatch : BeforeSleep::kYield;
     finished_.Set();
   }
 }

@@ -1,9 +1,11 @@
 /// A thread that runs one task after the other, each for a deliverer that waits meanwhile.
 ///
-/// Where the worker runs decides what a hand-over costs: on the deliverer's processor it finds the deliverer's data in
-/// the cache and needs no wake-up of another processor, and the deliverer has nothing to do but to wait. So a worker
-/// that sleeps elsewhere is steered: it gets the deliverer's processor as its affinity mask before it wakes, and its
-/// own mask back before the task runs, because threads that a task starts inherit the mask.
+/// Where the worker runs decides what a hand-over costs. Beside its deliverer, on the same processor, it finds the
+/// deliverer's data in the cache and needs no wake-up of another processor. Apart, on another one, the two can watch
+/// for each other without a switch between threads, while hand-overs follow closely (placement.h).
+///
+/// A worker that sleeps on the wrong processor is steered: it gets an affinity mask before it wakes, and its own mask
+/// back before the task runs, because threads that a task starts inherit the mask.
 #pragma once
 
 #include <pthread.h>
@@ -12,6 +14,7 @@
 
 #include <chrono>
 
+#include "platform/linux/placement.h"
 #include "platform/linux/wake_word.h"
 
 namespace platform {
@@ -30,27 +33,32 @@ class Worker {
   void End();
 
  private:
-  using Clock = std::chrono::steady_clock;
+  using Time = std::chrono::steady_clock::time_point;
 
   static void* Main(void* worker);
   void RunTasks();
-  void SteerTo(int processor);
+  bool Place(Time now);
 
-  // The deliverer's.
+  // The deliverer's, read by the worker.
   alignas(64) WakeWord start_;
+  int processor_ = 0;  // the deliverer's
+  bool isApart_ = false;
+  bool steered_ = false;
   void (*task_)(void*) = nullptr;  // null ends the thread
   void* context_ = nullptr;
-  bool steered_ = false;
-  cpu_set_t ownMask_{};          // to be set again where steered
-  Clock::time_point strayed_{};  // when the worker was last found on another processor
-  YieldingWaiter deliverer_;
+  cpu_set_t ownMask_{};  // to be set again where steered
+
+  // The deliverer's own.
+  alignas(64) Placement placement_;
+  Waiter deliverer_;
+  Time strayed_{};  // when the worker was last found on another processor
 
   // The worker's.
   alignas(64) WakeWord finished_;
   pid_t threadId_ = 0;
   int lastProcessor_ = -1;
   bool wasBrief_ = true;
-  YieldingWaiter worker_;
+  alignas(64) Waiter worker_;
 
   pthread_t thread_{};
 };
