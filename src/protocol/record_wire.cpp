@@ -106,9 +106,8 @@ class ListBlock {
 
 template <class Elements>
 void WriteList(Kestrel::ValueList& list, std::string_view key, const Elements& elements) {
-  const std::size_t size = elements.size() * sizeof(typename Elements::value_type);
-  const auto block = Kestrel::GetBuffer(Kestrel::BufferPool::ListFor(size));
-  EncodeList(elements, block->Reserve(EncodedListSize(elements)));
+  const auto block = Kestrel::Buffer::CreateExact(EncodedListSize(elements));
+  EncodeList(elements, block->GetData());
   // Not AddBinaryData, which copies: nobody else has this block, so the value may share it.
   list.AddVariant(key, Kestrel::Variant(Kestrel::BinaryData(block)));
 }
