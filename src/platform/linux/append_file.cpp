@@ -1,12 +1,17 @@
 #include "platform/append_file.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
+#include <new>
+#include <optional>
 
 #include "platform/error_codes.h"
 #include "platform/errors.h"
@@ -14,28 +19,44 @@
 #include "platform/linux/write_all.h"
 
 namespace platform {
+
+struct AppendFile {
+  int descriptor;
+  /// Whether a write may raise a signal. Blocking signals takes two system calls, as long as half a write, and a
+  /// regular file raises none before it reaches a limit on sizes.
+  std::atomic<bool> mayRaiseSignals;
+};
+
 namespace {
 
-/// The handle is the descriptor plus one, so that descriptor 0 is not null.
-AppendFile* Handle(int descriptor) {
-  return reinterpret_cast<AppendFile*>(static_cast<std::intptr_t>(descriptor) + 1);
-}
-int Descriptor(AppendFile* file) {
-  return static_cast<int>(reinterpret_cast<std::intptr_t>(file) - 1);
+bool MayRaiseSignals(int descriptor) {
+  struct stat status {};
+  rlimit limit{};
+  if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return true;
+  return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
 }
 
-/// One system call, except where the disk takes only a part or a signal interrupts the call.
-bool WriteAll(int descriptor, iovec* pieces, int count) {
+/// One system call, except where the disk takes only a part or a signal interrupts the call. A part is also what is
+/// taken where a limit was set since the file was opened; the write after it would raise the signal.
+bool WriteAll(AppendFile& file, iovec* pieces, int count) {
+  std::optional<NoWriteSignals> guard;
   while (count > 0) {
-    const ssize_t written = writev(descriptor, pieces, count);
+    if (!guard && file.mayRaiseSignals.load(std::memory_order_relaxed)) guard.emplace();
+    // The call for several pieces takes a tenth longer.
+    const ssize_t written = count == 1 ? write(file.descriptor, pieces->iov_base, pieces->iov_len)
+                                       : writev(file.descriptor, pieces, count);
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
+    if (written < 0) {
+      if (guard) guard->Drop();
+      return false;
+    }
     auto left = static_cast<std::size_t>(written);
     for (; count > 0 && left >= pieces->iov_len; ++pieces, --count) left -= pieces->iov_len;
     if (count == 0) return true;
     if (written == 0) return false;
     pieces->iov_base = static_cast<char*>(pieces->iov_base) + left;
     pieces->iov_len -= left;
+    file.mayRaiseSignals.store(true, std::memory_order_relaxed);
   }
   return true;
 }
@@ -44,31 +65,34 @@ bool WriteAll(int descriptor, iovec* pieces, int count) {
 
 AppendFile* OpenForAppend(const char16_t* path) {
   const int descriptor = open(Utf8Text(path).c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-  if (descriptor >= 0) return Handle(descriptor);
-  SetLastError(ERROR_FILE_NOT_FOUND);
+  if (descriptor < 0) {
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    return nullptr;
+  }
+  auto* const file = new (std::nothrow) AppendFile{descriptor, MayRaiseSignals(descriptor)};
+  if (file) return file;
+  close(descriptor);
+  SetLastError(ERROR_NOT_ENOUGH_MEMORY);
   return nullptr;
 }
 
 bool Append(AppendFile* file, std::span<const BytePiece> pieces) {
   constexpr std::size_t kPiecesOfACall = 16;
-  NoWriteSignals guard;
   iovec vector[kPiecesOfACall];
   while (!pieces.empty()) {
     const auto some = pieces.first(std::min(pieces.size(), kPiecesOfACall));
     std::ranges::transform(some, vector, [](BytePiece piece) {
       return iovec{const_cast<std::byte*>(piece.data()), piece.size()};
     });
-    if (!WriteAll(Descriptor(file), vector, static_cast<int>(some.size()))) {
-      guard.Drop();
-      return false;
-    }
+    if (!WriteAll(*file, vector, static_cast<int>(some.size()))) return false;
     pieces = pieces.subspan(some.size());
   }
   return true;
 }
 
 void CloseAppendFile(AppendFile* file) {
-  close(Descriptor(file));
+  close(file->descriptor);
+  delete file;
 }
 
 }  // namespace platform

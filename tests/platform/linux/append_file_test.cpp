@@ -2,11 +2,13 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -53,4 +55,27 @@ TEST(AppendFile, PiecesArriveWholeOrFailWithoutASignal) {
   SetLastError(ERROR_SUCCESS);
   EXPECT_EQ(OpenForAppend((path / "none").u16string().c_str()), nullptr);
   EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
+/// The limit is there when the file is opened, or comes later.
+TEST(AppendFileDeathTest, AtALimitOnSizesWritesFailWithoutASignal) {
+  const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "platform_tests_limit";
+  const auto write = [&path](bool isEarly) {
+    rlimit unlimited;
+    getrlimit(RLIMIT_FSIZE, &unlimited);
+    const rlimit limit{10, unlimited.rlim_max};
+    if (isEarly) setrlimit(RLIMIT_FSIZE, &limit);
+    AppendFile* const file = OpenForAppend(path.u16string().c_str());
+    setrlimit(RLIMIT_FSIZE, &limit);
+    const BytePiece piece = std::as_bytes(std::span("line", 4));
+    int written = 0;
+    for (int i = 0; i < 4; ++i) written += Append(file, {&piece, 1});
+    CloseAppendFile(file);
+    setrlimit(RLIMIT_FSIZE, &unlimited);  // for what the end of the process writes
+    std::exit(written == 2 && std::filesystem::file_size(path) == 10 ? 0 : 1);
+  };
+  for (const bool isEarly : {true, false}) {
+    EXPECT_EXIT(write(isEarly), testing::ExitedWithCode(0), "") << isEarly;
+    std::filesystem::remove(path);
+  }
 }
