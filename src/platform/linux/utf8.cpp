@@ -45,6 +45,12 @@ class Writer {
     StoreAscii(block, next_);
     next_ += count;
   }
+  /// Stores a whole block, whose units are already there except for the last count.
+  template <class From>
+  void PutLastAscii(const From* block, std::size_t count) {
+    next_ += count;
+    StoreAscii(block, next_ - kBlockUnits<From>);
+  }
   /// Copies whole runs with vectors. Returns the number of units copied, which may be 0.
   template <class From>
   std::size_t PutLongRun(const From* from, std::size_t units) {
@@ -71,6 +77,10 @@ class Counter {
     count_ += count;
   }
   template <class From>
+  void PutLastAscii(const From*, std::size_t count) {
+    count_ += count;
+  }
+  template <class From>
   std::size_t PutLongRun(const From*, std::size_t) {
     return 0;
   }
@@ -93,19 +103,22 @@ std::size_t AsciiUnits(const Unit* block) {
 }
 
 /// Copies ASCII up to the first other unit, or until less than a block is left of the source or of the room. Returns
-/// the place reached.
+/// the place reached. What is left after a block of ASCII is copied with units of that block.
 template <class Unit, class Output>
 const Unit* CopyAscii(const Unit* next, const Unit* end, Output& output) {
   constexpr std::size_t kUnits = kBlockUnits<Unit>;
   const auto left = [&] { return static_cast<std::size_t>(end - next); };
+  std::size_t ascii = 0;
   while (left() >= kUnits && output.HasRoom(kUnits)) {
-    const std::size_t ascii = AsciiUnits(next);
+    ascii = AsciiUnits(next);
     output.PutAscii(next, ascii);
     next += ascii;
-    if (ascii < kUnits) break;
+    if (ascii < kUnits) return next;
     if (left() >= kAvx2Run) next += output.PutLongRun(next, left());
   }
-  return next;
+  if (ascii < kUnits || left() >= kUnits || AsciiUnits(end - kUnits) < kUnits) return next;
+  output.PutLastAscii(end - kUnits, left());
+  return end;
 }
 
 bool IsContinuation(unsigned char byte) {
