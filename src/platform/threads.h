@@ -16,6 +16,10 @@ namespace platform {
 /// The system's number of the calling thread.
 std::uint32_t GetCurrentThreadId();
 
+/// A number of the calling thread that costs almost nothing to ask. Threads that start one after the other mostly have
+/// different ones modulo a small power of two, so it spreads threads over a few places.
+std::uint32_t ThreadPlace();
+
 /// Runs task(context) on a thread other than the caller's and returns when it has returned. The task must not throw.
 /// Creates no thread and allocates nothing while an idle worker is there. Callable on any thread, also inside a task.
 /// False where no worker could be had (no memory or no thread); the task has then not run.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/static_lock.h"
+#include "platform/threads.h"
 
 namespace Kestrel {
 namespace {
@@ -25,18 +26,13 @@ BufferPool* FindSharedPool() {
   return poolDestroyed.load(std::memory_order_acquire) ? nullptr : &NeverDestroyed<SharedPool>().pool;
 }
 
-/// Otherwise the subtraction in PutBack could wrap.
-static_assert(std::ranges::all_of(kBufferPoolLimits, [](const BufferPoolLimits& list) {
-  return list.largestCapacity <= list.sizeLimitInBytes;
-}));
-
 }  // namespace
 
 BufferStatistics& GetBufferStatistics() {
   return statistics;
 }
 
-void BufferPoolList::Close() {
+void BufferQueue::Close() {
   std::vector<Waiting> ring;
   {
     const std::lock_guard guard(lock_);
@@ -45,6 +41,52 @@ void BufferPoolList::Close() {
     bytesHeld_.store(0, std::memory_order_relaxed);
   }
   for (const Waiting& waiting : ring) delete waiting.buffer;
+}
+
+Buffer* BufferQueue::TakeFront() {
+  if (GetCount() == 0) return nullptr;
+  const std::lock_guard guard(lock_);
+  const std::uint32_t count = GetCount();
+  if (count == 0) return nullptr;
+  Waiting& waiting = ring_[front_];
+  if (++front_ == ring_.size()) front_ = 0;
+  count_.store(count - 1, std::memory_order_relaxed);
+  bytesHeld_.store(GetBytesHeld() - waiting.capacity, std::memory_order_relaxed);
+  return std::exchange(waiting.buffer, nullptr);
+}
+
+bool BufferQueue::HasRoom(std::uint64_t capacity, std::uint64_t mostBuffers, std::uint64_t mostBytes) const {
+  return GetCount() < mostBuffers && capacity <= mostBytes && GetBytesHeld() <= mostBytes - capacity;
+}
+
+/// Asks first without the lock, because a queue that is full for the caller mostly stays so.
+bool BufferQueue::PutBack(Buffer& buffer, std::uint64_t mostBuffers, std::uint64_t mostBytes) {
+  const std::uint64_t capacity = buffer.GetCapacity();
+  if (!HasRoom(capacity, mostBuffers, mostBytes)) return false;
+  const std::lock_guard guard(lock_);
+  const std::uint32_t count = GetCount();
+  if (count == ring_.size() || !HasRoom(capacity, mostBuffers, mostBytes)) return false;
+  const std::size_t back = std::size_t{front_} + count;
+  ring_[back < ring_.size() ? back : back - ring_.size()] = {&buffer, capacity};
+  count_.store(count + 1, std::memory_order_relaxed);
+  bytesHeld_.store(GetBytesHeld() + capacity, std::memory_order_relaxed);
+  return true;
+}
+
+void BufferPoolList::Close() {
+  for (BufferQueue& queue : queues_) queue.Close();
+}
+
+std::uint64_t BufferPoolList::GetBytesHeld() const {
+  std::uint64_t bytes = 0;
+  for (const BufferQueue& queue : queues_) bytes += queue.GetBytesHeld();
+  return bytes;
+}
+
+std::size_t BufferPoolList::GetCount() const {
+  std::size_t count = 0;
+  for (const BufferQueue& queue : queues_) count += queue.GetCount();
+  return count;
 }
 
 ReferencePointer<Buffer> BufferPoolList::GetBuffer() {
@@ -62,29 +104,26 @@ bool BufferPoolList::Keep(Buffer& buffer) {
   return false;
 }
 
-/// Null where the list is empty.
+/// Null where all queues are empty.
 Buffer* BufferPoolList::TakeFront() {
-  const std::lock_guard guard(lock_);
-  const std::uint32_t count = count_.load(std::memory_order_relaxed);
-  if (count == 0) return nullptr;
-  Waiting& waiting = ring_[front_];
-  if (++front_ == ring_.size()) front_ = 0;
-  count_.store(count - 1, std::memory_order_relaxed);
-  bytesHeld_.store(GetBytesHeld() - waiting.capacity, std::memory_order_relaxed);
-  return std::exchange(waiting.buffer, nullptr);
+  const std::size_t first = platform::ThreadPlace();
+  for (std::size_t i = 0; i < kQueues; ++i)
+    if (Buffer* const buffer = queues_[(first + i) % kQueues].TakeFront()) return buffer;
+  return nullptr;
 }
 
-/// False where the list has no room for the buffer. Requires a capacity up to the largest of the list.
+/// False where the list has no room for the buffer.
 bool BufferPoolList::PutBack(Buffer& buffer) {
-  const std::uint64_t capacity = buffer.GetCapacity();
-  const std::lock_guard guard(lock_);
-  const std::uint32_t count = count_.load(std::memory_order_relaxed);
-  if (count == ring_.size() || GetBytesHeld() > limits_.sizeLimitInBytes - capacity) return false;
-  const std::size_t back = std::size_t{front_} + count;
-  ring_[back < ring_.size() ? back : back - ring_.size()] = {&buffer, capacity};
-  count_.store(count + 1, std::memory_order_relaxed);
-  bytesHeld_.store(GetBytesHeld() + capacity, std::memory_order_relaxed);
-  return true;
+  BufferQueue& own = queues_[platform::ThreadPlace() % kQueues];
+  if (own.PutBack(buffer, limits_.mostBuffers / kQueues, limits_.sizeLimitInBytes / kQueues)) return true;
+  std::uint64_t others = 0, othersBytes = 0;
+  for (const BufferQueue& queue : queues_) {
+    if (&queue == &own) continue;
+    others += queue.GetCount();
+    othersBytes += queue.GetBytesHeld();
+  }
+  return others < limits_.mostBuffers && othersBytes < limits_.sizeLimitInBytes &&
+         own.PutBack(buffer, limits_.mostBuffers - others, limits_.sizeLimitInBytes - othersBytes);
 }
 
 ReferencePointer<BufferPool> BufferPool::GetPool() {

@@ -12,7 +12,11 @@
 /// The shared pool is made on first use and closed by DestroySharedPool at unload; after that each GetPool makes a
 /// private pool, which goes with its last reference.
 ///
-/// Threads  Everything may be called on any thread. Each list has its own lock; nothing is called with it held.
+/// Threads  Everything may be called on any thread. A list is several queues, each with its own lock, because threads
+/// that
+///          return and take at the same moment would wait for each other's lock. A thread returns to its own queue, and
+///          takes from it first, then from the others. So a thread gets its buffers back in their order. Nothing is
+///          called with a lock held.
 #pragma once
 
 #include <atomic>
@@ -50,22 +54,24 @@ struct BufferStatistics {
 };
 BufferStatistics& GetBufferStatistics();
 
-/// On cache lines of its own, so that threads that use different lists do not disturb each other.
-class alignas(64) BufferPoolList : NonCopyable {
+/// On cache lines of its own, so that threads that use different queues do not disturb each other.
+class alignas(64) BufferQueue : NonCopyable {
  public:
-  explicit BufferPoolList(const BufferPoolLimits& limits) : limits_(limits), ring_(limits.mostBuffers) {}
-  ~BufferPoolList() { Close(); }
+  BufferQueue() = default;
+  ~BufferQueue() { Close(); }
 
-  /// The buffer that has waited longest, empty and with its old capacity, or a new one.
-  ReferencePointer<Buffer> GetBuffer();
-  /// Empties the buffer and keeps it. False where the list has no room; the buffer then stays the caller's. Requires a
-  /// buffer on which nobody has a reference.
-  bool Keep(Buffer& buffer);
+  /// To be called once, before the first use.
+  void Open(std::uint32_t mostBuffers) { ring_.resize(mostBuffers); }
+  /// Null where the queue is empty.
+  Buffer* TakeFront();
+  /// False, and the buffer stays the caller's, where the queue would then hold more than this. Requires a buffer
+  /// without contents on which nobody has a reference.
+  bool PutBack(Buffer& buffer, std::uint64_t mostBuffers, std::uint64_t mostBytes);
   /// Deletes the buffers that are held, and keeps none from then on.
   void Close();
 
   std::uint64_t GetBytesHeld() const { return bytesHeld_.load(std::memory_order_relaxed); }
-  std::size_t GetCount() const { return count_.load(std::memory_order_relaxed); }
+  std::uint32_t GetCount() const { return count_.load(std::memory_order_relaxed); }
 
  private:
   struct Waiting {
@@ -73,8 +79,7 @@ class alignas(64) BufferPoolList : NonCopyable {
     std::uint64_t capacity;  ///< of the buffer; a copy, so that the buffer is not touched under the lock
   };
 
-  Buffer* TakeFront();
-  bool PutBack(Buffer& buffer);
+  bool HasRoom(std::uint64_t capacity, std::uint64_t mostBuffers, std::uint64_t mostBytes) const;
 
   /// The members that every operation changes share the first cache line.
   CriticalSection lock_;
@@ -82,9 +87,39 @@ class alignas(64) BufferPoolList : NonCopyable {
   /// Changed under the lock only, and read without it.
   std::atomic<std::uint32_t> count_{0};
   std::atomic<std::uint64_t> bytesHeld_{0};
-  const BufferPoolLimits& limits_;
   /// A ring buffer: count_ buffers from front_ on. Its size is fixed, because recycling must not allocate.
   std::vector<Waiting> ring_;
+};
+
+/// The buffers of one size class. The limits hold for all its queues together, but a queue takes an eighth of them in
+/// any case, because to look at the other queues costs as much as to wait for their locks. So threads that return at
+/// the same time may exceed the limits, by less than twice.
+class BufferPoolList : NonCopyable {
+ public:
+  explicit BufferPoolList(const BufferPoolLimits& limits) : limits_(limits) {
+    for (BufferQueue& queue : queues_) queue.Open(limits.mostBuffers);
+  }
+
+  /// The buffer that has waited longest in the thread's queue, or else in another one, empty and with its old capacity;
+  /// a new one where all are empty.
+  ReferencePointer<Buffer> GetBuffer();
+  /// Empties the buffer and keeps it. False where the list has no room; the buffer then stays the caller's. Requires a
+  /// buffer on which nobody has a reference.
+  bool Keep(Buffer& buffer);
+  /// Deletes the buffers that are held, and keeps none from then on.
+  void Close();
+
+  std::uint64_t GetBytesHeld() const;
+  std::size_t GetCount() const;
+
+ private:
+  static constexpr std::size_t kQueues = 8;
+
+  Buffer* TakeFront();
+  bool PutBack(Buffer& buffer);
+
+  const BufferPoolLimits& limits_;
+  BufferQueue queues_[kQueues];
 };
 
 class BufferPool final : public ReferenceCounted {

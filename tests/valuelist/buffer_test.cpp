@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <future>
@@ -10,6 +11,7 @@
 #include <memory>
 #include <numeric>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -107,6 +109,24 @@ TEST(BufferPoolList, RecyclesFirstInFirstOutWithStorageAndUseCount) {
   EXPECT_EQ(again->GetUseCount(), 2u);
   again->Reset();
   EXPECT_EQ(again->GetUseCount(), 0u);
+}
+
+TEST(BufferPoolList, ServesAllThreadsFromAllItsQueues) {
+  BufferPoolList list(kBufferPoolLimits[SmallBufferList]);
+  std::atomic<int> alive{0};  // all at once, so that each has a place of its own
+  const auto returnMany = [&] {
+    for (++alive; alive < 4;) std::this_thread::yield();
+    for (int i = 0; i < 256; ++i)
+      if (auto buffer = std::make_unique<Buffer>(); list.Keep(*buffer)) buffer.release();
+  };
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) threads.emplace_back(returnMany);
+  for (std::thread& thread : threads) thread.join();
+  const std::size_t kept = list.GetCount();
+  EXPECT_TRUE(kept >= 256 && kept < 512) << kept;
+  std::vector<ReferencePointer<Buffer>> taken;
+  for (std::size_t i = 0; i < kept; ++i) taken.push_back(list.GetBuffer());
+  EXPECT_EQ(list.GetCount(), 0u);
 }
 
 /// What the shared pool has more than before.

@@ -17,7 +17,7 @@ class IdleWorkers {
  public:
   /// Null where none is idle.
   Worker* Take() {
-    const unsigned first = FirstPlace();
+    const unsigned first = ThreadPlace();
     for (unsigned i = 0; i < kPlaces; ++i) {
       std::atomic<Worker*>& place = places_[(first + i) % kPlaces];
       if (!place.load(std::memory_order_relaxed)) continue;
@@ -28,7 +28,7 @@ class IdleWorkers {
 
   /// False where all places are taken; the worker is then the caller's.
   bool Put(Worker* worker) {
-    const unsigned first = FirstPlace();
+    const unsigned first = ThreadPlace();
     for (unsigned i = 0; i < kPlaces; ++i) {
       std::atomic<Worker*>& place = places_[(first + i) % kPlaces];
       Worker* none = place.load(std::memory_order_relaxed);
@@ -47,10 +47,6 @@ class IdleWorkers {
   /// Workers beyond this number end. Deliveries come from few threads; more of them at once are a burst.
   static constexpr unsigned kPlaces = 16;
 
-  /// Of the calling thread: the page of its descriptor. Threads that start one after the other mostly have neighbouring
-  /// places, because the system's stacks lie a page more than a multiple of 16 pages apart.
-  static unsigned FirstPlace() { return static_cast<unsigned>(pthread_self() >> 12); }
-
   std::atomic<Worker*> places_[kPlaces]{};
 };
 
@@ -68,6 +64,11 @@ void WatchForks() {
 }
 
 }  // namespace
+
+/// The page of the thread's descriptor, because the system's stacks lie a page more than a multiple of 16 pages apart.
+std::uint32_t ThreadPlace() {
+  return static_cast<std::uint32_t>(pthread_self() >> 12);
+}
 
 std::uint32_t GetCurrentThreadId() {
   if (currentThreadId == 0) {

@@ -71,6 +71,11 @@ std::uint32_t GetCurrentThreadId() {
   return ::GetCurrentThreadId();
 }
 
+/// Without the two lowest bits, which are the same in all numbers of threads.
+std::uint32_t ThreadPlace() {
+  return ::GetCurrentThreadId() >> 2;
+}
+
 bool RunOnWorkerAndWait(void (*task)(void*), void* context) {
   Slot* slot = TakeIdleSlot();
   if (!slot) slot = NewSlot();
