@@ -55,17 +55,11 @@ Buffer* BufferQueue::TakeFront() {
   return std::exchange(waiting.buffer, nullptr);
 }
 
-bool BufferQueue::HasRoom(std::uint64_t capacity, std::uint64_t mostBuffers, std::uint64_t mostBytes) const {
-  return GetCount() < mostBuffers && capacity <= mostBytes && GetBytesHeld() <= mostBytes - capacity;
-}
-
-/// Asks first without the lock, because a queue that is full for the caller mostly stays so.
 bool BufferQueue::PutBack(Buffer& buffer, std::uint64_t mostBuffers, std::uint64_t mostBytes) {
   const std::uint64_t capacity = buffer.GetCapacity();
-  if (!HasRoom(capacity, mostBuffers, mostBytes)) return false;
   const std::lock_guard guard(lock_);
   const std::uint32_t count = GetCount();
-  if (count == ring_.size() || !HasRoom(capacity, mostBuffers, mostBytes)) return false;
+  if (count >= mostBuffers || count == ring_.size() || GetBytesHeld() + capacity > mostBytes) return false;
   const std::size_t back = std::size_t{front_} + count;
   ring_[back < ring_.size() ? back : back - ring_.size()] = {&buffer, capacity};
   count_.store(count + 1, std::memory_order_relaxed);

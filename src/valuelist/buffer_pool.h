@@ -65,7 +65,7 @@ class alignas(64) BufferQueue : NonCopyable {
   /// Null where the queue is empty.
   Buffer* TakeFront();
   /// False, and the buffer stays the caller's, where the queue would then hold more than this. Requires a buffer
-  /// without contents on which nobody has a reference.
+  /// without contents on which nobody has a reference, with a capacity that a list takes.
   bool PutBack(Buffer& buffer, std::uint64_t mostBuffers, std::uint64_t mostBytes);
   /// Deletes the buffers that are held, and keeps none from then on.
   void Close();
@@ -78,8 +78,6 @@ class alignas(64) BufferQueue : NonCopyable {
     Buffer* buffer;          ///< without a reference; null in a place that is free
     std::uint64_t capacity;  ///< of the buffer; a copy, so that the buffer is not touched under the lock
   };
-
-  bool HasRoom(std::uint64_t capacity, std::uint64_t mostBuffers, std::uint64_t mostBytes) const;
 
   /// The members that every operation changes share the first cache line.
   CriticalSection lock_;
