@@ -18,6 +18,9 @@ bool refuseHandOvers = false;
 
 namespace platform {
 
+std::uint32_t ThreadPlace() {
+  return 0;
+}
 std::uint32_t GetCurrentThreadId() {
   return 0;
 }
