@@ -37,7 +37,8 @@ bool MayRaiseSignals(int descriptor) {
 }
 
 /// One system call, except where the disk takes only a part or a signal interrupts the call. A part is also what is
-/// taken where a limit was set since the file was opened; the write after it would raise the signal.
+/// taken at a limit that was set since the file was opened; the write after it would raise the signal. Not noticed is
+/// only a limit that is set to less than the file has by then.
 bool WriteAll(AppendFile& file, iovec* pieces, int count) {
   std::optional<NoWriteSignals> guard;
   while (count > 0) {

@@ -10,8 +10,8 @@
 
 namespace platform {
 
-/// Two hand-overs follow each other closely where no more time than this is between them. Waiters sleep at once where
-/// they do not, because there would be too much of the time to yield or to watch.
+/// Hand-overs follow each other closely where no more time than this is between two. Where more is, waiters sleep at
+/// once, because to yield or to watch through a rest would only take processor time.
 inline constexpr std::chrono::microseconds kClosely{100};
 
 /// For one thread at a time. Never reads the clock itself.
