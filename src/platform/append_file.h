@@ -1,4 +1,8 @@
 /// A file that is only ever appended to, also by several processes at once.
+///
+/// Errors: a write that fails raises no signal in the host. On Linux with one exception: a limit on the size of files
+/// that is set while the file is open, to no more than the file has by then, goes unnoticed, and the system raises
+/// SIGXFSZ.
 #pragma once
 
 #include <cstddef>

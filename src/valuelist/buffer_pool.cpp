@@ -108,6 +108,7 @@ Buffer* BufferPoolList::TakeFront() {
 
 /// False where the list has no room for the buffer.
 bool BufferPoolList::PutBack(Buffer& buffer) {
+  // First within its eighth, then within what the others leave.
   BufferQueue& own = queues_[platform::ThreadPlace() % kQueues];
   if (own.PutBack(buffer, limits_.mostBuffers / kQueues, limits_.sizeLimitInBytes / kQueues)) return true;
   std::uint64_t others = 0, othersBytes = 0;

@@ -13,10 +13,9 @@
 /// private pool, which goes with its last reference.
 ///
 /// Threads  Everything may be called on any thread. A list is several queues, each with its own lock, because threads
-/// that
-///          return and take at the same moment would wait for each other's lock. A thread returns to its own queue, and
-///          takes from it first, then from the others. So a thread gets its buffers back in their order. Nothing is
-///          called with a lock held.
+///          that return and take at the same moment would wait for one lock. A thread returns to the queue of its
+///          place (platform::ThreadPlace), and takes from it first, then from the others. So it gets its buffers back
+///          in their order. Nothing is called with a lock held.
 #pragma once
 
 #include <atomic>
@@ -89,9 +88,10 @@ class alignas(64) BufferQueue : NonCopyable {
   std::vector<Waiting> ring_;
 };
 
-/// The buffers of one size class. The limits hold for all its queues together, but a queue takes an eighth of them in
-/// any case, because to look at the other queues costs as much as to wait for their locks. So threads that return at
-/// the same time may exceed the limits, by less than twice.
+/// The buffers of one size class. The limits hold for all its queues together, but a queue keeps an eighth of them
+/// without a look at the others, because threads should not read what others write all the time. So a single thread has
+/// the limits exactly. Several may keep up to twice as much, and those that return at the same moment a buffer each
+/// beyond that.
 class BufferPoolList : NonCopyable {
  public:
   explicit BufferPoolList(const BufferPoolLimits& limits) : limits_(limits) {

@@ -37,15 +37,14 @@ bool MayRaiseSignals(int descriptor) {
 }
 
 /// One system call, except where the disk takes only a part or a signal interrupts the call. A part is also what is
-/// taken at a limit that was set since the file was opened; the write after it would raise the signal. Not noticed is
-/// only a limit that is set to less than the file has by then.
+/// taken at a limit that was set since the file was opened; the write after it would raise the signal.
 bool WriteAll(AppendFile& file, iovec* pieces, int count) {
   std::optional<NoWriteSignals> guard;
   while (count > 0) {
     if (!guard && file.mayRaiseSignals.load(std::memory_order_relaxed)) guard.emplace();
-    // The call for several pieces takes a tenth longer.
-    const ssize_t written = count == 1 ? write(file.descriptor, pieces->iov_base, pieces->iov_len)
-                                       : writev(file.descriptor, pieces, count);
+    // A debug line is one piece, and the call for one is cheaper.
+    const ssize_t written =
+        count == 1 ? write(file.descriptor, pieces->iov_base, pieces->iov_len) : writev(file.descriptor, pieces, count);
     if (written < 0 && errno == EINTR) continue;
     if (written < 0) {
       if (guard) guard->Drop();

@@ -34,7 +34,7 @@ class Placement {
     if (++count_ == kMoving) roundBegin_ = now;
     if (count_ <= kMoving) return;
     const auto taken = now - roundBegin_;
-    if (isApart_ && 5 * taken > 4 * besideTaken_) {
+    if (isApart_ && !Pays(taken)) {
       nextTry_ = now + pause_;
       pause_ = std::min<std::chrono::nanoseconds>(2 * pause_, kLongestPause);
       StartRound(false);
@@ -52,6 +52,9 @@ class Placement {
   /// Until the next try after one that did not pay. Each further one in a row doubles it.
   static constexpr std::chrono::milliseconds kFirstPause{1};
   static constexpr std::chrono::seconds kLongestPause{2};
+
+  /// Apart has to be a fifth faster, because it keeps two processors busy.
+  bool Pays(std::chrono::nanoseconds taken) const { return 5 * taken <= 4 * besideTaken_; }
 
   void StartRound(bool isApart) {
     isApart_ = isApart;

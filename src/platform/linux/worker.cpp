@@ -52,7 +52,7 @@ void Worker::Run(void (*task)(void*), void* context) {
   const Time begin = std::chrono::steady_clock::now();
   processor_ = sched_getcpu();
   isApart_ = placement_.NextIsApart(begin) && wasBrief_;
-  const bool willRunApart = Place(begin);
+  const bool willRunApart = Steer(begin);
   start_.Set();
   const BeforeSleep action = isApart_ && willRunApart ? BeforeSleep::kWatch : BeforeSleep::kYield;
   placement_.Count(deliverer_.Wait(finished_, action, begin));
@@ -65,10 +65,10 @@ void Worker::End() {
   delete this;
 }
 
-/// Steers the worker where needed. Returns whether it will run on another processor than the deliverer's, as far as is
-/// known. A worker that is awake is never moved, because the system would have to stop it first. Where the mask cannot be
-/// read or set, or forbids the processor, the worker stays where it is.
-bool Worker::Place(Time now) {
+/// Sends the worker where it is wanted. Returns whether it will run on another processor than the deliverer's, as far
+/// as is known. A worker that is awake is never moved, because the system would have to stop it first. Where the mask
+/// cannot be read or set, or forbids the processor, the worker stays where it is.
+bool Worker::Steer(Time now) {
   const bool ranApart = lastProcessor_ != processor_;
   if (!start_.IsAsleep() || !wasBrief_) return ranApart;
   if (ranApart) strayed_ = now;

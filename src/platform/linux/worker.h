@@ -37,7 +37,7 @@ class Worker {
 
   static void* Main(void* worker);
   void RunTasks();
-  bool Place(Time now);
+  bool Steer(Time now);
 
   // The deliverer's, read by the worker.
   alignas(64) WakeWord start_;
@@ -53,11 +53,13 @@ class Worker {
   Waiter deliverer_;
   Time strayed_{};  // when the worker was last found on another processor
 
-  // The worker's.
+  // The worker's, read by the deliverer.
   alignas(64) WakeWord finished_;
   pid_t threadId_ = 0;
   int lastProcessor_ = -1;
   bool wasBrief_ = true;
+
+  // The worker's own.
   alignas(64) Waiter worker_;
 
   pthread_t thread_{};
