@@ -1,6 +1,5 @@
 #include "base/append_text.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -10,31 +9,35 @@
 namespace Kestrel {
 namespace {
 
-bool IsAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-}
-
-void AppendAscii(std::u16string& target, std::string_view text) {
+/// Appends the bytes as they are. Returns whether all of them are ASCII.
+bool AppendBytes(std::u16string& target, std::string_view text) {
   const std::size_t length = target.size();
   target.resize(length + text.size());
-  std::copy(text.begin(), text.end(), target.data() + length);
+  char16_t* const appended = target.data() + length;
+  unsigned char bits = 0;
+  // The whole text, even after a byte that is not ASCII, because the compiler makes vector operations of such a loop.
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    appended[i] = byte;
+    bits |= byte;
+  }
+  return bits < 0x80;
 }
 
 void AppendDigits(std::u16string& target, auto number) {
   std::array<char, 24> digits;
   const std::to_chars_result result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
-  AppendAscii(target, {digits.data(), result.ptr});
+  AppendBytes(target, {digits.data(), result.ptr});
 }
 
 }  // namespace
 
 void AppendText(std::u16string& target, std::string_view text) {
+  const std::size_t length = target.size();
   // ASCII needs no conversion: it is the same in every ANSI code page.
-  if (IsAscii(text)) {
-    AppendAscii(target, text);
-  } else {
-    target += AnsiToWide(text);
-  }
+  if (AppendBytes(target, text)) return;
+  target.resize(length);
+  target += AnsiToWide(text);
 }
 
 void AppendNumber(std::u16string& target, std::int64_t number) {

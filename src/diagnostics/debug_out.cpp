@@ -8,12 +8,12 @@
 namespace Kestrel {
 
 void DebugOut::Begin(const char* source, std::uint32_t level, std::uint32_t flags) {
-  message_.reset(new Message{{platform::GetCurrentThreadId(), source, level}, flags, DebugOutStreamer::Get(), {}});
+  message_ = Message{{platform::GetCurrentThreadId(), source, level}, flags, DebugOutStreamer::Get(), {}};
 }
 
 /// The filter is asked again, because the settings may have been made after the statement.
 void DebugOut::Finish() {
-  const std::unique_ptr<const Message> message = std::move(message_);
+  const std::optional<Message> message = std::exchange(message_, std::nullopt);
   if (!message || !message->streamer->IsActive() || !Passes(message->record.source, message->record.level)) return;
   if (DebugOutReadyMark::IsSet()) return message->streamer->Emit(message->record, message->text, message->flags);
   platform::OutputDebugStringW(u"STATOUT: ");

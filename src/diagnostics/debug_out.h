@@ -11,7 +11,7 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 
 #include "base/append_text.h"
@@ -60,7 +60,7 @@ class DebugOut final : public ReferenceCounted {
   void Begin(const char* source, std::uint32_t level, std::uint32_t flags);
   void FinishQuietly();
 
-  std::unique_ptr<Message> message_;  ///< none in a statement that does not pass, or is finished
+  std::optional<Message> message_;  ///< none in a statement that does not pass, or is finished
 };
 
 }  // namespace Kestrel
