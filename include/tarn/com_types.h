@@ -119,11 +119,14 @@ TARN_INLINE BSTR SysAllocStringByteLen(const char* bytes, uint32_t byteLength) {
   memset(block + sizeof byteLength + length, 0, sizeof(OLECHAR));
   return TARN_POINTER_CAST(BSTR, block + sizeof byteLength);
 }
-/// A copy of a NUL-terminated text. Null for null, and where there is no memory.
+/// A copy of a NUL-terminated text. Null for null, for 4 GiB and more, and where there is no memory.
 TARN_INLINE BSTR SysAllocString(const OLECHAR* text) {
   uint32_t byteLength = 0;
   if (!text) return TARN_POINTER_CAST(BSTR, 0);
-  for (const OLECHAR* unit = text; *unit; ++unit) byteLength += sizeof *unit;
+  for (const OLECHAR* unit = text; *unit; ++unit) {
+    byteLength += sizeof *unit;
+    if (byteLength == 0) return TARN_POINTER_CAST(BSTR, 0);  // 4 GiB, which the length cannot hold
+  }
   return SysAllocStringByteLen(TARN_POINTER_CAST(const char*, text), byteLength);
 }
 /// Bytes without the terminator; 0 for null.
