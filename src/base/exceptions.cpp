@@ -6,7 +6,7 @@
 #include "base/exception_history.h"
 #include "base/text_conversion.h"
 #include "platform/errors.h"
-#include "platform/modules.h"
+#include "platform/type_name.h"
 
 namespace Kestrel {
 namespace {

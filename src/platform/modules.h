@@ -7,8 +7,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <typeinfo>
 
 namespace platform {
 
@@ -38,8 +36,5 @@ bool FreeLibrary(ModuleHandle module);
 ModuleHandle ReferenceThisModule();
 /// Length without the NUL; where the room is too small, the room needed with it; 0 on failure.
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units);
-
-/// The qualified name of a type as it stands in the source ("Kestrel::BufferException").
-std::string UndecoratedTypeName(const std::type_info& type);
 
 }  // namespace platform

@@ -184,9 +184,6 @@ bool FreeLibrary(ModuleHandle) {
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units) {
   return Put(Terminated(TheSystem().systemDirectory), path, &units) ? units - 1 : units;
 }
-std::string UndecoratedTypeName(const std::type_info&) {
-  return "a class";
-}
 
 bool QueryPerformanceFrequency(std::int64_t* ticksPerSecond) {
   *ticksPerSecond = TheSystem().ticksPerSecond;

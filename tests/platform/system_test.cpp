@@ -15,6 +15,7 @@
 #include "platform/modules.h"
 #include "platform/registry.h"
 #include "platform/sockets.h"
+#include "platform/type_name.h"
 
 using namespace platform;
 
@@ -93,7 +94,7 @@ TEST(Modules, SocketLibraryIsFoundInTheSystemDirectoryAndByItsName) {
   EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
 }
 
-TEST(Modules, TypeNameIsQualifiedAsInTheSource) {
+TEST(TypeName, IsQualifiedAsInTheSource) {
   EXPECT_EQ(UndecoratedTypeName(typeid(testing::Message)), "testing::Message");
 }
 

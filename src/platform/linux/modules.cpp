@@ -1,12 +1,9 @@
 #include "platform/modules.h"
 
-#include <cxxabi.h>
 #include <dlfcn.h>
 #include <link.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <memory>
 #include <string_view>
 
 #include "platform/error_codes.h"
@@ -131,13 +128,6 @@ std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units) {
   const std::u16string directory = WideText(EnvironmentText("TARN_SYSTEM_DIRECTORY", kDefaultSystemDirectory));
   const auto length = static_cast<std::uint32_t>(directory.size());
   return CopyWithNul(directory, path, units) ? length : length + 1;
-}
-
-std::string UndecoratedTypeName(const std::type_info& type) {
-  int status = 0;
-  const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
-                                                         std::free);
-  return name ? name.get() : type.name();
 }
 
 }  // namespace platform

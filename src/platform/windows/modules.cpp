@@ -1,10 +1,5 @@
 #include "platform/modules.h"
 
-#include <cxxabi.h>
-
-#include <cstdlib>
-#include <memory>
-
 #include "platform/windows/api.h"
 // After windows.h, on which it relies.
 #include <shlwapi.h>
@@ -57,13 +52,6 @@ ModuleHandle ReferenceThisModule() {
 
 std::uint32_t GetSystemDirectoryW(char16_t* path, std::uint32_t units) {
   return ::GetSystemDirectoryW(Wide(path), units);
-}
-
-std::string UndecoratedTypeName(const std::type_info& type) {
-  int status = 0;
-  const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
-                                                         std::free);
-  return name ? name.get() : type.name();
 }
 
 }  // namespace platform
