@@ -48,7 +48,8 @@ constexpr CivilDate CivilFromDays(std::int64_t daysFrom1601) {
           static_cast<unsigned>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1)};
 }
 
-static_assert(DaysFromCivil({1601, 1, 1}) == 0 && DaysFromCivil({1970, 1, 1}) == 134774);
+inline constexpr std::int64_t kDaysFrom1601To1970 = DaysFromCivil({1970, 1, 1});
+static_assert(DaysFromCivil({1601, 1, 1}) == 0 && kDaysFrom1601To1970 == 134774);
 
 /// 0 is Sunday. Requires a number that is not negative.
 constexpr unsigned DayOfWeek(std::int64_t daysFrom1601) {

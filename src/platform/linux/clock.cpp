@@ -21,7 +21,7 @@ constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 constexpr std::int64_t kIntervalsPerMillisecond = 10'000;  // of 100 nanoseconds
 constexpr std::int64_t kIntervalsPerSecond = 1000 * kIntervalsPerMillisecond;
 constexpr std::int64_t kIntervalsPerDay = 86400 * kIntervalsPerSecond;
-constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
+constexpr std::int64_t kSecondsFrom1601To1970 = kDaysFrom1601To1970 * 86400;
 
 std::timespec Now(clockid_t clock) {
   std::timespec now{};

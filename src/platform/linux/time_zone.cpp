@@ -12,7 +12,8 @@ namespace platform {
 namespace {
 
 constexpr std::time_t kDay = 86400;
-constexpr std::int64_t kDaysFrom1601To1970 = 134774;
+/// What the C library takes where TZ is not set. An empty TZ means UTC.
+constexpr char kSystemZone[] = "/etc/localtime";
 constexpr std::uint32_t kUnknown = 0, kStandard = 1, kDaylight = 2;
 
 std::tm LocalTime(std::time_t time) {
@@ -115,7 +116,7 @@ TimeZonePeriod TimeZonePeriodAt(std::time_t now) {
 
 TimeZonePeriod TimeZoneCache::Get(std::time_t now) {
   const char* const setting = std::getenv("TZ");
-  const std::string_view zone = setting ? setting : "";
+  const std::string_view zone = setting ? setting : kSystemZone;
   const std::lock_guard guard(mutex_);
   if (now < period_.begin || now >= period_.end || zone != zone_) {
     tzset();
