@@ -82,6 +82,18 @@ void Prepare(Target& target) {
   target.obeysSequences = ObeysSequences(handle);
 }
 
+/// A line with its end. It is read in parts, because what one call has no room for is the beginning of the next call's.
+std::optional<std::vector<WCHAR>> ReadConsoleLine(HANDLE console) {
+  std::vector<WCHAR> line;
+  do {
+    WCHAR part[1024];
+    DWORD units = 0;
+    if (!ReadConsoleW(console, part, static_cast<DWORD>(std::size(part)), &units, nullptr) || units == 0) return {};
+    line.insert(line.end(), part, part + units);
+  } while (line.back() != L'\n');
+  return line;
+}
+
 /// In pieces that every console takes.
 bool WriteToConsole(HANDLE console, std::string_view text) {
   constexpr std::size_t kMostUnits = 8000;
@@ -186,13 +198,11 @@ std::optional<std::string> ReadLine(bool echo) {
   GetConsoleMode(console, &before);
   const DWORD silent = before & ~static_cast<DWORD>(ENABLE_ECHO_INPUT);
   SetConsoleMode(console, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT | (echo ? before : silent));
-  WCHAR line[1024];
-  DWORD units = 0;
-  const bool read = ReadConsoleW(console, line, static_cast<DWORD>(std::size(line)), &units, nullptr) && units > 0;
+  const auto line = ReadConsoleLine(console);
   SetConsoleMode(console, before);
   if (!echo) WriteToConsole(errorTarget.console, "\r\n");
-  if (!read || Interrupted()) return std::nullopt;
-  std::string text = Utf8(line, static_cast<int>(units));
+  if (!line || Interrupted()) return std::nullopt;
+  std::string text = Utf8(line->data(), static_cast<int>(line->size()));
   text.erase(std::min(text.find_first_of("\r\n"), text.size()));
   return text;
 }
