@@ -57,7 +57,7 @@ TEST(AnsiCodePages, AllCodesAreThoseOfPythonsCodecs) {
       ASSERT_EQ(Widened(*page, code), std::u16string(1, unit)) << std::hex << code;
       narrow[unit].insert(BytesOf(code));
     }
-    for (char16_t unit = 1; unit < 0xFFFF; unit = unit == 0xDFFF ? 0xF900 : static_cast<char16_t>(unit + 1)) {
+    for (char16_t unit = 0; unit < 0xFFFF; unit = unit == 0xDFFF ? 0xF900 : static_cast<char16_t>(unit + 1)) {
       const std::string bytes = Narrowed(*page, unit);
       ASSERT_TRUE(narrow.contains(unit) ? narrow[unit].contains(bytes) : bytes == "?") << std::hex << int{unit};
     }
@@ -80,7 +80,9 @@ TEST(AnsiCodePagesDeathTest, SettingChoosesThePage) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   setenv("TARN_TEST_A", "\xE6\x9D\xB1\xC3\xA9", 1);  // East, e acute
   const std::pair<const char*, const char*> rows[] = {
-      {"932", "\x93\x8C?"}, {"65001", "\xE6\x9D\xB1\xC3\xA9"}, {"", "?\xE9"}, {"1252x", "?\xE9"}, {"37", "?\xE9"}};
+      {"932", "\x93\x8C?"}, {"936", "\x96\x7C\xA8\xA6"},       {"949", "\xD4\xD4?"}, {"950", "\xAA\x46?"},
+      {"1251", "??"},       {"65001", "\xE6\x9D\xB1\xC3\xA9"}, {"", "?\xE9"},        {"1252x", "?\xE9"},
+      {"37", "?\xE9"}};
   for (const auto& [setting, expected] : rows) {
     setenv("TARN_ANSI_CODE_PAGE", setting, 1);
     const auto expand = [&expected = expected] {
