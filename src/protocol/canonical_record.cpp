@@ -131,7 +131,7 @@ class Reader {
   bool Read(std::string& text) {
     std::span<const std::uint8_t> bytes;
     if (!ReadSized(bytes) || bytes.empty()) return false;
-    text = std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size() - 1);
+    text.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size() - 1);
     return true;
   }
   bool Read(TextList& texts) {
