@@ -10,6 +10,7 @@
 #include "protocol/canonical_bytes.h"
 #include "protocol/record_format.h"
 #include "valuelist/value_list.h"
+#include "valuelist/wire_text.h"
 
 namespace Tarn::CameraFinding {
 namespace {
@@ -131,7 +132,8 @@ class Reader {
   bool Read(std::string& text) {
     std::span<const std::uint8_t> bytes;
     if (!ReadSized(bytes) || bytes.empty()) return false;
-    text.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size() - 1);
+    const std::string_view characters(reinterpret_cast<const char*>(bytes.data()), bytes.size() - 1);
+    Kestrel::WireText{characters, bytes.size() + GetRemaining()}.AssignTo(text);
     return true;
   }
   bool Read(TextList& texts) {

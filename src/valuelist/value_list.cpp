@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -11,6 +12,7 @@
 #include "base/exceptions.h"
 #include "base/text_conversion.h"
 #include "valuelist/buffer_pool.h"
+#include "valuelist/wire_text.h"
 
 namespace Kestrel {
 namespace {
@@ -74,26 +76,41 @@ bool HasBytesIn(const Variant& value, const Buffer& buffer) {
          before(blob->GetAddress(), buffer.GetData() + buffer.GetLength());
 }
 
-/// Reads what follows the tag. Requires a value that was made for the tag.
-void ReadPayload(Buffer& buffer, Variant& value) {
+Variant ReadPayload(Buffer& buffer, std::uint8_t tag) {
+  Variant value = Variant::Create(tag);
   std::uint64_t length = value.GetFixedSize();
   if (length == kVariableSize) length = buffer.ReadUInt32();
   value.ReadRaw(buffer.Take(length), length);
-}
-
-Variant ReadRecord(Buffer& buffer, std::uint8_t tag) {
-  Variant value = Variant::Create(tag);
-  ReadPayload(buffer, value);
   return value;
 }
 
-/// The text of a record of any type. Reads a vtString directly, without a temporary Variant.
+Variant ReadRecord(Buffer& buffer) {
+  return ReadPayload(buffer, buffer.ReadUInt8());
+}
+
+/// Takes a vtString. Takes nothing and gives nothing where another record stands at the read position, or less than a
+/// whole one.
+std::optional<WireText> TakeText(Buffer& buffer) {
+  const auto unread = static_cast<std::size_t>(buffer.GetUnreadLength());
+  const std::uint8_t* const record = buffer.GetData() + buffer.GetReadPosition();
+  if (unread < kStringHeaderSize || *record != vtString) return std::nullopt;
+  const std::size_t length = LoadLittleEndian<std::uint32_t>(record + 1);
+  if (length == 0 || length > unread - kStringHeaderSize) return std::nullopt;
+  buffer.Take(kStringHeaderSize + length);
+  const auto* const characters = reinterpret_cast<const char*>(record) + kStringHeaderSize;
+  return WireText{{characters, length - 1}, unread - kStringHeaderSize};
+}
+
+/// The text of a record of any type.
 std::string ReadName(Buffer& buffer) {
-  const std::uint8_t tag = buffer.ReadUInt8();
-  if (tag != vtString) return ReadRecord(buffer, tag).ToString();
-  const std::uint32_t length = buffer.ReadUInt32();
-  if (length == 0) throw BufferException(kNotEnoughBytes);
-  return std::string(reinterpret_cast<const char*>(buffer.Take(length)), length - 1);
+  if (const auto text = TakeText(buffer)) return text->MakeString();
+  return ReadRecord(buffer).ToString();
+}
+
+/// A record of any type. Makes a text in one step, because most values are texts.
+Variant ReadValue(Buffer& buffer) {
+  if (const auto text = TakeText(buffer)) return Variant(*text);
+  return ReadRecord(buffer);
 }
 
 /// The bytes that the base64 text stands for; null where the text is empty in the ANSI code page.
@@ -114,8 +131,7 @@ ReferencePointer<Buffer> Decoded(std::u16string_view text) {
 }  // namespace
 
 ValueListEntry::ValueListEntry(Buffer& buffer, BlobBytes blobBytes)
-    : name(ReadName(buffer)), value(Variant::Create(buffer.ReadUInt8())) {
-  ReadPayload(buffer, value);
+    : name(ReadName(buffer)), value(ReadValue(buffer)) {
   if (blobBytes == BlobBytes::kOwn) value.OwnBytes();
 }
 
@@ -204,7 +220,7 @@ void ValueList::FromText(std::u16string_view text) {
 void ReadWideString(Buffer& buffer, std::u16string& text) {
   const std::uint8_t tag = buffer.ReadUInt8();
   if (tag != vtWString) {
-    text = ReadRecord(buffer, tag).To<std::u16string>();
+    text = ReadPayload(buffer, tag).To<std::u16string>();
     return;
   }
   const std::uint32_t length = buffer.ReadUInt32();

@@ -23,6 +23,7 @@
 
 #include "valuelist/variant_conversions.h"
 #include "valuelist/variant_traits.h"
+#include "valuelist/wire_text.h"
 
 namespace Kestrel {
 
@@ -33,6 +34,10 @@ class Variant {
   template <VariantSource Source>
   explicit Variant(Source&& value) : traits_(&kVariantTraits[kVariantTag<VariantHolding<Source>>]) {
     ::new (static_cast<void*>(storage_)) VariantHolding<Source>(std::forward<Source>(value));
+  }
+
+  explicit Variant(const WireText& text) : traits_(&kVariantTraits[vtString]) {
+    ::new (static_cast<void*>(storage_)) std::string(text.MakeString());
   }
 
   /// The default value of a tag; throws VariantInvalidTypeException for 21 and more.
