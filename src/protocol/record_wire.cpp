@@ -7,6 +7,7 @@
 
 #include "base/byte_order.h"
 #include "base/exceptions.h"
+#include "platform/compiler.h"
 #include "protocol/canonical_record.h"
 #include "protocol/record_format.h"
 #include "valuelist/buffer_pool.h"
@@ -141,7 +142,8 @@ std::size_t ReadCanonicalFirstRecord(std::span<const std::uint8_t> bytes, Camera
 
 }  // namespace
 
-void WriteRecord(Kestrel::ValueList& list, const CameraRecord& record) {
+/// Flattened like ReadRecord, because each row has a name and a type that are known when it is compiled.
+TARN_FLATTEN void WriteRecord(Kestrel::ValueList& list, const CameraRecord& record) {
   list.Reserve(std::size(kRecordKeys));
   ForEachMember(record, [&](auto row, const auto& value) {
     constexpr std::string_view key = kRecordKeys[row].key;
@@ -152,7 +154,7 @@ void WriteRecord(Kestrel::ValueList& list, const CameraRecord& record) {
   });
 }
 
-void ReadRecord(const Kestrel::ValueList& list, CameraRecord& record) {
+TARN_FLATTEN void ReadRecord(const Kestrel::ValueList& list, CameraRecord& record) {
   KeyFinder keys(list);
   ForEachMember(record, [&keys](auto row, auto& value) {
     using Value = std::remove_reference_t<decltype(value)>;
