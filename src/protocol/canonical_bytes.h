@@ -12,6 +12,7 @@
 
 #include "base/byte_order.h"
 #include "valuelist/value_list.h"
+#include "valuelist/wire_text.h"
 
 namespace Tarn::CameraFinding {
 
@@ -66,7 +67,7 @@ class CanonicalWriter {
   void PutNumber(std::size_t number) { PutValue(static_cast<std::uint32_t>(number)); }
   void PutValue(const std::string& text) {
     PutNumber(text.size() + 1);
-    Put(text.c_str(), text.size() + 1);
+    at_ = Kestrel::PutTerminated(text, at_);
   }
   template <class Number>
   requires std::is_arithmetic_v<Number>

@@ -1,7 +1,6 @@
 #include "valuelist/value_list.h"
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <optional>
 #include <span>
@@ -50,8 +49,7 @@ class Writer {
  private:
   void PutText(const std::string& text) {
     PutUInt32(static_cast<std::uint32_t>(text.size() + 1));
-    std::memcpy(at_, text.c_str(), text.size() + 1);
-    at_ += text.size() + 1;
+    at_ = PutTerminated(text, at_);
   }
 
   std::uint8_t* at_;

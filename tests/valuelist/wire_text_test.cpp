@@ -22,5 +22,14 @@ TEST(WireText, IsCopiedWithoutAByteBeyondTheReadableOnes) {
   }
 }
 
+TEST(WireText, IsPutWithItsTerminatorAndNothingBeyond) {
+  for (std::size_t size = 0; size <= 20; ++size) {
+    const std::string text = std::string("0123456789abcdefghij").substr(0, size);
+    std::vector<std::uint8_t> bytes(size + 1, 0xFF);
+    EXPECT_EQ(PutTerminated(text, bytes.data()), bytes.data() + bytes.size());
+    EXPECT_EQ(std::string(bytes.begin(), bytes.end()), std::string(text.c_str(), size + 1));
+  }
+}
+
 }  // namespace
 }  // namespace Kestrel
