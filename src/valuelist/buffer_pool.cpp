@@ -56,6 +56,7 @@ Buffer* BufferQueue::TakeFront() {
 }
 
 bool BufferQueue::PutBack(Buffer& buffer, std::uint64_t mostBuffers, std::uint64_t mostBytes) {
+  if (GetCount() >= mostBuffers) return false;
   const std::uint64_t capacity = buffer.GetCapacity();
   const std::lock_guard guard(lock_);
   const std::uint32_t count = GetCount();
