@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kMaxAllocation = std::numeric_limits<std::ptrdiff_t>::max();
-constexpr auto kStorageAlignment = std::align_val_t{FlatMemory::kAlignment};
+static_assert(FlatMemory::kAlignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 
 /// kUnlimited where the capacity does not fit into 64 bits; no allocation of that size succeeds.
 std::uint64_t CapacityFor(std::uint64_t length, std::uint64_t added) {
@@ -28,8 +28,7 @@ std::uint64_t CapacityFor(std::uint64_t length, std::uint64_t added) {
 /// Null where there is not enough memory.
 std::uint8_t* AllocateStorage(std::uint64_t capacity) {
   if (capacity > kMaxAllocation) return nullptr;
-  return static_cast<std::uint8_t*>(
-      ::operator new(static_cast<std::size_t>(capacity), kStorageAlignment, std::nothrow));
+  return static_cast<std::uint8_t*>(::operator new(static_cast<std::size_t>(capacity), std::nothrow));
 }
 
 }  // namespace
@@ -89,7 +88,7 @@ void FlatMemory::FreeStorage() {
 
 void FlatMemory::SetStorage(std::uint8_t* storage, std::uint64_t capacity) {
   UnpoisonBytes(storage_, capacity_);
-  if (ownsStorage_) ::operator delete(storage_, kStorageAlignment);
+  if (ownsStorage_) ::operator delete(storage_);
   storage_ = storage;
   capacity_ = capacity;
   ownsStorage_ = true;
