@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/static_lock.h"
+#include "platform/compiler.h"
 #include "platform/threads.h"
 
 namespace Kestrel {
@@ -127,7 +128,8 @@ ReferencePointer<BufferPool> BufferPool::GetPool() {
   return ReferencePointer<BufferPool>(shared ? shared : new BufferPool);
 }
 
-bool BufferPool::Keep(Buffer& buffer) {
+/// Flattened like CreateBuffer, because the calls of so many small functions take as long as their work.
+TARN_FLATTEN bool BufferPool::Keep(Buffer& buffer) {
   BufferPool* const shared = FindSharedPool();
   return shared && shared->lists_[ListFor(buffer.GetCapacity())].Keep(buffer);
 }
@@ -147,7 +149,7 @@ ReferencePointer<Buffer> GetBuffer(BufferPoolListIndex list) {
   return shared ? shared->GetBuffer(list) : BufferPool::GetPool()->GetBuffer(list);
 }
 
-ReferencePointer<Buffer> CreateBuffer(const void* source, std::uint64_t n) {
+TARN_FLATTEN ReferencePointer<Buffer> CreateBuffer(const void* source, std::uint64_t n) {
   ReferencePointer<Buffer> buffer = GetBuffer(BufferPool::ListFor(n));
   buffer->Append(source, n);
   return buffer;
