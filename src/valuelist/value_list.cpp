@@ -10,6 +10,7 @@
 #include "base/byte_order.h"
 #include "base/exceptions.h"
 #include "base/text_conversion.h"
+#include "platform/compiler.h"
 #include "valuelist/buffer_pool.h"
 #include "valuelist/wire_text.h"
 
@@ -189,7 +190,8 @@ void ValueList::Read(Buffer& buffer) {
   Read(buffer, BlobBytes::kInBuffer);
 }
 
-void ValueList::Read(Buffer& buffer, BlobBytes blobBytes) {
+/// Flattened, because reading an entry is many small functions, each of which would look at the buffer anew.
+TARN_FLATTEN void ValueList::Read(Buffer& buffer, BlobBytes blobBytes) {
   if (buffer.ReadUInt32() != ValueListIdentifier) throw ValueListException("Wrong value list identifier");
   name_ = ReadName(buffer);
   const std::uint32_t count = buffer.ReadUInt32();
