@@ -29,6 +29,7 @@ std::basic_string<To> Converted(Function function, std::uint32_t codePage, const
   const std::basic_string<To> converted = into(needed);
   EXPECT_EQ(converted.size(), static_cast<std::size_t>(needed));
   EXPECT_EQ(into(3 * length), converted) << "where any text of that length has room, another path is taken";
+  EXPECT_EQ(into(needed + 16 + needed % 64), converted) << "vectors convert as much as their room allows";
   if (needed > 1) {
     EXPECT_TRUE(into(needed / 2).empty());
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "platform/linux/utf16_avx2.h"
 #include "platform/linux/utf8_avx2.h"
 #include "platform/processor.h"
 
@@ -52,12 +53,18 @@ class Writer {
     StoreAscii(block, next_ - kBlockUnits<From>);
   }
   /// Copies whole runs with vectors. Returns the number of units copied, which may be 0.
-  template <class From>
-  std::size_t PutLongRun(const From* from, std::size_t units) {
+  std::size_t PutLongRun(const unsigned char* from, std::size_t units) {
     const std::size_t room = static_cast<std::size_t>(end_ - next_);
     const std::size_t copied = HasAvx2() ? CopyAsciiAvx2(from, std::min(units, room), next_) : 0;
     next_ += copied;
     return copied;
+  }
+  /// Converts with vectors as far as they can. Returns the place reached, which may be next.
+  const char16_t* PutBlocks(const char16_t* next, const char16_t* end) {
+    if (end - next < kNarrowAvx2Units || !HasAvx2()) return next;
+    const Narrowed narrowed = NarrowAvx2(next, end, next_, end_);
+    next_ = narrowed.target;
+    return narrowed.from;
   }
   std::size_t Count() const { return static_cast<std::size_t>(next_ - start_); }
 
@@ -80,10 +87,8 @@ class Counter {
   void PutLastAscii(const From*, std::size_t count) {
     count_ += count;
   }
-  template <class From>
-  std::size_t PutLongRun(const From*, std::size_t) {
-    return 0;
-  }
+  std::size_t PutLongRun(const unsigned char*, std::size_t) { return 0; }
+  const char16_t* PutBlocks(const char16_t* next, const char16_t*) { return next; }
   std::size_t Count() const { return count_; }
 
  private:
@@ -114,7 +119,8 @@ const Unit* CopyAscii(const Unit* next, const Unit* end, Output& output) {
     output.PutAscii(next, ascii);
     next += ascii;
     if (ascii < kUnits) return next;
-    if (left() >= kAvx2Run) next += output.PutLongRun(next, left());
+    if constexpr (sizeof(Unit) == 1)
+      if (left() >= kAvx2Run) next += output.PutLongRun(next, left());
   }
   if (ascii < kUnits || left() >= kUnits || AsciiUnits(end - kUnits) < kUnits) return next;
   output.PutLastAscii(end - kUnits, left());
@@ -218,7 +224,7 @@ template <class Output>
 std::size_t FromUtf16(std::u16string_view text, Output output) {
   const char16_t* next = text.data();
   const char16_t* const end = next + text.size();
-  while ((next = CopyAscii(next, end, output)) != end) {
+  while ((next = output.PutBlocks(next, end)) != end && (next = CopyAscii(next, end, output)) != end) {
     do {
       const char32_t character = Decode(next, end);
       next += character < 0x10000 ? 1 : 2;
