@@ -16,8 +16,8 @@ constexpr std::size_t kMaxBytesPerUnit = 3;
 constexpr int kMaxWideLength = std::numeric_limits<int>::max() / static_cast<int>(kMaxBytesPerUnit);
 static_assert(kMaxWideLength == 715827882);
 
-/// Texts of up to this many units are converted on the stack and copied, so that their target allocates exactly what it
-/// needs and is not filled with zeros first.
+/// Texts of up to this many units are converted on the stack and copied where the target has no room for the longest
+/// result, so that it allocates exactly what it needs.
 constexpr std::size_t kShortLength = 256;
 
 struct Widening {
@@ -43,9 +43,9 @@ template <class Direction>
 bool ConvertInPlace(std::basic_string<typename Direction::Target>& target, std::uint32_t codePage, std::uint32_t flags,
                     const typename Direction::Source* source, int length) {
   const std::size_t room = static_cast<std::size_t>(length) * Direction::kTargetPerSource;
-  if (static_cast<std::size_t>(length) <= kShortLength) {
+  if (static_cast<std::size_t>(length) <= kShortLength && target.capacity() < room) {
     std::array<typename Direction::Target, kShortLength * Direction::kTargetPerSource> text;
-    const int units = Direction::kConvert(codePage, flags, source, length, text.data(), static_cast<int>(room));
+    const int units = Direction::kConvert(codePage, flags, source, length, text.data(), static_cast<int>(text.size()));
     if (units > 0) target.assign(text.data(), static_cast<std::size_t>(units));
     return units > 0;
   }
