@@ -66,6 +66,12 @@ class Writer {
     next_ = narrowed.target;
     return narrowed.from;
   }
+  const unsigned char* PutBlocks(const unsigned char* next, const unsigned char* end) {
+    if (end - next < kWidenAvx2Bytes || !HasAvx2()) return next;
+    const Widened widened = WidenAvx2(next, end, next_, end_);
+    next_ = widened.target;
+    return widened.from;
+  }
   std::size_t Count() const { return static_cast<std::size_t>(next_ - start_); }
 
  private:
@@ -88,7 +94,10 @@ class Counter {
     count_ += count;
   }
   std::size_t PutLongRun(const unsigned char*, std::size_t) { return 0; }
-  const char16_t* PutBlocks(const char16_t* next, const char16_t*) { return next; }
+  template <class From>
+  const From* PutBlocks(const From* next, const From*) {
+    return next;
+  }
   std::size_t Count() const { return count_; }
 
  private:
@@ -119,8 +128,6 @@ const Unit* CopyAscii(const Unit* next, const Unit* end, Output& output) {
     output.PutAscii(next, ascii);
     next += ascii;
     if (ascii < kUnits) return next;
-    if constexpr (sizeof(Unit) == 1)
-      if (left() >= kAvx2Run) next += output.PutLongRun(next, left());
   }
   if (ascii < kUnits || left() >= kUnits || AsciiUnits(end - kUnits) < kUnits) return next;
   output.PutLastAscii(end - kUnits, left());
@@ -173,7 +180,9 @@ template <class Output>
 std::size_t FromUtf8(std::string_view utf8, Output output) {
   auto next = reinterpret_cast<const unsigned char*>(utf8.data());
   const auto end = next + utf8.size();
-  while ((next = CopyAscii(next, end, output)) != end) {
+  // A long text may be ASCII for long.
+  if (utf8.size() >= kAvx2Run) next += output.PutLongRun(next, utf8.size());
+  while ((next = CopyAscii(next, end, output)) != end && (next = output.PutBlocks(next, end)) != end) {
     do {
       if (*next < 0x80) {
         output.Put(*next++);

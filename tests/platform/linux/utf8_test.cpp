@@ -2,6 +2,7 @@
 // room that ends within a pair.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -76,6 +77,63 @@ TEST(Utf8, IsWhatItsDefinitionSaysWhateverUnitsStandTogether) {
     for (char16_t& unit : text) unit = units[kinds[random() % different] % units.size()];
     const std::string expected = Obvious(text);
     ASSERT_EQ(Converted<char>(WideCharToMultiByte, text, expected.size() + Slack(random)), expected) << round;
+  }
+}
+
+/// UTF-8 to UTF-16 as the standard's table of well-formed sequences reads, one character after the other.
+std::u16string Obvious(const std::string& utf8) {
+  constexpr struct {
+    unsigned leads[2], seconds[2];
+    std::size_t length;
+  } kWellFormed[] = {
+      {{0x00, 0x7F}, {}, 1},           {{0xC2, 0xDF}, {0x80, 0xBF}, 2}, {{0xE0, 0xE0}, {0xA0, 0xBF}, 3},
+      {{0xE1, 0xEC}, {0x80, 0xBF}, 3}, {{0xED, 0xED}, {0x80, 0x9F}, 3}, {{0xEE, 0xEF}, {0x80, 0xBF}, 3},
+      {{0xF0, 0xF0}, {0x90, 0xBF}, 4}, {{0xF1, 0xF3}, {0x80, 0xBF}, 4}, {{0xF4, 0xF4}, {0x80, 0x8F}, 4},
+  };
+  std::u16string text;
+  for (std::size_t i = 0; i < utf8.size();) {
+    const auto at = [&](std::size_t k) { return i + k < utf8.size() ? static_cast<unsigned char>(utf8[i + k]) : 0U; };
+    const auto row =
+        std::ranges::find_if(kWellFormed, [&](auto r) { return r.leads[0] <= at(0) && at(0) <= r.leads[1]; });
+    std::size_t length = 1;
+    char32_t character = 0xFFFD;
+    if (row != std::end(kWellFormed)) {
+      char32_t decoded = row->length == 1 ? at(0) : at(0) & (0x7F >> row->length);
+      for (; length < row->length; ++length) {
+        const unsigned byte = at(length), lowest = length == 1 ? row->seconds[0] : 0x80;
+        if (byte < lowest || byte > (length == 1 ? row->seconds[1] : 0xBF)) break;
+        decoded = decoded << 6 | (byte & 0x3F);
+      }
+      if (length == row->length) character = decoded;
+    }
+    i += length;
+    if (character < 0x10000) {
+      text += static_cast<char16_t>(character);
+    } else {
+      text += {static_cast<char16_t>(0xD7C0 + (character >> 10)), static_cast<char16_t>(0xDC00 + (character & 0x3FF))};
+    }
+  }
+  return text;
+}
+
+/// Pieces of few kinds at a time, so that each fills blocks and meets each other one at their borders.
+TEST(Utf8, IsWhatTheTableSaysWhateverBytesStandTogether) {
+  std::vector<std::string> pieces = {"a", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80"};
+  pieces.insert(pieces.end(),
+                {"\xEF\xBF\xBF", "\xE6\x9D\xB1", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "ASCII of a block"});
+  for (const char byte : std::string("\x80\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC3\xE0\xE6\xED\xF0\xF1\xF4\xF5\xFF")) {
+    pieces.push_back({byte});
+  }
+  std::mt19937 random(20240303);
+  for (int round = 0; round < 30000; ++round) {
+    const std::size_t kinds[] = {random(), random(), random(), random()};
+    const std::size_t different = 1 + random() % std::size(kinds);
+    std::string text;
+    for (std::size_t count = 1 + random() % 40; count > 0; --count)
+      text += pieces[kinds[random() % different] % pieces.size()];
+    const std::u16string expected = Obvious(text);
+    ASSERT_EQ(Converted<char16_t>(MultiByteToWideChar, text, expected.size() + Slack(random)), expected)
+        << testing::PrintToString(text);
   }
 }
 
