@@ -52,7 +52,8 @@ struct CameraProduct {
 struct CameraRecord : CameraLogin, CameraNetwork, CameraProduct {
   static constexpr std::uint32_t kDeviceFlag17 = 0x20000;
 
-  CameraRecord() = default;
+  /// Not defaulted, because a value-initialised record would be filled with zeros before its members are made.
+  CameraRecord() {}
   CameraRecord(CameraLogin login, CameraNetwork network, CameraProduct product);
 };
 
