@@ -33,39 +33,60 @@ BufferStatistics& GetBufferStatistics() {
   return statistics;
 }
 
+std::uint32_t BufferQueue::GetCount() const {
+  return ringCount_.load(std::memory_order_relaxed) + (first_.load(std::memory_order_relaxed) > kClosed);
+}
+
+std::uint64_t BufferQueue::GetBytesHeld() const {
+  const std::uint64_t ring = ringBytes_.load(std::memory_order_relaxed);
+  return first_.load(std::memory_order_relaxed) > kClosed ? ring + firstCapacity_.load(std::memory_order_relaxed) : ring;
+}
+
 void BufferQueue::Close() {
+  const std::uintptr_t first = first_.exchange(kClosed, std::memory_order_acquire);
+  if (first > kClosed) delete reinterpret_cast<Buffer*>(first);
   std::vector<Waiting> ring;
   {
     const std::lock_guard guard(lock_);
     ring_.swap(ring);
-    count_.store(0, std::memory_order_relaxed);
-    bytesHeld_.store(0, std::memory_order_relaxed);
+    ringCount_.store(0, std::memory_order_relaxed);
+    ringBytes_.store(0, std::memory_order_relaxed);
   }
   for (const Waiting& waiting : ring) delete waiting.buffer;
 }
 
 Buffer* BufferQueue::TakeFront() {
-  if (GetCount() == 0) return nullptr;
+  std::uintptr_t first = first_.load(std::memory_order_relaxed);
+  if (first > kClosed && first_.compare_exchange_strong(first, 0, std::memory_order_acquire, std::memory_order_relaxed))
+    return reinterpret_cast<Buffer*>(first);
+  if (ringCount_.load(std::memory_order_relaxed) == 0) return nullptr;
   const std::lock_guard guard(lock_);
-  const std::uint32_t count = GetCount();
+  const std::uint32_t count = ringCount_.load(std::memory_order_relaxed);
   if (count == 0) return nullptr;
   Waiting& waiting = ring_[front_];
   if (++front_ == ring_.size()) front_ = 0;
-  count_.store(count - 1, std::memory_order_relaxed);
-  bytesHeld_.store(GetBytesHeld() - waiting.capacity, std::memory_order_relaxed);
+  ringCount_.store(count - 1, std::memory_order_relaxed);
+  ringBytes_.store(ringBytes_.load(std::memory_order_relaxed) - waiting.capacity, std::memory_order_relaxed);
   return std::exchange(waiting.buffer, nullptr);
 }
 
 bool BufferQueue::PutBack(Buffer& buffer, std::uint64_t mostBuffers, std::uint64_t mostBytes) {
-  if (GetCount() >= mostBuffers) return false;
   const std::uint64_t capacity = buffer.GetCapacity();
+  if (GetCount() >= mostBuffers || GetBytesHeld() + capacity > mostBytes) return false;
+  if (GetCount() == 0) {
+    firstCapacity_.store(capacity, std::memory_order_relaxed);
+    std::uintptr_t none = 0;
+    if (first_.compare_exchange_strong(none, reinterpret_cast<std::uintptr_t>(&buffer), std::memory_order_release,
+                                       std::memory_order_relaxed))
+      return true;
+  }
   const std::lock_guard guard(lock_);
-  const std::uint32_t count = GetCount();
-  if (count >= mostBuffers || count == ring_.size() || GetBytesHeld() + capacity > mostBytes) return false;
+  const std::uint32_t count = ringCount_.load(std::memory_order_relaxed);
+  if (GetCount() >= mostBuffers || count == ring_.size() || GetBytesHeld() + capacity > mostBytes) return false;
   const std::size_t back = std::size_t{front_} + count;
   ring_[back < ring_.size() ? back : back - ring_.size()] = {&buffer, capacity};
-  count_.store(count + 1, std::memory_order_relaxed);
-  bytesHeld_.store(GetBytesHeld() + capacity, std::memory_order_relaxed);
+  ringCount_.store(count + 1, std::memory_order_relaxed);
+  ringBytes_.store(ringBytes_.load(std::memory_order_relaxed) + capacity, std::memory_order_relaxed);
   return true;
 }
 

@@ -53,6 +53,10 @@ struct BufferStatistics {
 };
 BufferStatistics& GetBufferStatistics();
 
+/// The first buffer of a queue stands in one atomic word and the others in a ring under a lock, because most often just
+/// one waits: it is then taken and put back without the lock. A buffer goes to the word only while the ring is empty, so
+/// the order stays.
+///
 /// On cache lines of its own, so that threads that use different queues do not disturb each other.
 class alignas(64) BufferQueue : NonCopyable {
  public:
@@ -69,8 +73,8 @@ class alignas(64) BufferQueue : NonCopyable {
   /// Deletes the buffers that are held, and keeps none from then on.
   void Close();
 
-  std::uint64_t GetBytesHeld() const { return bytesHeld_.load(std::memory_order_relaxed); }
-  std::uint32_t GetCount() const { return count_.load(std::memory_order_relaxed); }
+  std::uint64_t GetBytesHeld() const;
+  std::uint32_t GetCount() const;
 
  private:
   struct Waiting {
@@ -78,13 +82,19 @@ class alignas(64) BufferQueue : NonCopyable {
     std::uint64_t capacity;  ///< of the buffer; a copy, so that the buffer is not touched under the lock
   };
 
-  /// The members that every operation changes share the first cache line.
-  CriticalSection lock_;
+  /// What first_ holds once the queue is closed.
+  static constexpr std::uintptr_t kClosed = 1;
+
+  /// The address of a buffer without a reference, 0 or kClosed.
+  std::atomic<std::uintptr_t> first_{0};
+  /// Of the buffer in first_; of another one where two threads put one back at the same moment.
+  std::atomic<std::uint64_t> firstCapacity_{0};
+  /// Of the ring. Changed under the lock only, and read without it.
+  std::atomic<std::uint64_t> ringBytes_{0};
+  std::atomic<std::uint32_t> ringCount_{0};
   std::uint32_t front_ = 0;
-  /// Changed under the lock only, and read without it.
-  std::atomic<std::uint32_t> count_{0};
-  std::atomic<std::uint64_t> bytesHeld_{0};
-  /// A ring buffer: count_ buffers from front_ on. Its size is fixed, because recycling must not allocate.
+  CriticalSection lock_;
+  /// A ring buffer: ringCount_ buffers from front_ on. Its size is fixed, because recycling must not allocate.
   std::vector<Waiting> ring_;
 };
 
