@@ -1,5 +1,6 @@
 /// Load and unload: the one object of the library that lives from the one to the other.
 #include "base/exception_history.h"
+#include "base/text_conversion.h"
 #include "diagnostics/debug_out_settings.h"
 #include "diagnostics/debug_out_streamer.h"
 #include "diagnostics/event_log.h"
@@ -33,6 +34,9 @@ class Module {
 
  private:
   Kestrel::ExceptionHistory exceptionHistory_;
+  /// The first conversion in the ANSI code page may load a module of the C library, which takes the loader's lock. That
+  /// must not happen in a delivery, because a thread may wait for its callback with that lock held.
+  Step ansiCodePage_{[] { Kestrel::AnsiToWideOrAscii("\x80"); }};
   Step socketSettings_{Kestrel::ReadSocketSettings};
   Step timerFrequency_{[] { Kestrel::GetKestrelTimerFrequency(); }};
   Kestrel::SocketStartup socketStartup_;

@@ -51,6 +51,28 @@ TEST_F(Reload, ACallbackThatReplacesItselfDoesNotKeepTheLibrary) {
   EXPECT_FALSE(FinderLibrary::IsLoaded());
 }
 
+/// A wizard may wait for its callback with the loader's lock held.
+TEST_F(Reload, ADeliveryDoesNotNeedTheLoaderLock) {
+  const FinderLibrary library;
+  const auto finder = library.MakeFinder();
+  CountingCallback callback;
+  std::promise<void> locked, arrived;
+  finder->SetNewCameraDataCallback(&callback);
+  dbi.Push(3, SampleOfType(3));  // starts a worker, which takes that lock on Windows
+  std::thread delivery([&] {
+    locked.get_future().wait();
+    dbi.Push(7, SampleOfType(7));  // a camera whose texts become narrow
+    arrived.set_value();
+  });
+  dbi.insideLoad = [&] {
+    locked.set_value();
+    EXPECT_EQ(arrived.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  };
+  platform::FreeLibrary(platform::LoadLibraryExW(TARN_LOADING_MODULE, 0));
+  delivery.join();
+  EXPECT_EQ(callback.count, 2);
+}
+
 enum class Releases { kElsewhere, kInTheCallback, kInTheCallbackWhileTheLoaderIsLocked };
 
 /// A process of its own, because the library stays: the wizard releases the finder, and frees the library, while its
