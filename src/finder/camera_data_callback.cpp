@@ -5,9 +5,10 @@
 namespace Tarn::CameraFinding {
 
 CameraDataCallback::CameraDataCallback(INewCameraDataCallback* callback, std::shared_ptr<LiveStreamInfo> streamInfo,
-                                       std::shared_ptr<const void> heldByReceiver)
-    : receiver_(Kestrel::MakeComObject<CameraDataInternalCallback, IGenericDataReceivedCallback>(
-          callback, std::move(heldByReceiver))),
+                                       ModuleHold& moduleHold)
+    : moduleHold_(moduleHold),
+      receiver_(Kestrel::MakeComObject<CameraDataInternalCallback, IGenericDataReceivedCallback>(
+          callback, moduleHold.ForReceiver())),
       streamInfo_(std::move(streamInfo)) {
   SetStreamDataCallback(*streamInfo_, kRegisterDataCallback, receiver_.Get());
 }
@@ -17,6 +18,7 @@ CameraDataCallback::CameraDataCallback(INewCameraDataCallback* callback, std::sh
 CameraDataCallback::~CameraDataCallback() {
   SetStreamDataCallback(*streamInfo_, kUnregisterDataCallback, receiver_.Get());
   streamInfo_.reset();
+  moduleHold_.ReceiverReleased(receiver_.Detach()->Release() == 0);
 }
 
 }  // namespace Tarn::CameraFinding

@@ -89,7 +89,7 @@ void IPCFinder::SetNewCameraDataCallback(INewCameraDataCallback* callback) {
   if (!HasStartedStream()) return;
   // The new one is registered before the old one is unregistered, so that no block is lost in between, and the old one
   // stays where registering throws.
-  dataCallback_ = std::make_unique<CameraDataCallback>(callback, streamInfo_, moduleHold_.ForReceiver());
+  dataCallback_ = std::make_unique<CameraDataCallback>(callback, streamInfo_, moduleHold_);
 }
 
 std::uint8_t IPCFinder::SendNetworkCommandType1(ICameraInfo* camera) {

@@ -3,7 +3,7 @@
 namespace Tarn::CameraFinding {
 
 ModuleHold::~ModuleHold() {
-  if (module_ && receivers_.use_count() == 1) platform::FreeLibrary(module_);
+  if (module_ && endedByFinder_ && receivers_.use_count() == 1) platform::FreeLibrary(module_);
 }
 
 std::shared_ptr<const void> ModuleHold::ForReceiver() {
