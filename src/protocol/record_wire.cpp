@@ -78,6 +78,19 @@ class ListBlock {
     ReadElement(NextList(), element);
     return element;
   }
+  /// How many of the next `most` elements are value lists. Requires that ReadThroughList was not called yet.
+  std::size_t CountLists(std::size_t most) const {
+    ListBlock ahead = *this;
+    std::size_t count = 0;
+    try {
+      while (count < most) {
+        ahead.NextList();
+        ++count;
+      }
+    } catch (const Kestrel::KestrelException&) {  // ReadThroughList throws it again
+    }
+    return count;
+  }
 
  private:
   explicit ListBlock(std::span<const std::uint8_t> counted) {
@@ -119,9 +132,13 @@ void ReadList(const Kestrel::Variant* entry, Elements& elements) {
   auto block = ListBlock::In(entry);
   if (!block) return;
   elements.reserve(elements.size() + block->GetLikelyCount<Element>());
+  bool isCounted = false;
   for (std::uint32_t i = 0; i < block->GetCount(); ++i) {
     if (block->ReadCanonical(elements.emplace_back())) continue;
     elements.pop_back();
+    // Room for all at once, because a vector that grows holds its elements twice, and a record of 544 bytes may stand
+    // for a list of 10.
+    if (!std::exchange(isCounted, true)) elements.reserve(elements.size() + block->CountLists(block->GetCount() - i));
     elements.push_back(block->ReadThroughList<Element>());
   }
 }

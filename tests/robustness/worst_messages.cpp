@@ -57,6 +57,11 @@ std::string ReplyOf(const std::string& list) {
   return '\x0C' + Number(units.size() + 2, 4) + units + "\0\0"s;
 }
 
+std::string NarrowReplyOf(const std::string& list) {
+  const std::string text = Kestrel::Base64Encode(list.data(), list.size());
+  return '\x0B' + Number(text.size() + 1, 4) + text + '\0';
+}
+
 }  // namespace
 
 const std::vector<WorstMessage> kWorstMessages = {
@@ -79,6 +84,8 @@ const std::vector<WorstMessage> kWorstMessages = {
      }},
     {"ReplyOfSmallestEntries", kReply, [](std::size_t n) { return ReplyOf(kUnnamed + Counted("\0\0\0\0"s, n)); }},
     {"ReplyOfEmptyRecords", kReply, [](std::size_t n) { return ReplyOf(RecordOf("CAMERAINFOLIST", kEmptyRecord, n)); }},
+    {"NarrowReplyOfEmptyRecords", kReply,
+     [](std::size_t n) { return NarrowReplyOf(RecordOf("CAMERAINFOLIST", kEmptyRecord, n)); }},
     {"NumberIsAText", 3, [](std::size_t n) { return kCameraChunk + CameraOfText(n); }},
     {"ReplyWhereANumberIsAText", kReply, [](std::size_t n) { return ReplyOf(CameraOfText(n)); }},
     {"BinaryAsText", 1,
