@@ -150,7 +150,8 @@ struct ICameraInfo : IUnknown {
 struct INewCameraDataCallback : IUnknown {
   /// A picture arrived.
   /// picture     the bytes as the server sent them, byteCount of them (may be 0); valid during the call only.
-  /// cameraText  which camera, never empty; the BSTR is yours, free it with SysFreeString.
+  /// cameraText  which camera, up to the text's first NUL (empty where it begins with one); the BSTR is yours, free it
+  ///             with SysFreeString.
   virtual HRESULT PictureReceived(const uint8_t* picture, uint64_t byteCount, BSTR cameraText) = 0;  ///< Position 3.
   /// Values arrived: valueCount of them (at least 1), valid during the call only. Free cameraText.
   virtual HRESULT ValuesReceived(BSTR cameraText, const uint64_t* values, uint64_t valueCount) = 0;  ///< Position 4.
@@ -186,11 +187,13 @@ struct ICameraFinder : IUnknown {
   /// what the server or a malformed reply causes; no camera is handed over then. Without a channel: no camera.
   virtual void ListFoundCameras(IFoundCameraReceiver* receiver) = 0;  ///< Position 5.
   /// Installs the callback (may be null) in place of the one before. The finder holds a reference on it until it is
-  /// replaced or the finder is released. Throws where the server refuses it; the one before stays then. Without a
-  /// channel: nothing changes, and no reference is taken.
+  /// replaced, the finder is released, or the platform library lets the stream go, after which nothing arrives any
+  /// more. Throws where the server refuses it; the one before stays then. Without a channel: nothing changes, and no
+  /// reference is taken.
   virtual void SetNewCameraDataCallback(INewCameraDataCallback* callback) = 0;  ///< Position 6.
-  /// Sends the camera's credentials and network settings. The camera must not be null. 0 where the camera throws or the
-  /// server refuses; 1 otherwise, also without a channel, where nothing is sent.
+  /// Sends the camera's credentials and network settings. The camera must not be null. 1 where the server took the command,
+  /// and without a channel, where nothing is sent. 0 where the camera throws, memory runs out, the server refuses, or its
+  /// answer cannot be read: the server may have carried the command out.
   virtual uint8_t SendNetworkCommandType1(ICameraInfo* camera) = 0;  ///< Position 7.
   /// Sends the command that carries nothing. Every failure is silent.
   virtual void SendBareCommand() = 0;  ///< Position 8.

@@ -2,7 +2,8 @@
 /// languages, and those of another compiler family than the library's. For C11 and C++17; the library is
 /// TarnCameraFindingNoThrow, which is built on the finder's public interface alone.
 ///
-/// Result  S_OK; E_OUTOFMEMORY where there was no memory; E_FAIL for every other exception.
+/// Result  S_OK; E_OUTOFMEMORY for std::bad_alloc; E_FAIL for every other exception, also for the library's own "Out of
+///         memory during allocation of … bytes in FlatMemory".
 /// text    receives the exception's what(), in the system's code page, cut to textSize bytes with its NUL. Empty with
 ///         S_OK, and where the exception is not derived from std::exception. May be null.
 ///
