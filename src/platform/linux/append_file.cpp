@@ -64,11 +64,15 @@ bool WriteAll(AppendFile& file, iovec* pieces, int count) {
 }  // namespace
 
 AppendFile* OpenForAppend(const char16_t* path) {
-  const int descriptor = open(Utf8Text(path).c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+  // O_NONBLOCK, because opening a pipe would wait for its reader. It is taken back, because writing waits for a slow
+  // one.
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK;
+  const int descriptor = open(Utf8Text(path).c_str(), kFlags, 0644);
   if (descriptor < 0) {
     SetLastError(ERROR_FILE_NOT_FOUND);
     return nullptr;
   }
+  fcntl(descriptor, F_SETFL, O_APPEND);
   auto* const file = new (std::nothrow) AppendFile{descriptor, MayRaiseSignals(descriptor)};
   if (file) return file;
   close(descriptor);

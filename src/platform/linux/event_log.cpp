@@ -52,9 +52,10 @@ std::string MessageOf(int priority, const char* name, const std::string& text) {
   return std::string(head) + name + "[" + std::to_string(getpid()) + "]: " + text;
 }
 
+/// Never waits, because a log that has stopped reading would stop every thread that writes a line.
 /// A log listens for datagrams, or for a stream in which a NUL ends each message.
 bool Send(int socketType, const sockaddr_un& address, std::string message) {
-  const int connection = socket(AF_UNIX, socketType | SOCK_CLOEXEC, 0);
+  const int connection = socket(AF_UNIX, socketType | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (connection < 0) return false;
   if (socketType == SOCK_STREAM) message += '\0';
   ssize_t sent = -1;

@@ -51,6 +51,7 @@ TEST(AppendFile, PiecesArriveWholeOrFailWithoutASignal) {
   close(reader);
   EXPECT_FALSE(Append(file, pieces));
   CloseAppendFile(file);
+  EXPECT_EQ(OpenForAppend(path.u16string().c_str()), nullptr) << "nobody reads the pipe";
   std::filesystem::remove(path);
   SetLastError(ERROR_SUCCESS);
   EXPECT_EQ(OpenForAppend((path / "none").u16string().c_str()), nullptr);
