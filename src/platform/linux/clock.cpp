@@ -67,15 +67,24 @@ constexpr char kAbbreviatedDayOfWeek[] = "%a";
 /// The user's locale for dates and times. Never freed, because lines are written until the very end of the process.
 struct UserLocale {
   locale_t handle;
-  const LocaleForms& forms;
+  LocaleForms forms;
 };
 
-const LocaleForms& FormsOf(locale_t handle) {
+/// Whether a locale's time has the seconds and no zone. The times that are written have no zone, so the C library would
+/// show the machine's.
+bool IsTimeOfDayForm(std::string_view form) {
+  const auto contains = [form](const char* conversion) { return form.find(conversion) != form.npos; };
+  return (contains("%S") || contains("%OS") || contains("%T") || contains("%r")) && !contains("%Z") && !contains("%z");
+}
+
+LocaleForms FormsOf(locale_t handle) {
   const std::string_view name = nl_langinfo_l(_NL_LOCALE_NAME(LC_TIME), handle);
   if (name == "C" || name == "POSIX" || name.starts_with("C.")) return kPlainForms;
   const std::string_view time = nl_langinfo_l(T_FMT, handle);
   const bool has12Hours = time.find("%r") != time.npos || time.find("%p") != time.npos;
-  return has12Hours ? kForms12Hours : kForms24Hours;
+  LocaleForms forms = has12Hours ? kForms12Hours : kForms24Hours;
+  if (!IsTimeOfDayForm(time)) forms.time = has12Hours ? "%I:%M:%S %p" : "%H:%M:%S";
+  return forms;
 }
 
 locale_t OpenUserLocale() {
@@ -130,8 +139,7 @@ void GetSystemTimeAsFileTime(FileTime* time) {
 
 void GetLocalTime(SystemTime* time) {
   const std::timespec now = Now(CLOCK_REALTIME);
-  std::tm local{};
-  localtime_r(&now.tv_sec, &local);
+  const std::tm local = LocalParts(now.tv_sec);
   *time = {.year = static_cast<std::uint16_t>(local.tm_year + 1900),
            .month = static_cast<std::uint16_t>(local.tm_mon + 1),
            .dayOfWeek = static_cast<std::uint16_t>(local.tm_wday),

@@ -15,6 +15,7 @@
 #include "platform/error_codes.h"
 #include "platform/errors.h"
 #include "platform/linux/text.h"
+#include "platform/linux/time_zone.h"
 
 /// Events go to the socket of the system's log, one message each. The functions of the C library are not used, because
 /// they have one name and one connection for the whole process, and those are the host's.
@@ -43,17 +44,15 @@ int PriorityOf(std::uint16_t eventType) {
 std::string MessageOf(int priority, const char* name, const std::string& text) {
   static constexpr char kMonths[][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
+  const std::tm local = LocalParts(std::time(nullptr));
   char head[64];
   std::snprintf(head, sizeof head, "<%d>%s %2d %02d:%02d:%02d ", priority, kMonths[local.tm_mon], local.tm_mday,
                 local.tm_hour, local.tm_min, local.tm_sec);
   return std::string(head) + name + "[" + std::to_string(getpid()) + "]: " + text;
 }
 
-/// Never waits, because a log that has stopped reading would stop every thread that writes a line.
 /// A log listens for datagrams, or for a stream in which a NUL ends each message.
+/// Never waits, because a log that has stopped reading would stop every thread that writes a line.
 bool Send(int socketType, const sockaddr_un& address, std::string message) {
   const int connection = socket(AF_UNIX, socketType | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   if (connection < 0) return false;

@@ -114,6 +114,11 @@ TimeZonePeriod TimeZonePeriodAt(std::time_t now) {
   return period;
 }
 
+std::tm LocalParts(std::time_t time) {
+  tzset();
+  return LocalTime(time);
+}
+
 TimeZonePeriod TimeZoneCache::Get(std::time_t now) {
   const char* const setting = std::getenv("TZ");
   const std::string_view zone = setting ? setting : kSystemZone;

@@ -22,6 +22,9 @@ struct TimeZonePeriod {
 /// rules, and the bias is the period's own.
 TimeZonePeriod TimeZonePeriodAt(std::time_t now);
 
+/// The parts of a time in the zone that is set now. localtime_r alone may use one that was set before.
+std::tm LocalParts(std::time_t time);
+
 /// Keeps the last period together with the setting that it comes from, because a period takes many calls of the C
 /// library. A setting that is longer than the room is not kept. Thread-safe.
 class TimeZoneCache {
