@@ -10,6 +10,8 @@ namespace {
 
 void SetHistoryLine(std::u16string& line, const DebugOutRecord& record, const std::u16string& text) {
   constexpr std::size_t kUsualFrame = 32;
+  // The storage of a much longer message goes, because a history of short ones would keep it.
+  if (line.capacity() > 4 * (text.size() + kUsualFrame)) std::u16string().swap(line);
   line.clear();
   line.reserve(text.size() + kUsualFrame);
   AppendText(line, LevelText(record.level));

@@ -335,6 +335,16 @@ TEST(EventLogAddOnDeathTest, IsReportedAndNotUsed) {
   EXPECT_EXIT(writeTwoEvents(u"EventLogOutput.dll", yes), success, found + functions + "$");
 }
 
+TEST(OutputHistory, ALongMessageGoesWithItsStorage) {
+  OutputHistoryStreamer history(1);
+  const DebugOutRecord record{1, "NET", dolInfo};
+  history.Write(record, u"short");
+  const std::int64_t before = fakes::GetHeapUse().bytes;
+  history.Write(record, std::u16string(100'000, u'x'));
+  history.Write(record, u"short");
+  EXPECT_LT(fakes::GetHeapUse().bytes - before, 1000);
+}
+
 TEST_F(Diagnostics, LinesOfEightThreadsDoNotMixAndTheHistoryKeeps1024) {
   constexpr int kThreads = 8, kLines = 150;
   Start();
