@@ -47,7 +47,11 @@ bool IsSocketModulePath(const char16_t* path) {
 std::string ExecutablePath() {
   char path[4096];
   const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-  return length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
+  std::string_view found(path, length > 0 ? static_cast<std::size_t>(length) : 0);
+  // The system adds this where the file was replaced, as an update of the program does.
+  constexpr std::string_view kDeleted = " (deleted)";
+  if (found.ends_with(kDeleted)) found.remove_suffix(kDeleted.size());
+  return std::string(found);
 }
 
 std::string PathOf(ModuleHandle module) {

@@ -150,7 +150,7 @@ class Parser {
  private:
   /// A backslash at the end of a line continues it where it is a list of bytes; a comment may end in one too.
   static bool IsContinued(std::u16string_view line) {
-    return line.ends_with(u'\\') && !line.starts_with(u';') && line.find(u"=hex") != line.npos;
+    return line.ends_with(u'\\') && !line.starts_with(u';') && line.find(u"hex") != line.npos;
   }
 
   void ParseLine(std::u16string_view line) {

@@ -36,7 +36,7 @@ using RegistryValues = std::vector<RegistryValue>;
 /// By the path below HKEY_LOCAL_MACHINE in upper case.
 using RegistryKeys = std::map<std::u16string, RegistryValues, std::less<>>;
 
-/// content: UTF-16 with a byte-order mark, else UTF-8.
+/// content: little-endian UTF-16 with a byte-order mark, else UTF-8.
 RegistryKeys ParseRegistryFile(std::string_view content);
 
 /// No keys where the path names no file, a file that cannot be read, or one of more than 16 MiB. Only a regular file is

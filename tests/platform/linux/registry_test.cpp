@@ -41,6 +41,7 @@ TEST(RegistryFile, ValuesOfAllFormsAreRead) {
       {"dword", "\"V\"=dword:0000fFa5", REG_DWORD, {0xA5, 0xFF, 0, 0}},
       {"binary", "\"V\"=hex:01,02,FE", REG_BINARY, {1, 2, 0xFE}},
       {"qword", "\"V\"=hex(b):01,00,00,00,00,00,00,80", REG_QWORD, {1, 0, 0, 0, 0, 0, 0, 0x80}},
+      {"continued, with blanks", "\"V\" = hex:01,\\\r\n  02", REG_BINARY, {1, 2}},
       {"continued", "\"V\"=hex:01,\\\r\n  02,\\\r\n  03\r\n\"W\"=\"\"", REG_BINARY, {1, 2, 3}},
       {"indented", "; \"V\"=dword:9\n\t \"V\" = dword:2 \n", REG_DWORD, {2, 0, 0, 0}},
       {"last one counts", "\"V\"=dword:1\n\"v\"=dword:2", REG_DWORD, {2, 0, 0, 0}},
