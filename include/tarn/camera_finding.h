@@ -191,9 +191,9 @@ struct ICameraFinder : IUnknown {
   /// more. Throws where the server refuses it; the one before stays then. Without a channel: nothing changes, and no
   /// reference is taken.
   virtual void SetNewCameraDataCallback(INewCameraDataCallback* callback) = 0;  ///< Position 6.
-  /// Sends the camera's credentials and network settings. The camera must not be null. 1 where the server took the command,
-  /// and without a channel, where nothing is sent. 0 where the camera throws, memory runs out, the server refuses, or its
-  /// answer cannot be read: the server may have carried the command out.
+  /// Sends the camera's credentials and network settings. The camera must not be null. 1 where the server took the
+  /// command, and without a channel, where nothing is sent. 0 where the camera throws, memory runs out, the server
+  /// refuses, or its answer cannot be read: the server may have carried the command out.
   virtual uint8_t SendNetworkCommandType1(ICameraInfo* camera) = 0;  ///< Position 7.
   /// Sends the command that carries nothing. Every failure is silent.
   virtual void SendBareCommand() = 0;  ///< Position 8.

@@ -5,7 +5,8 @@
 /// convert a source of kNulTerminated length with its terminator. Both return 0 on failure, with the last error
 /// ERROR_INSUFFICIENT_BUFFER, ERROR_INVALID_FLAGS or ERROR_INVALID_PARAMETER. No text is refused: with flags 0 an
 /// invalid UTF-8 sequence or an unpaired surrogate becomes U+FFFD, and a character that the ANSI code page lacks
-/// becomes "?" or, on Windows, a similar one. Thread-safe. Neither allocates, except Linux at the first use of CP_ACP.
+/// becomes "?" or, on Windows, a similar one. Linux has no use for the flags of CP_ACP: a letter with a combining mark
+/// is two characters. Thread-safe. Neither allocates, except Linux at the first use of CP_ACP.
 #pragma once
 
 #include <cstdint>

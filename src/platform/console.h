@@ -2,7 +2,8 @@
 /// sequences.
 ///
 /// With a handle that is no console, for example that of a file, the functions fail: they return false with the
-/// thread's last error set. Thread-safe; the texts of two calls do not mix.
+/// thread's last error set. Thread-safe; the texts of two calls do not mix, except on Linux where a signal interrupts
+/// one.
 #pragma once
 
 #include <cstdint>

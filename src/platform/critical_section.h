@@ -1,7 +1,8 @@
 /// A recursive lock that spins before it sleeps. Requires that nobody holds it when it is destroyed. Does not throw.
 ///
-/// On Windows it can be entered while the process ends, when the thread that held it is dead; a mutex of the standard
-/// library then blocks for ever. So every lock that may be taken then is one of these.
+/// On Windows no thread hangs in it while the process ends, when the thread that held it is dead: the system ends the
+/// process there (Wine lets the thread in). A mutex of the standard library blocks for ever. So every lock that may be
+/// taken then is one of these, and nothing that must be done may stand behind it.
 #pragma once
 
 #include <cstddef>
