@@ -52,6 +52,7 @@ std::pair<FoundCamera*, bool> FoundCameras::BeginChange(const CameraSnapshot& ca
     FoundCamera& found = shown_.emplace_front();
     found.camera.told = Told::kMac;
     found.camera.mac = camera.mac;
+    if (camera.mac == kUnknownAddress) found.camera.ip = camera.ip;  // part of its address
     found.camera = Merge(found.camera, camera);
     found.arrival = arrival;
     found.firstSeen = found.lastSeen = at;

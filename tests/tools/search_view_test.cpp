@@ -98,6 +98,8 @@ TEST(FoundCameras, AListAfterTheEventsCompletesWithoutOverriding) {
   EXPECT_EQ(cameras.Apply(Event(0, Camera("C", "10.0.0.4"))).lastChange, Change::kSame);
   EXPECT_EQ(cameras.ApplyListed(Camera("C", "10.0.0.5"), {}), nullptr);
   EXPECT_EQ(cameras.FindByText("C")->camera.ip, "10.0.0.4");
+  cameras.MarkListed(Camera("UNKNOWN", "10.0.0.6"), {});
+  EXPECT_EQ(cameras.Apply(Event(0, Camera("UNKNOWN", "10.0.0.6"))).lastChange, Change::kSame);
 }
 
 class Text final : public TextOutput {
