@@ -9,17 +9,33 @@
 #include "tools/text.h"
 
 namespace tarnfind {
+namespace {
+
+/// The file that a link points to, because the link itself must stay.
+std::filesystem::path Target(const std::string& file) {
+  const std::filesystem::path path = PathFromUtf8(file);
+  std::error_code none;
+  return std::filesystem::is_symlink(path, none) ? std::filesystem::weakly_canonical(path) : path;
+}
+
+}  // namespace
 
 bool IsSameFile(const std::string& first, const std::string& second) {
   std::error_code none;
   return std::filesystem::equivalent(PathFromUtf8(first), PathFromUtf8(second), none);
 }
 
-ReplacedFile::ReplacedFile(const std::string& file)
-    : file_(file), path_(PathFromUtf8(file)), part_(PathFromUtf8(file + ".part")) {
+ReplacedFile::ReplacedFile(const std::string& file) : file_(file), path_(Target(file)), part_(path_) {
+  part_ += ".part";
+  std::error_code none;
+  const std::filesystem::file_status before = std::filesystem::status(path_, none);
+  if (std::filesystem::exists(before) && !std::filesystem::is_regular_file(before)) Fail("it is no ordinary file");
+  if (std::filesystem::exists(part_, none)) Fail(fmt::format("\"{}.part\" is in the way; rename or remove it", file_));
   errno = 0;
   stream_.open(part_, std::ios::binary);
   if (!stream_) Fail(FileFailureReason());
+  // While it is empty, because nobody may read what the old file hides.
+  if (std::filesystem::exists(before)) std::filesystem::permissions(part_, before.permissions(), none);
 }
 
 ReplacedFile::~ReplacedFile() {

@@ -14,7 +14,9 @@ bool IsSameFile(const std::string& first, const std::string& second);
 
 class ReplacedFile {
  public:
-  /// Opens "FILE.part" beside it, empty. Throws Failure where that cannot be written. file: UTF-8.
+  /// Opens "FILE.part" beside it, empty, with the permissions of the file that it replaces. Throws Failure where that
+  /// cannot be written or exists already, and where the file is a device, a pipe or a folder. Of a link, the file that
+  /// it points to is replaced. file: UTF-8.
   explicit ReplacedFile(const std::string& file);
   /// Without Finish nothing is left behind, and the file stays as it was.
   ~ReplacedFile();
@@ -32,7 +34,7 @@ class ReplacedFile {
 
   const std::string file_;
   const std::filesystem::path path_;
-  const std::filesystem::path part_;
+  std::filesystem::path part_;
   std::ofstream stream_;
 };
 
