@@ -10,8 +10,6 @@ namespace capture {
 namespace {
 
 constexpr std::uint64_t kNanosecondsPerSecond = 1'000'000'000;
-/// More than the largest packet with all its options; a larger block of ours is damage.
-constexpr std::uint32_t kLargestBlock = 1 << 20;
 /// No section of the recorder has more than one; merged files have some.
 constexpr std::size_t kMostInterfaces = 4096;
 constexpr std::size_t kSectionFixedSize = 16;

@@ -1,6 +1,7 @@
 #include "capture/file_end.h"
 
 #include <fstream>
+#include <optional>
 
 #include "capture/format.h"
 
@@ -18,19 +19,28 @@ bool IsLength(std::uint32_t length) {
   return length >= kBlockHeadSize + kBlockTailSize && length % 4 == 0;
 }
 
+bool IsOurType(std::uint32_t type) {
+  return type == kEnhancedPacket || type == kInterfaceDescription || type == kSectionHeader;
+}
+
 bool EndsWithBlock(std::ifstream& file, std::uint64_t size) {
   std::uint32_t length = 0;
   std::uint32_t head[2];
   return ReadAt(file, size - kBlockTailSize, &length, 1) && IsLength(length) && length <= size &&
-         ReadAt(file, size - length, head, 2) && head[1] == length &&
-         (head[0] == kEnhancedPacket || head[0] == kInterfaceDescription || head[0] == kSectionHeader);
+         ReadAt(file, size - length, head, 2) && head[1] == length && IsOurType(head[0]);
 }
 
-/// Where the last whole block ends.
-std::uint64_t EndOfBlocks(std::ifstream& file, std::uint64_t size) {
+/// Where the whole blocks end, with a block behind them that is cut off or with nothing. Null where something else
+/// stands there, because whole blocks may follow the damage.
+std::optional<std::uint64_t> EndOfBlocks(std::ifstream& file, std::uint64_t size) {
   std::uint64_t end = 0;
-  std::uint32_t head[2];
-  while (ReadAt(file, end, head, 2) && IsLength(head[1]) && head[1] <= size - end) end += head[1];
+  std::uint32_t head[2], length = 0;
+  while (ReadAt(file, end, head, 2)) {
+    if (!IsLength(head[1])) return std::nullopt;
+    if (head[1] > size - end) return IsOurType(head[0]) && head[1] <= kLargestBlock ? std::optional(end) : std::nullopt;
+    if (!ReadAt(file, end + head[1] - kBlockTailSize, &length, 1) || length != head[1]) return std::nullopt;
+    end += head[1];
+  }
   return end;
 }
 
@@ -41,12 +51,16 @@ FileEnd MendFileEnd(const std::filesystem::path& path) {
   if (!file) return FileEnd::kGood;
   const auto size = static_cast<std::uint64_t>(file.tellg());
   if (size == 0) return FileEnd::kGood;
-  std::uint32_t type = 0;
-  if (!ReadAt(file, 0, &type, 1) || type != kSectionHeader) return FileEnd::kNotOurs;
+  // The type of the first block reads the same in both byte orders, the magic does not.
+  std::uint32_t head[3] = {0, 0, kByteOrderMagic};
+  const std::size_t headNumbers = size < sizeof head ? 1 : 3;
+  if (!ReadAt(file, 0, head, headNumbers) || head[0] != kSectionHeader || head[2] != kByteOrderMagic)
+    return FileEnd::kNotOurs;
   if (EndsWithBlock(file, size)) return FileEnd::kGood;
-  const std::uint64_t end = EndOfBlocks(file, size);
+  const std::optional<std::uint64_t> end = EndOfBlocks(file, size);
+  if (!end) return FileEnd::kNotOurs;
   file.close();
-  std::filesystem::resize_file(path, end);
+  std::filesystem::resize_file(path, *end);
   return FileEnd::kMended;
 }
 

@@ -124,6 +124,8 @@ inline constexpr std::uint16_t kLinkTypeUser0 = 147;
 /// Type and length in front, the length behind.
 inline constexpr std::size_t kBlockHeadSize = 8;
 inline constexpr std::size_t kBlockTailSize = 4;
+/// More than the largest packet with all its options; a larger one of these blocks is damage.
+inline constexpr std::uint32_t kLargestBlock = 1 << 20;
 
 /// An Enhanced Packet Block up to the packet's bytes, which are padded to a multiple of 4.
 struct PacketHead {

@@ -106,7 +106,7 @@ class RecordingHolder {
  private:
   void Start(const Settings& settings) {
     if (capture::MendFileEnd(settings.file) == capture::FileEnd::kNotOurs)
-      return Say("nothing is recorded: the file is no capture, and stays as it is");
+      return Say("nothing is recorded: the file is no capture, or a damaged one, and stays as it is");
     platform::AppendFile* const file = platform::OpenForAppend(settings.file.c_str());
     if (!file) return Say("nothing is recorded: the file cannot be opened");
     current.store(new (storage_) Recording(file, settings.secrets));

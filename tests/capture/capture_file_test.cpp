@@ -92,6 +92,15 @@ TEST(CaptureFile, CutAtAnyByteItIsReadToItsLastWholeBlock) {
     EXPECT_EQ(MendFileEnd(file), n == end ? FileEnd::kGood : n < 4 ? FileEnd::kNotOurs : FileEnd::kMended);
     EXPECT_EQ(std::filesystem::file_size(file), n < 4 ? n : end);
   }
+  // Damage in front of whole blocks, and the other byte order: nothing is cut off.
+  for (const auto& [offset, value] : {std::pair<std::size_t, std::uint8_t>(kSectionStart + 4, 0xFE), {8, 0x1A}}) {
+    Bytes damaged(whole.begin(), whole.end() - 1);
+    damaged[offset] = value;
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(damaged.data()), static_cast<std::streamsize>(damaged.size()));
+    EXPECT_EQ(MendFileEnd(file), FileEnd::kNotOurs) << offset;
+    EXPECT_EQ(std::filesystem::file_size(file), damaged.size());
+  }
   std::filesystem::remove(file);
 }
 
