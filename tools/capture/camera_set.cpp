@@ -66,6 +66,7 @@ CameraSet ReadSavedCameras(std::istream& file, const std::string& path) {
     if (!object.is_object()) throw wrong("is neither JSON nor the beginning of a capture");
     if (!TakeCameraObject(cameras, object)) throw wrong("shows a camera without an address");
   }
+  if (file.bad()) throw WrongUse(fmt::format("{} cannot be read", Printable(path)));
   return cameras;
 }
 

@@ -31,6 +31,7 @@ std::size_t CaptureFile::Read(void* target, std::size_t size) {
   while (true) {
     input.read(bytes + got, static_cast<std::streamsize>(size - got));
     got += static_cast<std::size_t>(input.gcount());
+    if (input.bad()) throw WrongUse(fmt::format("{} cannot be read", Printable(path_)));  // a folder, for example
     if (got == size || !isEnough_ || isEnough_()) return got;
     input.clear();
     std::this_thread::sleep_for(kLookInterval);

@@ -55,6 +55,7 @@ class LineReader {
       const std::string_view line(line_.data());
       if (line.find_first_not_of(" \t\r") != std::string_view::npos) return Parse(line);
     }
+    if (stream_.bad()) throw WrongUse(fmt::format("{} cannot be read", Printable(path_)));
     if (!stream_.eof()) ++number_, Fail("is too long");
     return std::nullopt;
   }
