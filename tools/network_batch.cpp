@@ -159,6 +159,7 @@ std::string ReadTextFile(const std::string& file) {
   if (stream.bad() || (file != "-" && !opened.is_open())) throw WrongUse(fmt::format("cannot read \"{}\"", file));
   if (text.size() > kLargestFile) throw WrongUse(fmt::format("\"{}\" is too large", file));
   if (!IsValidUtf8(text)) throw WrongUse(fmt::format("\"{}\" is no valid UTF-8", file));
+  if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
   return text;
 }
 

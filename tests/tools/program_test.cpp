@@ -104,7 +104,7 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
       {"search --for 0.2 --exec " TARNFIND_PROGRAM, 1, "2 cameras: 2 known",
        "tarnfind: a command is missing; see tarnfind --help\ntarnfind: \"" TARNFIND_PROGRAM "\" ended with 2\n"},
       {change, 2, "", "tarnfind: nothing to change"},
-      {change + "--password-file -", 2, "", "tarnfind: \"-\" is empty"},
+      {change + "--password-file -", 2, "", "tarnfind: \"-\" has no password in its first line"},
       {"set-network 00:40:8C:00:00:01 --dhcp", 2, "", "tarnfind: standard input is no terminal"},
       {change + "--dhcp --ip 10.0.0.3", 2, "", "tarnfind: with DHCP the network chooses the address"},
       {change + "--static --ip 10.0.0.2", 2, "",

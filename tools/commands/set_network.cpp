@@ -274,8 +274,8 @@ NetworkBatch BatchOf(const Options& options) {
   }
   if (!options.passwordFile.empty()) {
     std::string text = ReadTextFile(options.passwordFile);
-    if (text.empty()) throw WrongUse(fmt::format("\"{}\" is empty, and no password", options.passwordFile));
     text.erase(std::min(text.find_first_of("\r\n"), text.size()));
+    if (text.empty()) throw WrongUse(fmt::format("\"{}\" has no password in its first line", options.passwordFile));
     batch.changes[0].password = std::move(text);
   }
   if (const std::string wrong = Contradiction(batch.changes[0]); !wrong.empty()) throw WrongUse(wrong);
