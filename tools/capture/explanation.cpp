@@ -26,8 +26,9 @@ constexpr std::uint64_t kSlow = 1'000'000'000;
 constexpr std::size_t kMakersPrefix = 8;  // "00:40:8C"
 constexpr std::size_t kNearestShown = 5;
 
+/// Signed, because a capture may begin with a packet that is not the oldest.
 double Seconds(std::uint64_t nanoseconds) {
-  return static_cast<double>(nanoseconds) / 1e9;
+  return static_cast<double>(static_cast<std::int64_t>(nanoseconds)) / 1e9;
 }
 
 std::string Name(Function function) {
@@ -366,7 +367,7 @@ void Explainer::Judge(Explanation& explanation) const {
        "No block arrived: the server has pushed nothing.",
        {"Let the search run longer.", std::string("Tell the server about it: ") + kCommandsThatReportBack + "."}},
       {true,
-       "The server has never named it: it has not found it.",
+       "The server has never named it in this recording.",
        {"See whether the camera has power and network, and stands in the server's network.",
         std::string("Tell the server about it: ") + kCommandsThatReportBack + "."}},
   };

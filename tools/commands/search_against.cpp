@@ -29,14 +29,21 @@ class Comparison final : public TextOutput {
   void Write(std::string_view text) override {
     line_ += text;
     for (std::size_t end = line_.find('\n'); end != std::string::npos; end = line_.find('\n')) {
-      const std::string mac = TakeCameraObject(found_, Json::parse(line_.substr(0, end))).value_or("");
+      const Json object = Json::parse(line_.substr(0, end));
       line_.erase(0, end + 1);
+      if (object.value("event", "") == "summary") hasList_ = object.value("list", "") == "arrived";
+      const std::string mac = TakeCameraObject(found_, object).value_or("");
       if (!mac.empty()) Tell(mac);
     }
   }
 
-  /// Tells of the cameras that the search has not shown: they are gone. Returns how many cameras differ.
+  /// Tells of the cameras that the search has not shown: they are gone. Returns how many cameras differ. Throws
+  /// CommandError where the search has ended before the server's list, because nobody knows then what is missing.
   std::size_t Finish() {
+    if (!hasList_)
+      throw CommandError(kWrongUse,
+                         "the list of known cameras has not arrived, so missing ones cannot be told; "
+                         "let the search run longer with --for");
     for (const auto& [mac, camera] : before_) Tell(mac);
     const std::size_t differences = Compare(before_, found_).size();
     if (json_)
@@ -64,6 +71,7 @@ class Comparison final : public TextOutput {
   const bool json_;
   TextOutput& output_;
   std::string line_;
+  bool hasList_ = false;
   CameraSet found_;
   std::map<std::string, std::string> told_;  ///< what was told last of a camera; empty: nothing differs
 };
