@@ -166,7 +166,9 @@ std::optional<float> ExtractFloat(std::string_view& text) {
   const auto length = static_cast<std::size_t>(read.ptr - text.data());
   const bool underflow = read.ec == std::errc::result_out_of_range && !IsTooLarge(text.substr(0, length), false);
   if (read.ec != std::errc() && !underflow) return std::nullopt;
-  if (read.ptr != end && (*read.ptr == 'e' || *read.ptr == 'E')) return std::nullopt;
+  // An exponent without digits is an error; an "e" behind a whole one is only what follows the number.
+  const bool hasExponent = text.substr(0, length).find_first_of("eE") != text.npos;
+  if (!hasExponent && read.ptr != end && (*read.ptr == 'e' || *read.ptr == 'E')) return std::nullopt;
   text.remove_prefix(length);
   return negative ? -number : number;
 }
