@@ -62,6 +62,8 @@ std::uint64_t NameSize(const std::string& name) {
 
 std::uint64_t RecordSize(const Variant& value) {
   if (const auto* const text = value.GetIf<std::string>()) return NameSize(*text);
+  // Throws for an unreadable blob before room is made for the size that it claims.
+  if (const auto* const blob = value.GetIf<BlobPtr>()) blob->GetBytes();
   const std::uint64_t length = value.GetFixedSize();
   return 1 + (length == kVariableSize ? sizeof(std::uint32_t) + value.GetSize() : length);
 }

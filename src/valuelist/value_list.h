@@ -98,7 +98,7 @@ class ValueList {
   /// Appends the binary form to the buffer, which may be one that values of this list point into. Throws
   /// BufferException kInvalidPointerRequest for a blob that was made from text; the buffer then stays as it was.
   void Write(Buffer& buffer) const;
-  /// Size in bytes of the binary form.
+  /// Size in bytes of the binary form. Throws as Write.
   std::uint64_t GetBinarySize() const;
   /// Writes exactly GetBinarySize bytes. Throws as Write. Requires a target that no value of this list points into.
   void WriteTo(std::uint8_t* target) const;
