@@ -56,14 +56,16 @@ TEST_F(Reload, ADeliveryDoesNotNeedTheLoaderLock) {
   const FinderLibrary library;
   const auto finder = library.MakeFinder();
   CountingCallback callback;
-  std::promise<void> locked, arrived;
+  std::promise<void> running, locked, arrived;
   finder->SetNewCameraDataCallback(&callback);
-  dbi.Push(3, SampleOfType(3));  // starts a worker, which takes that lock on Windows
+  dbi.Push(3, SampleOfType(3));  // starts a worker; on Windows a thread that starts takes that lock
   std::thread delivery([&] {
+    running.set_value();
     locked.get_future().wait();
     dbi.Push(7, SampleOfType(7));  // a camera whose texts become narrow
     arrived.set_value();
   });
+  running.get_future().wait();
   dbi.insideLoad = [&] {
     locked.set_value();
     EXPECT_EQ(arrived.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
