@@ -177,9 +177,9 @@ bool FileTimeToSystemTime(const FileTime& fileTime, SystemTime* systemTime) {
 }
 
 std::uint32_t GetTimeZoneInformation(TimeZoneInformation* information) {
-  const TimeZonePeriod period = timeZoneCache.Get(Now(CLOCK_REALTIME).tv_sec);
-  *information = period.rules;
-  return period.state;
+  const TimeZoneAnswer answer = timeZoneCache.Get(Now(CLOCK_REALTIME).tv_sec);
+  *information = answer.rules;
+  return answer.state;
 }
 
 int GetDateFormatW(std::uint32_t flags, const SystemTime& time, const char16_t* picture, char16_t* text, int units) {

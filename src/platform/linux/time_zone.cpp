@@ -83,35 +83,30 @@ void SetName(char16_t (&target)[N], std::time_t time) {
 
 }  // namespace
 
-TimeZonePeriod TimeZonePeriodAt(std::time_t now) {
+TimeZoneAnswer TimeZoneAt(std::time_t now) {
   std::tm utc{};
   gmtime_r(&now, &utc);
-  const std::time_t yearBegin = BeginOfYear(utc.tm_year + 1900), yearEnd = BeginOfYear(utc.tm_year + 1901);
-  const std::vector<std::time_t> transitions = Transitions(yearBegin, yearEnd);
-
-  TimeZonePeriod period{.begin = yearBegin, .end = yearEnd, .state = kUnknown, .rules = {}};
-  for (const std::time_t transition : transitions) {
-    if (transition <= now) period.begin = transition;
-    if (transition > now) period.end = std::min(period.end, transition);
-  }
+  const std::vector<std::time_t> transitions =
+      Transitions(BeginOfYear(utc.tm_year + 1900), BeginOfYear(utc.tm_year + 1901));
+  TimeZoneAnswer answer{.state = kUnknown, .rules = {}};
 
   const bool hasRules = transitions.size() == 2 && OffsetAt(transitions[0] - 1) == OffsetAt(transitions[1]);
   if (!hasRules) {
-    period.rules.bias = BiasAt(now);
-    SetName(period.rules.standardName, now);
-    SetName(period.rules.daylightName, now);
-    return period;
+    answer.rules.bias = BiasAt(now);
+    SetName(answer.rules.standardName, now);
+    SetName(answer.rules.daylightName, now);
+    return answer;
   }
   const bool northern = OffsetAt(transitions[0]) > OffsetAt(transitions[1]);
   const std::time_t daylight = transitions[northern ? 0 : 1], standard = transitions[northern ? 1 : 0];
-  period.state = OffsetAt(now) == OffsetAt(daylight) ? kDaylight : kStandard;
-  period.rules.bias = BiasAt(standard);
-  period.rules.daylightBias = BiasAt(daylight) - period.rules.bias;
-  period.rules.standardDate = RelativeDate(standard);
-  period.rules.daylightDate = RelativeDate(daylight);
-  SetName(period.rules.standardName, standard);
-  SetName(period.rules.daylightName, daylight);
-  return period;
+  answer.state = OffsetAt(now) == OffsetAt(daylight) ? kDaylight : kStandard;
+  answer.rules.bias = BiasAt(standard);
+  answer.rules.daylightBias = BiasAt(daylight) - answer.rules.bias;
+  answer.rules.standardDate = RelativeDate(standard);
+  answer.rules.daylightDate = RelativeDate(daylight);
+  SetName(answer.rules.standardName, standard);
+  SetName(answer.rules.daylightName, daylight);
+  return answer;
 }
 
 std::tm LocalParts(std::time_t time) {
@@ -119,19 +114,18 @@ std::tm LocalParts(std::time_t time) {
   return LocalTime(time);
 }
 
-TimeZonePeriod TimeZoneCache::Get(std::time_t now) {
+TimeZoneAnswer TimeZoneCache::Get(std::time_t now) {
   const char* const setting = std::getenv("TZ");
   const std::string_view zone = setting ? setting : kSystemZone;
   const std::lock_guard guard(mutex_);
-  if (now < period_.begin || now >= period_.end || zone != zone_) {
+  if (now != second_ || zone != zone_) {
     tzset();
-    period_ = TimeZonePeriodAt(now);
-    if (zone.size() < sizeof zone_)
-      zone_[zone.copy(zone_, zone.size())] = '\0';
-    else
-      period_.end = period_.begin;
+    answer_ = TimeZoneAt(now);
+    const bool fits = zone.size() < sizeof zone_;
+    second_ = fits ? now : kNever;
+    if (fits) zone_[zone.copy(zone_, zone.size())] = '\0';
   }
-  return period_;
+  return answer_;
 }
 
 }  // namespace platform
