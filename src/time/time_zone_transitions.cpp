@@ -75,7 +75,7 @@ std::uint32_t YearFromMilliseconds(std::uint64_t milliseconds) {
 
 TimeZoneTransitions GetTimeZoneTransitions(std::uint32_t year, const platform::TimeZoneInformation& zone) {
   const std::lock_guard guard(StaticLock<Cache>());
-  if (cache.year != year || std::memcmp(&cache.zone, &zone, sizeof zone) != 0) {
+  if (cache.year == 0 || cache.year != year || std::memcmp(&cache.zone, &zone, sizeof zone) != 0) {
     const TimeZoneTransitions transitions = {Transition(year, zone.standardDate), Transition(year, zone.daylightDate)};
     cache.year = year;
     cache.zone = zone;
