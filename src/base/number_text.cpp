@@ -127,7 +127,12 @@ double ParseDouble(std::string_view text) {
   if (!text.empty() && (text.front() == '-' || text.front() == '+')) return 0;
   const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&
                    (IsHexDigit(text[2]) || (text[2] == '.' && text.size() > 3 && IsHexDigit(text[3])));
-  if (hex) text.remove_prefix(2);
+  if (hex) {
+    text.remove_prefix(2);
+    // std::from_chars takes "p+-4" for an exponent.
+    const std::size_t mark = text.find_first_of("pP");
+    if (mark != text.npos && text.substr(mark + 1).starts_with("+-")) text = text.substr(0, mark);
+  }
   double number = 0;
   const char* const end = text.data() + text.size();
   const auto read =

@@ -93,7 +93,7 @@ TEST(VariantText, IsReadByTheRuleOfTheType) {
         Case{".", notBool + "." + notFloat}, Case{"+-1", notBool + "+-1" + notFloat}}},
       {"0.",
        {Case{"\n+2.5,", "2.5"}, Case{"+-1", "0."}, Case{"-1e400", "-inf"}, Case{"1" + zeros, "inf"},
-        Case{"0x1.8p3", "12."}, Case{"0x1" + zeros + "p-500", "inf"}, Case{"0X.8", "0.5"}, Case{"0x.F", "0.9375"},
+        Case{"0x1.8p3", "12."}, Case{"0x1p+-4", "1."}, Case{"0x1" + zeros + "p-500", "inf"}, Case{"0X.8", "0.5"}, Case{"0x.F", "0.9375"},
         Case{"0x", "0."}, Case{"0x.", "0."}, Case{"0xAp-2000", "0."}, Case{"0xFP2000", "inf"},
         Case{"0." + zeros + "1", "0."}, Case{"0." + zeros + "1e500", "1.e+099"}, Case{"0." + zeros + "1e50", "0."},
         Case{"1E9999999999", "inf"}, Case{"", "0."}}},
