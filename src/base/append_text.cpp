@@ -36,8 +36,10 @@ void AppendText(std::u16string& target, std::string_view text) {
   const std::size_t length = target.size();
   // ASCII needs no conversion: it is the same in every ANSI code page.
   if (AppendBytes(target, text)) return;
-  target.resize(length);
-  target += AnsiToWide(text);
+  // A text that begins with NUL is an empty one to AnsiToWide.
+  const std::size_t nuls = text.find_first_not_of('\0');
+  target.resize(length + nuls);
+  target += AnsiToWide(text.substr(nuls));
 }
 
 void AppendNumber(std::u16string& target, std::int64_t number) {
