@@ -9,11 +9,8 @@ namespace tarnfind {
 
 namespace {
 
-constexpr char kUnknownAddress[] = "UNKNOWN";
-
-std::string AddressOf(const CameraSnapshot& camera) {
-  if (camera.mac == kUnknownAddress) return camera.mac + ' ' + camera.ip;
-  return StandardMac(camera.mac).value_or(camera.mac);
+std::string KeyOf(const CameraSnapshot& camera) {
+  return CameraKey(camera.mac, camera.ip);
 }
 
 bool HasIp(const FoundCamera& found) {
@@ -46,13 +43,13 @@ void FoundCameras::Count(const FoundCamera& found, std::size_t by) {
 }
 
 std::pair<FoundCamera*, bool> FoundCameras::BeginChange(const CameraSnapshot& camera, WallTime at) {
-  const auto [entry, added] = byAddress_.try_emplace(AddressOf(camera));
+  const auto [entry, added] = byAddress_.try_emplace(KeyOf(camera));
   if (added) {
     const std::size_t arrival = Size();
     FoundCamera& found = shown_.emplace_front();
     found.camera.told = Told::kMac;
     found.camera.mac = camera.mac;
-    if (camera.mac == kUnknownAddress) found.camera.ip = camera.ip;  // part of its address
+    if (camera.mac == kUnknownMac) found.camera.ip = camera.ip;  // part of its key
     found.camera = Merge(found.camera, camera);
     found.arrival = arrival;
     found.firstSeen = found.lastSeen = at;
@@ -70,7 +67,7 @@ void FoundCameras::EndChange(FoundCamera& found) {
   Count(found, 1);
   if (HasIp(found)) presentByIp_[found.camera.ip].insert(&found);
   byModel_[found.camera.model].insert(&found);
-  const Place place = byAddress_.at(AddressOf(found.camera));
+  const Place place = byAddress_.at(KeyOf(found.camera));
   std::list<FoundCamera>& from = found.shown ? shown_ : hidden_;
   found.shown = !filter_ || filter_(found);
   std::list<FoundCamera>& target = found.shown ? shown_ : hidden_;

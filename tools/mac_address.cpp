@@ -51,4 +51,8 @@ std::optional<std::string> StandardMac(std::string_view text) {
   return std::nullopt;
 }
 
+std::string CameraKey(const std::string& mac, const std::string& ip) {
+  return mac == kUnknownMac ? mac + ' ' + ip : StandardMac(mac).value_or(mac);
+}
+
 }  // namespace tarnfind

@@ -403,7 +403,11 @@ TEST(Diff, TellsWhatAppearedWentMovedAndChanged) {
             "gone      00:00:00:00:00:03 10.0.0.3\n"
             "appeared  00:00:00:00:00:04 10.0.0.4\n"
             "changed   00:00:00:00:00:05 10.0.0.5 D\n"
-            "          model: \"C\" -> \"D\"\n");
+            "          model: \"C\" -> \"D\"\n"
+            "gone      UNKNOWN 10.0.0.6\n");
+{"event":"camera","camera":{"mac":"UNKNOWN","ip":"10.0.0.6"}}
+{"event":"camera","camera":{"mac":"UNKNOWN","ip":"10.0.0.7"}}
+{"event":"camera","camera":{"mac":"00-00-00-00-00-08"}}
   options.target = options.file;
   EXPECT_EQ(Told(RunDiff, options), "");
   options.target = save("broken.jsonl", "{}\nhello\n");
@@ -413,5 +417,7 @@ TEST(Diff, TellsWhatAppearedWentMovedAndChanged) {
   EXPECT_EQ(ReadCameraSet(capture).begin()->first, kMac);
 }
 
+{"event":"camera","camera":{"mac":"UNKNOWN","ip":"10.0.0.7"}}
+{"event":"camera","camera":{"mac":"00:00:00:00:00:08"}}
 }  // namespace
 }  // namespace tarnfind

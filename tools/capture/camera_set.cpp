@@ -15,6 +15,7 @@
 #include "tools/capture/conversation.h"
 #include "tools/failure.h"
 #include "tools/json_objects.h"
+#include "tools/mac_address.h"
 #include "tools/platform.h"
 #include "tools/text.h"
 
@@ -25,11 +26,11 @@ namespace {
 constexpr std::size_t kMostCameras = 1'000'000;
 constexpr std::size_t kLongestLine = 1 << 20;
 
-void Put(CameraSet& cameras, const std::string& mac, const Json& camera) {
-  if (mac.empty()) return;
+void Put(CameraSet& cameras, const std::string& key, const Json& camera) {
+  if (key.empty()) return;
   if (cameras.size() == kMostCameras) throw WrongUse(fmt::format("there are more than {} cameras", kMostCameras));
   // What an event leaves out stays as it was told before.
-  cameras.try_emplace(Upper(mac), Json::object()).first->second.update(camera);
+  cameras.try_emplace(key, Json::object()).first->second.update(camera);
 }
 
 CameraSet ReadCapturedCameras(const std::string& path) {
@@ -40,14 +41,16 @@ CameraSet ReadCapturedCameras(const std::string& path) {
     const RecordedEvent event = conversation.Read(frame);
     if (event.command && !event.failed)
       for (auto record : event.command->cameras) {
-        const std::string mac = record.mac;
-        Put(cameras, mac, CameraObject(SnapshotOf(*MakeCameraInfo(std::move(record)).Get()), false));
+        const std::string key = CameraKey(record.mac, record.ip);
+        Put(cameras, key, CameraObject(SnapshotOf(*MakeCameraInfo(std::move(record)).Get()), false));
       }
     if (!event.block || !event.block->camera) return;
+    const DeliveredCamera& camera = *event.block->camera;
+    const std::string key = CameraKey(camera.mac, camera.ip);
     if (event.block->isGone)
-      cameras.erase(Upper(event.block->camera->mac));
+      cameras.erase(key);
     else
-      Put(cameras, event.block->camera->mac, event.block->camera->object);
+      Put(cameras, key, camera.object);
   });
   if (!note.empty()) platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", note));
   return cameras;
@@ -80,7 +83,8 @@ std::vector<FieldChange> ChangedFields(const Json& before, const Json& after) {
   std::vector<FieldChange> changes;
   for (const auto& [field, old] : before.items()) {
     const auto fresh = after.find(field);
-    if (fresh == after.end() || *fresh == old) continue;
+    const bool isAddress = field == "mac";  // of one camera, which may be spelled in two ways
+    if (fresh == after.end() || *fresh == old || isAddress) continue;
     const bool credential = field == "user" || field == "password";
     if (!credential || (!IsMasked(old) && !IsMasked(*fresh))) changes.push_back({field, old, *fresh});
   }
@@ -106,30 +110,32 @@ std::optional<std::string> TakeCameraObject(CameraSet& cameras, const Json& obje
   if (camera == object.end() || !camera->is_object()) return "";
   const auto mac = camera->find("mac");
   if (mac == camera->end() || !mac->is_string()) return std::nullopt;
-  const std::string address = Upper(mac->get<std::string>());
+  const auto ip = camera->find("ip");
+  const std::string key =
+      CameraKey(mac->get<std::string>(), ip != camera->end() && ip->is_string() ? ip->get<std::string>() : "");
   if (object.value("change", Json()) == "gone")
-    cameras.erase(address);
+    cameras.erase(key);
   else
-    Put(cameras, address, *camera);
-  return address;
+    Put(cameras, key, *camera);
+  return key;
 }
 
 std::vector<CameraDifference> Compare(const CameraSet& before, const CameraSet& after) {
   std::vector<CameraDifference> differences;
-  for (const auto& [mac, camera] : before) {
-    const auto other = after.find(mac);
+  for (const auto& [key, camera] : before) {
+    const auto other = after.find(key);
     if (other == after.end()) {
-      differences.push_back({mac, CameraDifference::kGone, {}});
+      differences.push_back({key, CameraDifference::kGone, {}});
       continue;
     }
     auto fields = ChangedFields(camera, other->second);
     if (fields.empty()) continue;
     const bool moved = std::ranges::any_of(fields, [](const FieldChange& change) { return change.field == "ip"; });
-    differences.push_back({mac, moved ? CameraDifference::kMoved : CameraDifference::kChanged, std::move(fields)});
+    differences.push_back({key, moved ? CameraDifference::kMoved : CameraDifference::kChanged, std::move(fields)});
   }
-  for (const auto& [mac, camera] : after)
-    if (!before.contains(mac)) differences.push_back({mac, CameraDifference::kAppeared, {}});
-  std::ranges::sort(differences, {}, &CameraDifference::mac);
+  for (const auto& [key, camera] : after)
+    if (!before.contains(key)) differences.push_back({key, CameraDifference::kAppeared, {}});
+  std::ranges::sort(differences, {}, &CameraDifference::key);
   return differences;
 }
 

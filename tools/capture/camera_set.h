@@ -9,15 +9,15 @@
 
 namespace tarnfind {
 
-/// By hardware address, in capitals: the camera as `tarnfind search --json` shows it.
+/// By CameraKey: the camera as `tarnfind search --json` shows it.
 using CameraSet = std::map<std::string, nlohmann::ordered_json>;
 
 /// Reads a capture, or the lines of `tarnfind search --json` or `list --json`. What was reported gone is not in it.
 /// Throws WrongUse for anything else.
 CameraSet ReadCameraSet(const std::string& path);
 
-/// Takes one object of `search --json` into the set. Returns the hardware address of its camera, in capitals: empty
-/// where the object shows no camera, nullopt where it shows a camera without an address.
+/// Takes one object of `search --json` into the set. Returns the key of its camera: empty where the object shows no
+/// camera, nullopt where it shows a camera without an address.
 std::optional<std::string> TakeCameraObject(CameraSet& cameras, const nlohmann::ordered_json& object);
 
 struct FieldChange {
@@ -28,13 +28,13 @@ struct FieldChange {
 struct CameraDifference {
   enum Kind { kAppeared, kGone, kMoved, kChanged };
 
-  std::string mac;
+  std::string key;
   Kind kind;
   std::vector<FieldChange> fields;  ///< of a camera that is in both
 };
 inline constexpr const char* kDifferenceWords[] = {"appeared", "gone", "moved", "changed"};
 
-/// In the order of the addresses. A camera with another IP address has moved, whatever else has changed. Fields that
+/// In the order of the keys. A camera with another IP address has moved, whatever else has changed. Fields that
 /// one side does not tell are not compared, nor are credentials that were masked on either side.
 std::vector<CameraDifference> Compare(const CameraSet& before, const CameraSet& after);
 

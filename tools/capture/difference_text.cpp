@@ -8,15 +8,16 @@
 namespace tarnfind {
 namespace {
 
-/// What a person calls the camera.
-std::string Description(const Json& camera) {
+/// What a person calls the camera, beside its key.
+std::string Description(const std::string& key, const Json& camera) {
   std::string description;
   for (const char* const field : {"ip", "vendor", "model"}) {
     const auto found = camera.find(field);
-    if (found != camera.end() && found->is_string() && !found->get_ref<const std::string&>().empty())
-      description += ' ' + found->get<std::string>();
+    if (found == camera.end() || !found->is_string() || found->get_ref<const std::string&>().empty()) continue;
+    const std::string word = ' ' + found->get<std::string>();
+    if (!key.ends_with(word)) description += word;
   }
-  return Printable(description);
+  return description;
 }
 
 std::string Value(const Json& value) {
@@ -24,15 +25,15 @@ std::string Value(const Json& value) {
 }
 
 std::string Lines(const CameraDifference& difference, const Json& camera) {
-  std::string text =
-      fmt::format("{:<9} {}{}\n", kDifferenceWords[difference.kind], Printable(difference.mac), Description(camera));
+  std::string text = fmt::format("{:<9} {}\n", kDifferenceWords[difference.kind],
+                                 Printable(difference.key + Description(difference.key, camera)));
   for (const FieldChange& change : difference.fields)
     text += fmt::format("          {}: {} -> {}\n", Printable(change.field), Value(change.before), Value(change.after));
   return text;
 }
 
 std::string Object(const CameraDifference& difference, const Json& camera) {
-  Json object = {{"event", "difference"}, {"difference", kDifferenceWords[difference.kind]}, {"mac", difference.mac}};
+  Json object = {{"event", "difference"}, {"difference", kDifferenceWords[difference.kind]}, {"mac", difference.key}};
   if (difference.fields.empty()) object["camera"] = camera;
   Json fields = Json::object();
   for (const FieldChange& change : difference.fields)
@@ -45,7 +46,7 @@ std::string Object(const CameraDifference& difference, const Json& camera) {
 
 std::string DifferenceText(const CameraDifference& difference, const CameraSet& before, const CameraSet& after,
                            bool json) {
-  const Json& camera = (difference.kind == CameraDifference::kGone ? before : after).at(difference.mac);
+  const Json& camera = (difference.kind == CameraDifference::kGone ? before : after).at(difference.key);
   return json ? Object(difference, camera) : Lines(difference, camera);
 }
 

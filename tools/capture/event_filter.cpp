@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "tools/arguments.h"
+#include "tools/mac_address.h"
 
 namespace tarnfind {
 namespace {
@@ -17,15 +18,12 @@ std::string Lower(std::string_view text) {
   return lower;
 }
 
-bool Holds(const std::vector<std::string>& texts, const std::string& wanted) {
-  return std::ranges::any_of(texts, [&](const std::string& text) { return Lower(text) == wanted; });
-}
-
 bool MatchesMac(const RecordedEvent& event, const std::string& value) {
-  return Holds(event.macs, value);
+  return std::ranges::any_of(event.macs,
+                             [&](const std::string& mac) { return Lower(StandardMac(mac).value_or(mac)) == value; });
 }
 bool MatchesIp(const RecordedEvent& event, const std::string& value) {
-  return Holds(event.ips, value);
+  return std::ranges::find(event.ips, value) != event.ips.end();
 }
 bool MatchesFunction(const RecordedEvent& event, const std::string& value) {
   return Lower(ShortName(*event.frame) + " " + event.what).find(value) != std::string::npos;

@@ -11,13 +11,14 @@
 #include "tools/commands/commands.h"
 #include "tools/failure.h"
 #include "tools/json_objects.h"
+#include "tools/search_view.h"
 #include "tools/text.h"
 
 namespace tarnfind {
 namespace {
 
-CameraSet Only(const CameraSet& cameras, const std::string& mac) {
-  const auto found = cameras.find(mac);
+CameraSet Only(const CameraSet& cameras, const std::string& key) {
+  const auto found = cameras.find(key);
   return found == cameras.end() ? CameraSet() : CameraSet{*found};
 }
 
@@ -32,19 +33,22 @@ class Comparison final : public TextOutput {
       const Json object = Json::parse(line_.substr(0, end));
       line_.erase(0, end + 1);
       if (object.value("event", "") == "summary") hasList_ = object.value("list", "") == "arrived";
-      const std::string mac = TakeCameraObject(found_, object).value_or("");
-      if (!mac.empty()) Tell(mac);
+      const std::string key = TakeCameraObject(found_, object).value_or("");
+      if (!key.empty()) Tell(key);
     }
   }
 
   /// Tells of the cameras that the search has not shown: they are gone. Returns how many cameras differ. Throws
-  /// CommandError where the search has ended before the server's list, because nobody knows then what is missing.
+  /// CommandError where nobody knows what is missing, because the search has ended before the server's list, or has
+  /// heard of no camera at all, as from a server that does not answer.
   std::size_t Finish() {
     if (!hasList_)
       throw CommandError(kWrongUse,
                          "the list of known cameras has not arrived, so missing ones cannot be told; "
                          "let the search run longer with --for");
-    for (const auto& [mac, camera] : before_) Tell(mac);
+    if (told_.empty() && !before_.empty())
+      throw CommandError(kWrongUse, fmt::format("{}, so missing ones cannot be told", kEmptyList));
+    for (const auto& [key, camera] : before_) Tell(key);
     const std::size_t differences = Compare(before_, found_).size();
     if (json_)
       output_.Write(JsonLine(ComparisonSummary("search --against", before_, found_, differences)));
@@ -55,16 +59,16 @@ class Comparison final : public TextOutput {
 
  private:
   /// Tells how the camera differs, unless the last line about it said the same.
-  void Tell(const std::string& mac) {
-    const CameraSet before = Only(before_, mac), found = Only(found_, mac);
+  void Tell(const std::string& key) {
+    const CameraSet before = Only(before_, key), found = Only(found_, key);
     const auto differences = Compare(before, found);
     const std::string text = differences.empty() ? "" : DifferenceText(differences[0], before, found, json_);
-    std::string& told = told_[mac];
+    std::string& told = told_[key];
     if (text == told) return;
     told = text;
     if (!text.empty()) return output_.Write(text);
-    output_.Write(json_ ? JsonLine({{"event", "difference"}, {"difference", "same"}, {"mac", mac}})
-                        : fmt::format("{:<9} {}\n", "same", Printable(mac)));
+    output_.Write(json_ ? JsonLine({{"event", "difference"}, {"difference", "same"}, {"mac", key}})
+                        : fmt::format("{:<9} {}\n", "same", Printable(key)));
   }
 
   const CameraSet& before_;
