@@ -40,11 +40,13 @@ ROWS = [
     (SEND, 1, False, [LIST, CHECK], 0, UNHEARD),
     (SEND, 1, False, [SEARCH], 0, "! Nothing arrived, and the server's list is empty; tarnfind check shows"),
     (SEND, 1, False, [INFO], 1, NOTHING),
-    (SEND, 1, False, [CHANGE], 1, "tarnfind: 00:40:8C:00:00:01 not found: the server's list has no such camera\n"),
+    (SEND, 1, False, [CHANGE], 1, UNHEARD),
     (SEND, 2, True, [CHECK], 1, SILENT),
     (SEND, 2, True, [CHANGE], 1, "failed: the server refused the command, or did not answer; whether it arrived cannot"),
     (SEND, 2, False, [CHECK], 1, SILENT),
     (SEND, 2, False, [CHANGE], 4, "tarnfind: 00:40:8C:00:00:01 not applied: sent and listed differ: DHCP no -> yes\n"),
+    (SEND, 3, True, [CHANGE], 1, "not confirmed: the server did not list its cameras: müde\n"),
+    (SEND, 3, False, [CHANGE], 1, UNHEARD),
 ]
 # As often as any of the commands calls the function. The last error is asked for where another call has failed.
 CALLS = {CREATE: 1, OPEN: 1, START: 1, CALLBACK: 2, SEND: 3, RELEASE: 3, DESTROY: 1, LAST_ERROR: 1}
@@ -53,7 +55,8 @@ CALLS = {CREATE: 1, OPEN: 1, START: 1, CALLBACK: 2, SEND: 3, RELEASE: 3, DESTROY
 def faults(function, call, record):
     error = {"description": "müde\r\n"} if record else False
     failed = [{"function": SEND, "call": 3, "error": error}] if function == LAST_ERROR else []
-    return failed + [{"function": function, "call": call, "error": error}]
+    calls = [3, 4, 5] if (function, call) == (SEND, 3) else [call]  # the list is read back several times
+    return failed + [{"function": function, "call": n, "error": error} for n in calls]
 
 
 def check(case):

@@ -9,6 +9,7 @@
 #include "tools/failure.h"
 #include "tools/mac_address.h"
 #include "tools/network_batch.h"
+#include "tools/search_view.h"
 #include "tools/text.h"
 
 namespace tarnfind {
@@ -86,7 +87,8 @@ PlaceByMac ByMac(const std::vector<CameraSnapshot>& cameras) {
 void MakePlan(Plan& plan, Listing& listing, const PlaceByMac& byMac, std::map<std::string, std::string>& given,
               bool force) {
   const auto place = byMac.find(plan.change.mac);
-  if (place == byMac.end()) return plan.Settle(Outcome::kNotFound, "the server's list has no such camera");
+  if (place == byMac.end())
+    return plan.Settle(Outcome::kNotFound, byMac.empty() ? kEmptyList : "the server's list has no such camera");
   plan.before = listing.cameras[place->second];
   plan.wanted = Changed(plan.before, plan.change);
   plan.camera = std::move(listing.objects[place->second]);
@@ -127,8 +129,8 @@ void SendPlan(FinderSession& session, Plan& plan, int type) {
 void Compare(Plan& plan, const std::vector<CameraSnapshot>& listed, const PlaceByMac& byMac) {
   const auto place = byMac.find(plan.change.mac);
   if (place == byMac.end()) {
-    plan.outcome = Outcome::kGone;
-    plan.text = "the server no longer lists the camera";
+    plan.outcome = listed.empty() ? Outcome::kUnconfirmed : Outcome::kGone;
+    plan.text = listed.empty() ? kEmptyList : "the server no longer lists the camera";
     return;
   }
   const std::vector<Difference> differences = Unapplied(plan.wanted, listed[place->second]);
