@@ -247,7 +247,14 @@ INSTANTIATE_TEST_SUITE_P(
                     InputRow{"HexDigits", "0A 84 00 00\r\n56,00"s, Form::kRequest},
                     InputRow{"DumpOfXxd", "00000000: 0a84 0000 5600                           ....V.\n"s,
                              Form::kRequest},
+                    InputRow{"DumpOfXxdInNarrowLines",
+                             "00000000: 0a84 0000 5600 6b00  ....V.k.\n00000008: 7800                 x.\n"s,
+                             Form::kRequest},
                     InputRow{"DumpOfHexdump",
+                             "0000000 840a 0000 0056 0000 0000 0000 0000 0000\n0000010 0000 0000 0000 0000 0000 0000 "
+                             "0000 0000\n*\n0000040 0056\n0000041\n"s,
+                             Form::kRequest},
+                    InputRow{"DumpOfCanonicalHexdump",
                              "00000000  0a 84 00 00 56 00 6b 00  78 00 4a 00 55 00 77 00  |....V.k.x.J.U.w.|\n"
                              "00000010  73 00                                             |s.|\n00000012\n"s,
                              Form::kRequest},

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "tools/commands/commands.h"
@@ -16,7 +17,8 @@ void RunEncode(const Options& options, TextOutput& output) {
   try {
     bytes = Encode(nlohmann::ordered_json::parse(text));
   } catch (const nlohmann::ordered_json::parse_error& error) {
-    throw WrongUse(fmt::format("the input is no JSON: {}", error.what()));
+    const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
+    throw WrongUse(fmt::format("the input is no JSON: wrong at line {}", 1 + std::count(text.begin(), end, '\n')));
   } catch (const EncodeError& error) {
     throw WrongUse(error.what());
   }

@@ -140,6 +140,7 @@ Recognised Recognise(std::vector<std::uint8_t> bytes, const std::string& as) {
   const auto form = FormByBytes(bytes);
   if (NumberAt<std::uint32_t>(bytes, 0) == capture::kSectionHeader)
     throw WrongUse("the input is a whole capture; tarnfind show prints it");
+  if (bytes.empty()) throw WrongUse("the input is empty");
   if (!form) throw WrongUse("the input is no message that is recognised; name it with --as");
   return {std::move(bytes), {*form, 0}};
 }
