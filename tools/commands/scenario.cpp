@@ -50,7 +50,7 @@ void RunScenario(const Options& options, TextOutput& output) {
       options.json
           ? JsonLine(
                 {{"event", "summary"}, {"command", "scenario check"}, {"file", options.scenarioFile}, {"good", true}})
-          : fmt::format("{} is a scenario.\n", options.scenarioFile));
+          : fmt::format("{} can be played.\n", options.scenarioFile));
 }
 
 }  // namespace tarnfind
