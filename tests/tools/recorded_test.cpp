@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <utility>
 
 #include "capture/test_captures.h"
 #include "dbi/dbi.h"
@@ -306,6 +307,15 @@ INSTANTIATE_TEST_SUITE_P(
                    for (int i = 0; i < 25; ++i) c.Fail(Function::kSendSynchDSPCommand, Sample("request-bare.bin"));
                  },
                  "Commands failed, and no block arrived.", "packet 43: error 7 of class 2 (E): no []\n              and 5 more"},
+        FaultRow{"ListFails",
+                 [](auto& c) { c.Search().Fail(Function::kSendSynchDSPCommand, Sample("request-list.bin")); },
+                 "Commands failed, and no block arrived.", "1 list was asked for, and 1 failed or cannot be read."},
+        FaultRow{"BeginsLater", [](auto& c) { c.Block(8, Sample("block-8-gone.bin")); },
+                 "The server has never named it", "  callback  Not in this capture, which begins later."},
+        FaultRow{"BeginsBeforeTheEnd",
+                 [](auto& c) { c.Call(Function::kSetGenericDataCallback, 1, kUnregisterDataCallback); },
+                 "No block arrived: the server has pushed nothing.",
+                 "  callback  The callback was registered before this capture begins, and let go in it."},
         FaultRow{"ReleaseFails", [](auto& c) { c.Search().Fail(Function::kReleaseReference); }, "No block arrived",
                  "1 reply could not be released, which costs memory and no cameras."},
         FaultRow{"NothingPushed", [](auto& c) { c.Search(); }, "No block arrived: the server has pushed nothing.",
@@ -370,6 +380,19 @@ TEST(Explain, LearnsTheOtherAddressAndTellsPrograms) {
       << told["steps"][8];
 }
 
+TEST(Explain, KeepsCamerasApartThatHadOneIpAddress) {
+  const std::string other = "00:40:8C:00:00:99", ip = "192.168.0.46";
+  const Bytes taken = Altered(Camera(), kMac, other), moved = Altered(taken, ip, "192.168.0.47");
+  CaptureOptions options = Over(Recorded().Search().Block(4, Camera()).Block(4, taken).Block(4, moved));
+  const std::pair<std::string, const char*> rows[] = {
+      {kMac, "1 block about it"}, {other, "2 blocks about it"}, {ip, "3 blocks about it"}};
+  for (const auto& [address, blocks] : rows) {
+    options.address = address;
+    const std::string text = Told(RunExplain, options);
+    EXPECT_NE(text.find(blocks), std::string::npos) << text;
+  }
+}
+
 TEST(Diff, TellsWhatAppearedWentMovedAndChanged) {
   const auto save = [](const char* name, const std::string& lines) {
     const auto path = std::filesystem::temp_directory_path() / name;
@@ -381,6 +404,9 @@ TEST(Diff, TellsWhatAppearedWentMovedAndChanged) {
                       R"({"event":"camera","camera":{"mac":"00:00:00:00:00:01","ip":"10.0.0.1","password":"********"}}
 {"event":"camera","camera":{"mac":"00:00:00:00:00:02","ip":"10.0.0.2","model":"A"}}
 {"event":"camera","camera":{"mac":"00:00:00:00:00:03","ip":"10.0.0.3"}}
+{"event":"camera","camera":{"mac":"UNKNOWN","ip":"10.0.0.6"}}
+{"event":"camera","camera":{"mac":"UNKNOWN","ip":"10.0.0.7"}}
+{"event":"camera","camera":{"mac":"00-00-00-00-00-08"}}
 {"event":"camera","camera":{"mac":"00:00:00:00:00:05","model":"C","ctt":2}}
 {"event":"camera","change":"changed","camera":{"mac":"00:00:00:00:00:05","ip":"10.0.0.5"}}
 )");
@@ -390,6 +416,8 @@ TEST(Diff, TellsWhatAppearedWentMovedAndChanged) {
 {"event":"camera","camera":{"mac":"00:00:00:00:00:03","ip":"10.0.0.3"}}
 {"event":"camera","change":"gone","camera":{"mac":"00:00:00:00:00:03"}}
 {"event":"camera","camera":{"mac":"00:00:00:00:00:04","ip":"10.0.0.4"}}
+{"event":"camera","camera":{"mac":"UNKNOWN","ip":"10.0.0.7"}}
+{"event":"camera","camera":{"mac":"00:00:00:00:00:08"}}
 {"event":"camera","camera":{"mac":"00:00:00:00:00:05","ip":"10.0.0.5","model":"D"}}
 )");
   Options all;
@@ -405,9 +433,6 @@ TEST(Diff, TellsWhatAppearedWentMovedAndChanged) {
             "changed   00:00:00:00:00:05 10.0.0.5 D\n"
             "          model: \"C\" -> \"D\"\n"
             "gone      UNKNOWN 10.0.0.6\n");
-{"event":"camera","camera":{"mac":"UNKNOWN","ip":"10.0.0.6"}}
-{"event":"camera","camera":{"mac":"UNKNOWN","ip":"10.0.0.7"}}
-{"event":"camera","camera":{"mac":"00-00-00-00-00-08"}}
   options.target = options.file;
   EXPECT_EQ(Told(RunDiff, options), "");
   options.target = save("broken.jsonl", "{}\nhello\n");
@@ -417,7 +442,5 @@ TEST(Diff, TellsWhatAppearedWentMovedAndChanged) {
   EXPECT_EQ(ReadCameraSet(capture).begin()->first, kMac);
 }
 
-{"event":"camera","camera":{"mac":"UNKNOWN","ip":"10.0.0.7"}}
-{"event":"camera","camera":{"mac":"00:00:00:00:00:08"}}
 }  // namespace
 }  // namespace tarnfind

@@ -11,6 +11,8 @@
 #include "dbi/dbi.h"
 #include "protocol/block_format.h"
 #include "protocol/finder_messages.h"
+#include "tools/camera_snapshot.h"
+#include "tools/mac_address.h"
 #include "tools/text.h"
 #include "tools/wall_time.h"
 
@@ -60,8 +62,8 @@ std::string Explainer::Lines::Join() const {
   return text;
 }
 
-Explainer::Explainer(const std::string& address) : address_(address) {
-  (address.find(':') == std::string::npos ? ips_ : macs_).insert(Upper(address));
+Explainer::Explainer(const std::string& address) : askedByMac_(address.find(':') != std::string::npos) {
+  (askedByMac_ ? mac_ : ip_) = address;
 }
 
 std::string Explainer::At(const RecordedEvent& event) const {
@@ -73,16 +75,41 @@ void Explainer::Hear(const RecordedEvent& event, const std::string& line) {
   lastHeard_ = fmt::format("{}, {}.", UtcTime(WallTime(time)), line);
 }
 
-bool Explainer::IsAbout(const RecordedEvent& event) const {
-  return std::ranges::any_of(event.macs, [&](const std::string& mac) { return macs_.contains(Upper(mac)); }) ||
-         std::ranges::any_of(event.ips, [&](const std::string& ip) { return ips_.contains(ip); });
+/// Whether what has these addresses, of which either may be empty, is the camera.
+bool Explainer::IsIt(const std::string& mac, const std::string& ip) const {
+  const bool hasMac = !mac.empty() && mac != kUnknownMac;
+  const bool sameMac = hasMac && !mac_.empty() && StandardMac(mac).value_or(mac) == mac_;
+  const bool sameIp = !ip.empty() && ip == ip_;
+  return askedByMac_ ? sameMac || (sameIp && !hasMac) : sameMac || sameIp;
 }
 
-/// The camera's other address. The one that was asked for stays, although a camera can take another one.
+bool Explainer::IsAbout(const RecordedEvent& event) const {
+  if (event.block)
+    return IsIt(event.macs.empty() ? "" : event.macs.front(), event.ips.empty() ? "" : event.ips.front());
+  if (!event.command) return false;
+  const RecordedCommand& command = *event.command;
+  return IsIt(command.argument, "") || IsIt("", command.argument) ||
+         std::ranges::any_of(command.cameras, [&](const auto& camera) { return IsIt(camera.mac, camera.ip); });
+}
+
+/// Takes the camera's other address from a message about it. Asked for an IP address, it is the camera that had it last.
 void Explainer::Learn(const std::string& mac, const std::string& ip) {
-  const bool isIt = macs_.contains(Upper(mac)) || ips_.contains(ip);
-  if (isIt && !mac.empty() && macs_.size() < kFullLines) macs_.insert(Upper(mac));
-  if (isIt && !ip.empty() && ips_.size() < kFullLines) ips_.insert(ip);
+  if (!IsIt(mac, ip)) return;
+  if (askedByMac_) {
+    if (!ip.empty() && ip != kNoIpAddress) ip_ = ip;
+  } else if (ip == ip_ && !mac.empty() && mac != kUnknownMac) {
+    mac_ = StandardMac(mac).value_or(mac);
+  }
+}
+
+/// The way to the first block. Whether a step is missing because the capture begins after it: then all before it are
+/// missing too, and something was recorded.
+bool Explainer::WasBefore(Function step) const {
+  for (const Function earlier : {Function::kCreateLiveStream, Function::kOpen, Function::kStart}) {
+    if (calls_.contains(earlier)) return false;
+    if (earlier == step) break;
+  }
+  return frames_ > 0;
 }
 
 void Explainer::Add(const RecordedEvent& event) {
@@ -127,9 +154,11 @@ void Explainer::AddCall(const RecordedEvent& event) {
     if (lastFailure_.size() < kFullLines || lastFailure_.contains(header.thread))
       lastFailure_[header.thread] = function;
   }
-  if (function != Function::kSetGenericDataCallback || event.failed) return;
+  if (function != Function::kSetGenericDataCallback) return;
   const auto arguments = event.frame->GetArguments();
   const bool registers = !arguments.empty() && arguments[0] == kRegisterDataCallback;
+  triedToRegister_ |= registers;
+  if (event.failed) return;
   everRegistered_ += registers;
   if (registered_.size() < kMostOthers) registered_[header.stream] += registers ? 1 : -1;
 }
@@ -139,11 +168,14 @@ void Explainer::AddCommand(const RecordedEvent& event, bool about) {
   if (event.failed) failedCommands_.Add(fmt::format("{} {}", event.what, At(event)));
   const bool names = !command.argument.empty() && about;
   if (names) commands_.Add(fmt::format("{} {}: {}", event.what, At(event), event.outcome));
-  lists_ += command.code == Tarn::CameraFinding::fcListFoundCameras && !event.failed;
+  if (command.code == Tarn::CameraFinding::fcListFoundCameras) {
+    ++lists_;
+    unreadLists_ += event.failed || !command.damage.empty();
+  }
   for (const auto& camera : command.cameras) {
-    if (!macs_.contains(Upper(camera.mac)) && !ips_.contains(camera.ip)) {
+    if (!IsIt(camera.mac, camera.ip)) {
       if (others_.size() < kMostOthers)
-        others_.try_emplace(Upper(camera.mac), Printable(camera.ip + " " + camera.model));
+        others_.try_emplace(CameraKey(camera.mac, camera.ip), Printable(camera.ip + " " + camera.model));
       continue;
     }
     replies_.Add(Printable(
@@ -173,7 +205,8 @@ void Explainer::AddBlock(const RecordedEvent& event, bool about) {
   if (!block.camera) return;
   if (!about) {
     if (others_.size() < kMostOthers)
-      others_.try_emplace(Upper(block.camera->mac), Printable(block.camera->ip + " " + block.camera->model));
+      others_.try_emplace(CameraKey(block.camera->mac, block.camera->ip),
+                          Printable(block.camera->ip + " " + block.camera->model));
     return;
   }
   deliveries_.Add(line);
@@ -183,6 +216,7 @@ void Explainer::AddBlock(const RecordedEvent& event, bool about) {
 
 ExplainedStep Explainer::ExplainCalls(const char* name, Function function, const char* done, const char* never) const {
   const auto found = calls_.find(function);
+  if (found == calls_.end() && WasBefore(function)) return {name, "Not in this capture, which begins later.", true};
   if (found == calls_.end()) return {name, never, false};
   const Calls& calls = found->second;
   std::string text;
@@ -201,8 +235,10 @@ ExplainedStep Explainer::ExplainCalls(const char* name, Function function, const
 
 ExplainedStep Explainer::ExplainCallback() const {
   constexpr char kNever[] = "No callback was registered, so the server's blocks reach nobody.";
+  constexpr char kBefore[] = "The callback was registered before this capture begins, and let go in it.";
+  const char* const none = triedToRegister_ || !WasBefore(Function::kStart) ? kNever : kBefore;
   ExplainedStep step = ExplainCalls("callback", Function::kSetGenericDataCallback,
-                                    everRegistered_ > 0 ? "A callback was registered." : kNever, kNever);
+                                    everRegistered_ > 0 ? "A callback was registered." : none, none);
   const bool registered = std::ranges::any_of(registered_, [](const auto& stream) { return stream.second > 0; });
   if (everRegistered_ > 0)
     step.text += registered ? " It was still registered at the end." : " It was let go at the end.";
@@ -218,13 +254,12 @@ ExplainedStep Explainer::ExplainNearest() const {
   std::vector<std::pair<std::size_t, std::string>> near;
   std::size_t sameMaker = 0;
   for (const auto& [other, name] : others_) {
-    for (const std::string& mac : macs_) {
-      const std::size_t distance = Distance(mac, other);
-      sameMaker += mac.substr(0, kMakersPrefix) == other.substr(0, kMakersPrefix);
-      if (distance <= 2)
-        near.emplace_back(distance, fmt::format("{} differs in {}: {}", Printable(other),
-                                                distance == 1 ? "one digit" : "two digits", name));
-    }
+    if (mac_.empty()) break;
+    const std::size_t distance = Distance(mac_, other);
+    sameMaker += mac_.substr(0, kMakersPrefix) == other.substr(0, kMakersPrefix);
+    if (distance <= 2)
+      near.emplace_back(distance, fmt::format("{} differs in {}: {}", Printable(other),
+                                              distance == 1 ? "one digit" : "two digits", name));
   }
   std::ranges::sort(near);
   ExplainedStep step{"nearest", "", near.empty()};
@@ -242,7 +277,10 @@ Explanation Explainer::Explain() const {
   steps.push_back({"library",
                    frames_ == 0
                        ? "Nothing was recorded: no finder was made, or the recorder is not in the library's place."
-                       : fmt::format("{} recorded.", Counted(frames_, "event")),
+                       : fmt::format("{} recorded.{}", Counted(frames_, "event"),
+                                     WasBefore(Function::kCreateLiveStream)
+                                         ? " What came before this capture, the making of the finder too, is not known."
+                                         : ""),
                    frames_ > 0});
   steps.push_back(ExplainCalls("stream", Function::kCreateLiveStream, "The live stream was created.",
                                "No live stream was created: the wizard has made no finder."));
@@ -276,8 +314,9 @@ Explanation Explainer::Explain() const {
       {"replies",
        replies_.count > 0
            ? fmt::format("It stands in {}:{}", Counted(replies_.count, "answer"), replies_.Join())
-           : fmt::format("It stands in no answer; {} asked for.",
-                         lists_ == 0 ? "no list was" : Counted(lists_, "list") + (lists_ == 1 ? " was" : " were")),
+           : fmt::format("It stands in no answer; {} asked for{}.",
+                         lists_ == 0 ? "no list was" : Counted(lists_, "list") + (lists_ == 1 ? " was" : " were"),
+                         unreadLists_ == 0 ? "" : fmt::format(", and {} failed or cannot be read", unreadLists_)),
        replies_.count > 0});
   std::string blocks =
       deliveries_.count > 0
@@ -313,7 +352,7 @@ void Explainer::Judge(Explanation& explanation) const {
     const auto found = calls_.find(function);
     return found != calls_.end() && found->second.lastFailed;
   };
-  const auto never = [&](Function function) { return !calls_.contains(function); };
+  const auto never = [&](Function function) { return !calls_.contains(function) && !WasBefore(function); };
   const bool hasNear = std::ranges::any_of(
       explanation.steps, [](const ExplainedStep& step) { return step.name == "nearest" && !step.fine; });
   struct Row {
@@ -328,7 +367,7 @@ void Explainer::Judge(Explanation& explanation) const {
       {deliveries_.count > 0,
        "The server has reported it gone: " + lastDelivery_ + ".",
        {"See whether the camera has power and network.", "Search again."}},
-      {frames_ == 0 || never(Function::kCreateLiveStream),
+      {never(Function::kCreateLiveStream),
        "The finder was never made.",
        {"Put TarnCameraFinding-recorder in the library's place and start the search in the wizard."}},
       {failed(Function::kCreateLiveStream),
@@ -340,18 +379,19 @@ void Explainer::Judge(Explanation& explanation) const {
       {never(Function::kOpen), "Nothing was asked of the finder.", {"Start the search in the wizard."}},
       {droppedOfIt_.count > 0,
        "The server has sent a block about it, and the finder dropped it without a word.",
-       {"Look at the block: tarnfind show CAPTURE --filter mac=" + address_ + ", then tarnfind decode --hex.",
+       {fmt::format("Look at the block: tarnfind show CAPTURE --filter {}, then tarnfind decode --hex.",
+                    askedByMac_ ? "mac=" + mac_ : "ip=" + ip_),
         "The server's camera finder makes blocks that the finder cannot read: compare their versions."}},
-      {failed(Function::kSetGenericDataCallback),
+      {failed(Function::kSetGenericDataCallback) && everRegistered_ == 0,
        "The callback was refused, so no block reaches the wizard.",
        {"See why the server refuses, by the error above."}},
-      {everRegistered_ == 0 && !never(Function::kSetGenericDataCallback) && blocks_ == 0,
+      {triedToRegister_ && everRegistered_ == 0 && blocks_ == 0,
        "The callback was refused without an error record, so no block reaches the wizard, which does not know it.",
        {"See in the server's own log why it refuses.", "tarnfind list shows what the server knows all the same."}},
       {replies_.count > 0,
        "It stands in an answer, and no block about it was pushed.",
        {"A wizard that shows pushed cameras alone does not show it: ask for the list, as tarnfind list does."}},
-      {never(Function::kSetGenericDataCallback),
+      {!triedToRegister_ && !WasBefore(Function::kStart),
        "No callback was registered, so what the server finds reaches nobody.",
        {"Start the search in the wizard; a list alone shows what the server knew before."}},
       {failedCommands_.count > 0 && blocks_ == 0,

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -30,7 +29,8 @@ struct Explanation {
 /// Takes the events of a conversation in their order.
 class Explainer {
  public:
-  /// address: a MAC or IP in its standard form. The other address is learnt from what is heard.
+  /// address: a MAC or IP in its standard form. The other address is learnt from what is heard, and serves only where a
+  /// message lacks the one that was asked for, because cameras take over each other's IP addresses.
   explicit Explainer(const std::string& address);
 
   void Add(const RecordedEvent& event);
@@ -55,8 +55,10 @@ class Explainer {
     std::string Join() const;
   };
 
+  bool IsIt(const std::string& mac, const std::string& ip) const;
   bool IsAbout(const RecordedEvent& event) const;
   void Learn(const std::string& mac, const std::string& ip);
+  bool WasBefore(capture::Function step) const;
   void AddCall(const RecordedEvent& event);
   void AddCommand(const RecordedEvent& event, bool about);
   void AddBlock(const RecordedEvent& event, bool about);
@@ -68,19 +70,21 @@ class Explainer {
   ExplainedStep ExplainNearest() const;
   void Judge(Explanation& explanation) const;
 
-  const std::string address_;
-  std::set<std::string> macs_;  ///< of the camera, in capitals
-  std::set<std::string> ips_;
+  const bool askedByMac_;
+  std::string mac_;  ///< in its standard form; empty where it is not known
+  std::string ip_;   ///< the latest one, or the one that was asked for; empty where it is not known
   std::uint64_t start_ = 0;
   std::uint64_t frames_ = 0;
   std::map<capture::Function, Calls> calls_;
   std::map<std::uint32_t, capture::Function> lastFailure_;  ///< by thread: whose error record comes next
   std::map<std::uint64_t, int> registered_;
+  bool triedToRegister_ = false;
   std::uint64_t everRegistered_ = 0;
   Lines commands_;
   Lines failedCommands_;
   Lines replies_;
   std::uint64_t lists_ = 0;
+  std::uint64_t unreadLists_ = 0;  ///< those of them that failed or whose answer is damaged
   std::uint64_t blocks_ = 0;
   Lines deliveries_;
   std::string lastDelivery_;

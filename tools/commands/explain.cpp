@@ -40,16 +40,19 @@ void WriteText(const std::string& address, const Explanation& explanation, const
   if (!note.empty()) output.Write(fmt::format("Note: {}\n", note));
 }
 
-void WriteJson(const std::string& address, const Explanation& explanation, TextOutput& output) {
+void WriteJson(const std::string& address, const Explanation& explanation, const std::string& note,
+               TextOutput& output) {
   Json steps = Json::array();
   for (const ExplainedStep& step : explanation.steps)
     steps.push_back({{"step", step.name}, {"fine", step.fine}, {"text", step.text}});
-  output.Write(JsonLine({{"event", "explanation"},
-                         {"address", address},
-                         {"found", explanation.found},
-                         {"verdict", explanation.verdict},
-                         {"steps", steps},
-                         {"next", explanation.next}}));
+  Json object = {{"event", "explanation"},
+                 {"address", address},
+                 {"found", explanation.found},
+                 {"verdict", explanation.verdict},
+                 {"steps", steps},
+                 {"next", explanation.next}};
+  if (!note.empty()) object["note"] = note;
+  output.Write(JsonLine(object));
 }
 
 }  // namespace
@@ -62,7 +65,7 @@ void RunExplain(const Options& options, TextOutput& output) {
   const std::string note =
       ReadFrames(file, [&](const capture::Frame& frame) { explainer.Add(conversation.Read(frame)); });
   const Explanation explanation = explainer.Explain();
-  options.json ? WriteJson(address, explanation, output) : WriteText(address, explanation, note, output);
+  (options.json ? WriteJson : WriteText)(address, explanation, note, output);
 }
 
 }  // namespace tarnfind

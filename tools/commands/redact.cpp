@@ -54,11 +54,14 @@ void RunRedact(const Options& options, TextOutput& output) {
     writer.WriteFrame(header, frame.time, parts);
   });
   redacted.Finish();
-  if (options.json)
-    output.Write(JsonLine({{"event", "summary"}, {"command", "redact"}, {"frames", frames}, {"changed", changed}}));
-  else
+  if (options.json) {
+    Json summary = {{"event", "summary"}, {"command", "redact"}, {"frames", frames}, {"changed", changed}};
+    if (!note.empty()) summary["note"] = note;
+    output.Write(JsonLine(summary));
+  } else {
     output.Write(fmt::format("{} with credentials out of {}{}{}\n", Counted(changed, "frame"), Counted(frames, "frame"),
                              note.empty() ? "" : "; ", note));
+  }
 }
 
 }  // namespace tarnfind
