@@ -121,7 +121,8 @@ def mutate(place, chance):
 def check_scenarios():
     """Files that are nearly right. Only the reader knows whether there is a camera of a name."""
     schema, chance, accepted = validator("scenario.schema.json"), random.Random(20140618), 0
-    for number in range(250):
+    count = 250 if len(program.split()) == 1 else 50  # an emulator takes a second for each
+    for number in range(count):
         scenario = copy.deepcopy(BASE)
         if number:
             mutate(scenario, chance)
@@ -130,8 +131,8 @@ def check_scenarios():
         agree = "there is no camera of the name" in text or schema.is_valid(scenario) == (result.returncode == 0)
         if not agree or result.returncode not in (0, 2) or text.count("\n") > 1:
             failures.append(f"{json.dumps(scenario)}: {result.returncode} {text or 'accepted'}")
-    if not 20 < accepted < 230:
-        failures.append(f"{accepted} of 250 scenarios were accepted: that tests little")
+    if not 0.08 < accepted / count < 0.92:
+        failures.append(f"{accepted} of {count} scenarios were accepted: that tests little")
 
 
 check_output()
