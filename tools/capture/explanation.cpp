@@ -299,7 +299,7 @@ Explanation Explainer::Explain() const {
   }
   commands.text +=
       commands_.count == 0
-          ? " None names it."
+          ? std::string(failedCommands_.count > 0 ? "\n" : " ") + "None names it."
           : fmt::format("\n{} it:{}", commands_.count == 1 ? "One names" : fmt::format("{} name", commands_.count),
                         commands_.Join());
   steps.push_back(commands);
