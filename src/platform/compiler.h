@@ -24,6 +24,6 @@
 /// The function is visible outside the library: all others are hidden. On Windows the module definition file decides.
 #define TARN_EXPORT [[gnu::visibility("default")]]
 
-/// The function is called when the module is unloaded, before its static objects are destroyed; exit() calls it after
-/// that.
+/// The function is called when the module is unloaded, before its static objects are destroyed. exit() calls it after
+/// that, unless the program is linked with the module.
 #define TARN_AT_UNLOAD [[gnu::destructor]]

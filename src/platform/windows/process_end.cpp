@@ -13,6 +13,8 @@ bool ProcessEnds() {
   return processEnds;
 }
 
+void WatchExit() {}
+
 }  // namespace platform
 
 /// Runs before the library's destructors. reserved is null where the library is unloaded, and not null at the end of
