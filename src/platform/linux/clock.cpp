@@ -81,9 +81,11 @@ LocaleForms FormsOf(locale_t handle) {
   const std::string_view name = nl_langinfo_l(_NL_LOCALE_NAME(LC_TIME), handle);
   if (name == "C" || name == "POSIX" || name.starts_with("C.")) return kPlainForms;
   const std::string_view time = nl_langinfo_l(T_FMT, handle);
-  const bool has12Hours = time.find("%r") != time.npos || time.find("%p") != time.npos;
+  const bool writes12Hours = time.find("%r") != time.npos || time.find("%p") != time.npos;
+  // Some locales write 12 hours and have no words for morning and afternoon.
+  const bool has12Hours = writes12Hours && *nl_langinfo_l(PM_STR, handle) != '\0';
   LocaleForms forms = has12Hours ? kForms12Hours : kForms24Hours;
-  if (!IsTimeOfDayForm(time)) forms.time = has12Hours ? "%I:%M:%S %p" : "%H:%M:%S";
+  if (!IsTimeOfDayForm(time) || has12Hours != writes12Hours) forms.time = has12Hours ? "%I:%M:%S %p" : "%H:%M:%S";
   return forms;
 }
 

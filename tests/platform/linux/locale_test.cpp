@@ -24,6 +24,8 @@ TEST(LocaleFormsDeathTest, TextsAreConvertedFromTheLocalesCodeSet) {
               {"en_US", "UTF-8", u"Saturday, 2 March 2024|03/02/2024|Sat|01:05:09 PM|01:05 PM"},  // times are "%r"
               // Times have "%p" and the zone, or the zone and no seconds.
               {"en_PH", "UTF-8", u"Saturday, 2 March 2024|Saturday, 02 March, 2024|Sat|01:05:09 PM|01:05 PM"},
+              // "%p" and no words for it
+              {"ms_MY", "UTF-8", u"Sabtu, 2 Mac 2024|Sabtu 02 Mac 2024|Sab|13:05:09|13:05"},
               {"nb_NO", "UTF-8", u"l\u00F8rdag, 2 mars 2024|02. mars 2024|l\u00F8.|13:05:09|13:05"}};
   for (const auto& row : rows) {
     const std::string target = (folder / row.locale).string() + "." + row.codeSet;
