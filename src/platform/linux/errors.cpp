@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/compiler.h"
 #include "platform/error_codes.h"
 
 namespace platform {
@@ -72,7 +73,7 @@ std::u16string_view TextOf(std::uint32_t code) {
   return {};
 }
 
-thread_local constinit std::uint32_t lastError = 0;
+thread_local constinit std::uint32_t lastError TARN_IN_EVERY_THREAD = 0;
 
 }  // namespace
 
