@@ -1,6 +1,7 @@
 #include "diagnostics/debug_out_settings.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "diagnostics/registry_value.h"
@@ -31,10 +32,13 @@ bool DebugOutSettings::IgnoringCase::operator()(std::string_view a, std::string_
 }
 
 DebugOutSettings::DebugOutSettings() {
-  const RegistryKey key(kKey);
-  ReadClamped(key, kConsoleTimeMode, ctmDateAndTime, consoleTimeMode_);
-  ReadClamped(key, kDebugWindowSourcePrefix, spExecutable, debugWindowSourcePrefix_);
-  ReadFilters(RegistryKey(key, kFilterKey));
+  try {
+    const RegistryKey key(kKey);
+    ReadClamped(key, kConsoleTimeMode, ctmDateAndTime, consoleTimeMode_);
+    ReadClamped(key, kDebugWindowSourcePrefix, spExecutable, debugWindowSourcePrefix_);
+    ReadFilters(RegistryKey(key, kFilterKey));
+  } catch (const std::bad_alloc&) {  // made while the library is loaded, where no exception may leave
+  }
   shared_.store(this, std::memory_order_release);
 }
 

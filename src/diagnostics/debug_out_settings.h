@@ -40,7 +40,7 @@ class DebugOutSettings {
  public:
   static constexpr std::uint32_t kDefaultLimit = 4;
 
-  /// Reads the registry; the process-wide settings live from here …
+  /// Reads the registry, as far as there is memory; the process-wide settings live from here …
   DebugOutSettings();
   /// … to here. One at a time.
   ~DebugOutSettings();

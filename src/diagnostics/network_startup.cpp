@@ -1,6 +1,7 @@
 #include "diagnostics/network_startup.h"
 
 #include <iterator>
+#include <new>
 
 #include "diagnostics/debug_out.h"
 #include "diagnostics/registry_value.h"
@@ -38,6 +39,13 @@ SocketStartup::~SocketStartup() {
 }
 
 AddressResolutionImport::AddressResolutionImport() {
+  try {
+    Find();
+  } catch (const std::bad_alloc&) {  // made while the library is loaded, where no exception may leave
+  }
+}
+
+void AddressResolutionImport::Find() {
   char16_t directory[260];
   const std::uint32_t length = platform::GetSystemDirectoryW(directory, std::size(directory));
   if (length == 0 || length >= std::size(directory)) {

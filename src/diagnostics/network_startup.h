@@ -31,6 +31,7 @@ class SocketStartup {
 /// lives. The library itself calls neither; they are for components built on it.
 class AddressResolutionImport {
  public:
+  /// Finds nothing where there is no memory.
   AddressResolutionImport();
   ~AddressResolutionImport();
   AddressResolutionImport(const AddressResolutionImport&) = delete;
@@ -41,6 +42,8 @@ class AddressResolutionImport {
   void* FreeAddrInfoW() const { return freeAddrInfo_; }
 
  private:
+  void Find();
+
   std::u16string path_;
   platform::ModuleHandle module_ = nullptr;
   void* getAddrInfo_ = nullptr;

@@ -1,4 +1,6 @@
 /// Load and unload: the one object of the library that lives from the one to the other.
+#include <new>
+
 #include "base/exception_history.h"
 #include "base/text_conversion.h"
 #include "diagnostics/debug_out_settings.h"
@@ -12,9 +14,14 @@
 
 namespace {
 
-/// A step of the load that leaves nothing to undo.
+/// A step of the load that leaves nothing to undo. What it has no memory for is left out.
 struct Step {
-  explicit Step(void (*run)()) { run(); }
+  explicit Step(void (*run)()) {
+    try {
+      run();
+    } catch (const std::bad_alloc&) {
+    }
+  }
 };
 
 /// The members are made in this order when the library is loaded, and go in reverse when it is unloaded. Both happen
