@@ -21,10 +21,6 @@
 /// Argument number formatText, counted from 1, is a printf format; the arguments from firstValue on are its values.
 #define TARN_PRINTF_FORMAT(formatText, firstValue) [[gnu::format(printf, formatText, firstValue)]]
 
-/// The thread-local variable has its place in every thread from the start. Otherwise each thread makes it at its first
-/// use, and where there is no memory for that the C library ends the process. Such places are few: a word each.
-#define TARN_IN_EVERY_THREAD [[gnu::tls_model("initial-exec")]]
-
 /// The function is visible outside the library: all others are hidden. On Windows the module definition file decides.
 #define TARN_EXPORT [[gnu::visibility("default")]]
 

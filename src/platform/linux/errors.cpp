@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/compiler.h"
 #include "platform/error_codes.h"
 
 namespace platform {
@@ -73,7 +72,7 @@ std::u16string_view TextOf(std::uint32_t code) {
   return {};
 }
 
-thread_local constinit std::uint32_t lastError TARN_IN_EVERY_THREAD = 0;
+thread_local constinit std::uint32_t lastError = 0;
 
 }  // namespace
 

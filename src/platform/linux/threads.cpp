@@ -6,7 +6,6 @@
 
 #include <atomic>
 
-#include "platform/compiler.h"
 #include "platform/linux/worker.h"
 
 namespace platform {
@@ -53,7 +52,7 @@ class IdleWorkers {
 
 constinit IdleWorkers idleWorkers;
 
-thread_local constinit std::uint32_t currentThreadId TARN_IN_EVERY_THREAD = 0;
+thread_local constinit std::uint32_t currentThreadId = 0;
 
 /// Called before anything is kept that a forked child must forget.
 void WatchForks() {
