@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -76,6 +77,10 @@ class Callback final : public INewCameraDataCallback {
   std::atomic<ULONG> references_ = 1;
 };
 
+struct Releaser {
+  void operator()(IUnknown* object) const { object->Release(); }
+};
+
 /// The library keeps a reference on the callback; without a channel to the server it takes none.
 bool Install(ICameraFinder& finder) {
   auto* const callback = new Callback;
@@ -87,8 +92,9 @@ bool Install(ICameraFinder& finder) {
 
 int main(int argc, char** argv) try {
   const std::string address = argc > 1 ? argv[1] : "192.168.0.9";
-  ICameraFinder* finder = nullptr;
-  GetFindingInterface(nullptr, nullptr, &finder);
+  ICameraFinder* made = nullptr;
+  GetFindingInterface(nullptr, nullptr, &made);
+  const std::unique_ptr<ICameraFinder, Releaser> finder(made);  // released where a call throws, too
   const bool installed = Install(*finder);
   if (installed) {
     Receiver receiver;
@@ -98,7 +104,6 @@ int main(int argc, char** argv) try {
   } else {
     std::fputs("The channel to the server cannot be opened.\n", stderr);
   }
-  finder->Release();
   return installed ? 0 : 1;
 } catch (const std::exception& error) {
   std::fprintf(stderr, "%s\n", error.what());

@@ -5,7 +5,7 @@
 ///     finder->SetNewCameraDataCallback(callback);        // cameras arrive from here on
 ///     finder->ListFoundCameras(&receiver);               // those found so far, before it returns
 ///     …                                                  // as long as the wizard searches
-///     finder->Release();                                 // removes the callback
+///     finder->Release();                                 // removes the callback, and waits for nothing (Life, below)
 ///
 /// Binary contract
 ///   1. An interface is a table of operations, identified by position; IUnknown's three stand at 0 to 2.
@@ -13,7 +13,8 @@
 ///   3. Text passed in is NUL-terminated UTF-16, and belongs to the caller. Null counts as an empty text.
 ///   4. Text handed out is a new BSTR of the receiver's, freed with SysFreeString. An empty text is an empty BSTR; null
 ///      means that there was no memory for the text. A text that the system cannot convert is empty.
-///   5. Every object may be called and released on any thread. QueryInterface of a library's object answers IUnknown
+///   5. Every object may be called and released on any thread; ICameraFinder and ICameraInfo say which operations
+///      exclude each other. QueryInterface of a library's object answers IUnknown
 ///      and the object's own interface (on Windows also IMarshal); the library never calls it on a wizard's object.
 ///   6. The library may be unloaded once every object of it has been released. Where a delivery is still under way
 ///      then, it ends as usual, and the library stays in the process. The first SetNewCameraDataCallback of a finder
@@ -54,7 +55,7 @@ enum : CameraEventKind {
   cekFound = 0,
   cekChanged = 1,
   cekSeen = 2,      ///< found before, and still there
-  cekReported = 3,  ///< the answer to an enquiry, or put together from the little that is known
+  cekReported = 3,  ///< the answer to an enquiry, or a camera of which the server told only a few fields
   cekGone = 4,      ///< only the hardware address and the CTT number are told
 };
 
@@ -89,13 +90,14 @@ inline constexpr CameraTypeName CameraTypeNames[] = {
     {ctcMartenIpc, OLESTR("Marten IPC")}, {ctcR4Ipc, OLESTR("R4 IPC")},
 };
 
-/// A camera: a snapshot of what the server knew, and a draft of what it shall become.
+/// A camera: a snapshot of what the server knew and, after the setters, the settings that a network command sends.
 ///
 /// The library implements it. A wizard may hand its own implementation to SendNetworkCommandType…, which reads
 /// positions 5 to 13 on the calling thread. No operation throws or blocks. One thread at a time uses an object while a
 /// setter may be called; setters change this object only, until it is sent.
 struct ICameraInfo : IUnknown {
-  /// By the vendor mask alone; CameraInfoReceived tells more.
+  /// By the vendor mask alone: ctcUnknown where that is 0. Then look GetPluginName up in CameraTypeNames, as the library
+  /// does for CameraInfoReceived.
   virtual CameraTypeCode GetCameraType() = 0;  ///< Position 3.
   virtual BSTR GetModel() = 0;                 ///< Position 4.
   virtual BSTR GetIpAddress() = 0;             ///< Position 5.
@@ -105,14 +107,14 @@ struct ICameraInfo : IUnknown {
   /// The same text as GetModel.
   virtual BSTR GetModelName() = 0;   ///< Position 9.
   virtual BSTR GetMacAddress() = 0;  ///< Position 10.
-  /// UnsetCredential where none was supplied; empty for a camera that was put together from the little that is known.
+  /// UnsetCredential where none was supplied; empty for a camera of which the server told only a few fields.
   virtual BSTR GetUserName() = 0;  ///< Position 11.
   /// As GetUserName.
   virtual BSTR GetPassword() = 0;       ///< Position 12.
   virtual uint8_t IsDhcpEnabled() = 0;  ///< Position 13.
   /// The first plug-in type name; "UNKNOWN" when there is none.
   virtual BSTR GetPluginName() = 0;  ///< Position 14.
-  /// Bit 17 of GetDeviceFlags; set for a camera that was put together from the little that is known.
+  /// Bit 17 of GetDeviceFlags; set for a camera of which the server told only a few fields.
   virtual uint8_t HasDeviceFlag17() = 0;  ///< Position 15.
   /// Always 0.
   virtual uint8_t IsReserved() = 0;  ///< Position 16.
@@ -140,18 +142,21 @@ struct ICameraInfo : IUnknown {
 ///
 /// Thread  Positions 3 to 5 are called on worker threads, without any lock held; they may call back into the finder,
 ///         also Release. The thread that delivers waits for them, so a slow wizard slows the server down. Blocks that
-///         arrive on several threads are delivered at the same time.
+///         arrive on several threads are delivered at the same time. On Windows the workers belong to the system's
+///         pool: COM is not initialised on them, and the callback is called directly, never through a proxy.
 /// Errors  Results are ignored. An exception thrown here ends the delivery of its block and goes no further; the next
 ///         block is delivered all the same. It must be of the library's compiler family; any other one ends the
 ///         process. An exception out of Release is discarded. AddRef must not throw, nor wait for another thread,
 ///         because the library calls it with a lock held.
-/// Life    A delivery under way keeps a reference of its own, so the last Release may come after the finder's, and on
-///         another thread.
+/// Life    Neither the finder's Release nor SetNewCameraDataCallback waits for a delivery. One under way keeps a
+///         reference of its own, so that a call may still begin after they have returned, and the last Release may come
+///         on another thread. After the last Release no call comes any more: wait for it before you free what the
+///         callback uses. Static objects are among that: main's return and exit free them while calls still come.
 struct INewCameraDataCallback : IUnknown {
   /// A picture arrived.
   /// picture     the bytes as the server sent them, byteCount of them (may be 0); valid during the call only.
-  /// cameraText  which camera, up to the text's first NUL (empty where it begins with one); the BSTR is yours, free it
-  ///             with SysFreeString.
+  /// cameraText  what the server calls the camera: often its hardware address, but any text. It ends at its first NUL.
+  ///             The BSTR is yours, free it with SysFreeString.
   virtual HRESULT PictureReceived(const uint8_t* picture, uint64_t byteCount, BSTR cameraText) = 0;  ///< Position 3.
   /// Values arrived: valueCount of them (at least 1), valid during the call only. Free cameraText.
   virtual HRESULT ValuesReceived(BSTR cameraText, const uint64_t* values, uint64_t valueCount) = 0;  ///< Position 4.
@@ -165,7 +170,8 @@ struct INewCameraDataCallback : IUnknown {
   ~INewCameraDataCallback() = default;
 };
 
-/// Implemented by the wizard; called on the thread that called ListFoundCameras. The library takes no reference on it.
+/// Implemented by the wizard; called on the thread that called ListFoundCameras, and may call the finder. The library
+/// takes no reference on it.
 struct IFoundCameraReceiver : IUnknown {
   /// One camera; AddRef it to keep it. The result is ignored. An exception thrown here leaves ListFoundCameras, and the
   /// cameras that follow are not handed over.
@@ -184,7 +190,8 @@ struct ICameraFinder : IUnknown {
   /// call has returned, so keep the finder until then. Every failure is silent.
   virtual void RequestInfoByIp(const OLECHAR* ipAddress) = 0;  ///< Position 4.
   /// Hands every camera found so far to the receiver (may be null), in the server's order, before it returns. Throws
-  /// what the server or a malformed reply causes; no camera is handed over then. Without a channel: no camera.
+  /// what the server or a malformed reply causes; no camera is handed over then. Without a channel: no camera. The
+  /// server is also asked for the last picture of each camera, which a callback then gets once more: do not poll.
   virtual void ListFoundCameras(IFoundCameraReceiver* receiver) = 0;  ///< Position 5.
   /// Installs the callback (may be null) in place of the one before. The finder holds a reference on it until it is
   /// replaced, the finder is released, or the platform library lets the stream go, after which nothing arrives any

@@ -6,7 +6,7 @@
 ///     finder->lpVtbl->Release(finder);
 ///
 /// A wizard implements INewCameraDataCallback and IFoundCameraReceiver by a structure that begins with lpVtbl. What
-/// each operation does, who owns what and which thread calls stand in camera_finding.h; its constants are numbers here.
+/// each operation does, who owns what, which thread calls and what the constants mean stand in camera_finding.h.
 ///
 /// C cannot catch an exception: a refused stream ends the process. camera_finding_nothrow.h has the three operations
 /// that throw as functions that return a result.
@@ -20,6 +20,39 @@ typedef struct ICameraInfo ICameraInfo;
 typedef struct INewCameraDataCallback INewCameraDataCallback;
 typedef struct IFoundCameraReceiver IFoundCameraReceiver;
 typedef struct ICameraFinder ICameraFinder;
+
+static const OLECHAR UnsetCredential[] = OLESTR("&!*KVMR*9%");
+
+enum { cekFound = 0, cekChanged = 1, cekSeen = 2, cekReported = 3, cekGone = 4 };
+enum {
+  ctcUnknown = 0,
+  ctcSonyIpc = 1,
+  ctcAxisIpc = 2,
+  ctcSummitIpc = 3,
+  ctcR2Ipc = 4,
+  ctcV1Ipc = 5,
+  ctcOnvifIpc = 6,
+  ctcArecontVisionIpc = 7,
+  ctcR3Ipc = 8,
+  ctcMartenIpc = 9,
+  ctcAddressOnly = 24,
+  ctcR4Ipc = 25
+};
+
+typedef struct CameraTypeName {
+  int32_t type;
+  const OLECHAR* name;
+} CameraTypeName;
+static const CameraTypeName CameraTypeNames[] = {
+    {ctcSonyIpc, OLESTR("Sony IPC")},     {ctcAxisIpc, OLESTR("Axis IPC")},
+    {ctcSummitIpc, OLESTR("Summit IPC")}, {ctcR2Ipc, OLESTR("R2 IPC")},
+    {ctcV1Ipc, OLESTR("V1 IPC")},         {ctcOnvifIpc, OLESTR("ONVIF IPC")},
+    {ctcR3Ipc, OLESTR("R3 IPC")},         {ctcArecontVisionIpc, OLESTR("ArecontVision IPC")},
+    {ctcMartenIpc, OLESTR("Marten IPC")}, {ctcR4Ipc, OLESTR("R4 IPC")},
+};
+
+static const IID IID_ICameraFinder = {0xFFFFFFFF, 0xAAAA, 0x1806, {0x20, 0x14, 0x14, 0x00, 0x00, 0x00, 0x00, 0x00}};
+static const IID IID_ICameraInfo = {0xFFFFFFFF, 0xAAAA, 0x2102, {0x20, 0x14, 0x09, 0x51, 0x00, 0x00, 0x00, 0x00}};
 
 /// Positions 0 to 2 of every table.
 #define TARN_UNKNOWN_OPERATIONS(Interface)                                   \

@@ -81,6 +81,8 @@ struct IUnknown {
 #define E_FAIL ((HRESULT)0x80004005)
 #define E_OUTOFMEMORY ((HRESULT)0x8007000E)
 
+static const IID IID_IUnknown = {0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+
 #endif
 
 #if defined(_WIN32)
@@ -106,7 +108,7 @@ void SysFreeString(BSTR text);
 #define TARN_POINTER_CAST(type, value) reinterpret_cast<type>(value)
 #else
 #define TARN_INLINE static inline
-#define TARN_POINTER_CAST(type, value) ((type)(value))
+#define TARN_POINTER_CAST(type, value) ((type)(void*)(value))
 #endif
 
 /// A string of byteLength bytes, copied from bytes; unspecified where bytes is null. Null where there is no memory.

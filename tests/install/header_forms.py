@@ -5,6 +5,7 @@ A COMPILER is a command with its own options, in one argument; one that is not i
 """
 import itertools
 import os
+import re
 import shlex
 import shutil
 import subprocess
@@ -33,7 +34,7 @@ C_USE = """
 ULONG Use(ICameraFinder* finder, INewCameraDataCallback* callback);
 ULONG Use(ICameraFinder* finder, INewCameraDataCallback* callback) {
   finder->lpVtbl->SetNewCameraDataCallback(finder, callback);
-  finder->lpVtbl->RequestInfoByIp(finder, OLESTR("10.0.0.5"));
+  finder->lpVtbl->RequestInfoByIp(finder, UnsetCredential);
   return finder->lpVtbl->Release(finder);
 }
 """
@@ -47,8 +48,17 @@ def forms(header, windows):
     return [include, include + other, other + include] + (plain if windows else [])
 
 
+def constants(header):
+    """The names and values that C++ and C must have in common."""
+    with open(os.path.join(sys.argv[1], "tarn", header), encoding="utf-8") as file:
+        return set(re.findall(r'(\b(?:cek|ctc)\w+ = \d+|IID_\w+ = .+;|UnsetCredential\[\] = .+;|\{ctc\w+, OLESTR\("[^"]+"\)\})', file.read()))
+
+
 def main():
     tried = failures = 0
+    same = constants("camera_finding.h") == constants("camera_finding_c.h")
+    if not same:
+        print("the constants differ:", *constants("camera_finding.h") ^ constants("camera_finding_c.h"), sep="\n  ")
     for compiler in map(shlex.split, sys.argv[2:]):
         if not shutil.which(compiler[0]):
             print(f"left out, not installed: {compiler[0]}")
@@ -63,7 +73,7 @@ def main():
                 failures += 1
                 print(f"{shlex.join(command)}\n{text}\n{result.stderr}")
     print(f"{tried - failures} of {tried} forms compile")
-    return 1 if failures or not tried else 0
+    return 0 if same and tried and not failures else 1
 
 
 if __name__ == "__main__":
