@@ -56,11 +56,15 @@ def check_page():
         play(json.load(file))
     page = subprocess.Popen(program.split() + "page --for 1 --once --json".split(), stdout=subprocess.PIPE, stdin=subprocess.DEVNULL,
                             env=dict(os.environ, TARN_SIMULATOR_SCENARIO=scenario_path))
-    first = json.loads(page.stdout.readline())
-    with urllib.request.urlopen(first["address"] + "events") as response:
-        lines = [json.loads(response.readline())]
-        while lines[-1]["event"] != "summary":
-            lines.append(json.loads(response.readline()))
+    try:
+        first = json.loads(page.stdout.readline())
+        with urllib.request.urlopen(first["address"] + "events", timeout=60) as response:
+            lines = [json.loads(response.readline())]
+            while lines[-1]["event"] not in ("summary", "error"):
+                lines.append(json.loads(response.readline()))
+    except BaseException:
+        page.kill()
+        raise
     rest = page.stdout.read().decode()
     errors = [error.message for o in [first] + lines for error in schema.iter_errors(o)]
     printed = [json.loads(line) for line in rest.splitlines()]
