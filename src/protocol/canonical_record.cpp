@@ -8,6 +8,7 @@
 #include "base/text_conversion.h"
 #include "platform/compiler.h"
 #include "protocol/canonical_bytes.h"
+#include "protocol/finder_messages.h"
 #include "protocol/record_format.h"
 #include "valuelist/value_list.h"
 #include "valuelist/wire_text.h"
@@ -33,6 +34,7 @@ constexpr Kestrel::VariantType kMemberTag = [] {
 
 constexpr FixedBytes kRecordHead = ValueListHead(kRecordKeys.size());
 constexpr FixedBytes kOneEntryHead = ValueListHead(1);
+constexpr FixedBytes kCommandHead = ValueListHead(2).Entry(kCommandKey, Kestrel::vtUInt);
 constexpr FixedBytes kTextEntry = FixedBytes().Entry(kListElementKey, Kestrel::vtString);
 constexpr FixedBytes kCameraListEntry = FixedBytes().Entry(kCameraInfoListKey, Kestrel::vtBinaryData);
 constexpr FixedBytes kListHead = FixedBytes().Number(ListMarker);
@@ -189,7 +191,9 @@ std::optional<CameraListHead> DecodeCameraListHead(std::span<const std::uint8_t>
   Reader reader(bytes);
   std::uint32_t blockSize = 0;
   std::uint32_t count = 0;
-  if (!reader.Skip<kOneEntryHead>() || !reader.Skip<kCameraListEntry>() || !reader.Read(blockSize) ||
+  std::uint32_t command = 0;  // not looked at, as in a list that is read whole
+  const bool hasHead = reader.Skip<kOneEntryHead>() || (reader.Skip<kCommandHead>() && reader.Read(command));
+  if (!hasHead || !reader.Skip<kCameraListEntry>() || !reader.Read(blockSize) ||
       !reader.Skip<kListHead>() || !reader.Read(count) || blockSize < kListHeadSize)
     return std::nullopt;
   return CameraListHead{bytes.size() - reader.GetRemaining(), count, blockSize - kListHeadSize};

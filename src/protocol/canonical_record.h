@@ -35,7 +35,7 @@ inline constexpr std::size_t kSmallestElement<CameraRecord> = 320;
 template <>
 inline constexpr std::size_t kSmallestElement<std::string> = 29;
 
-/// What stands before the first record of a value list whose one entry is "CAMERAINFOLIST".
+/// What stands before the first record of a value list whose last entry is "CAMERAINFOLIST", alone or behind "CMD".
 struct CameraListHead {
   std::size_t sizeInBytes;         ///< of the head itself
   std::uint32_t recordCount;       ///< as claimed; nothing proves it yet

@@ -102,7 +102,8 @@ class Generator:
     def cameras(self):
         block = self.elements(1)
         key = b"CAMERAINFOLIST" if self.random.random() < 0.95 else b"CAMERAINFO"
-        return self.list([(self.name(key), b"\x0d" + struct.pack("<I", len(block)) + block)])
+        command = [(self.name(b"CMD"), b"\x06" + struct.pack("<I", self.random.choice([3, 2, 1 << 31])))]
+        return self.list(command * (self.random.random() < 0.3) + [(self.name(key), b"\x0d" + struct.pack("<I", len(block)) + block)])
 
     def reply(self):
         r = self.random

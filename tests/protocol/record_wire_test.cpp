@@ -235,6 +235,13 @@ TEST(RecordList, TakesLittleMemoryWhereItIsCanonicalAndWhateverItsCountClaims) {
   EXPECT_EQ(HeapOf([&] { ReadFirstRecord(*block); }).second, 0);
   EXPECT_GT(HeapOf([&] { ReadSlowly(list, kCameraInfoListKey, slowly); }).second, kCount);
   EXPECT_LT(HeapOf([&] { ReadCameraReply(reply->GetBytes()); }).first, kRecords + kWindow);
+  // A server that writes the list as a message puts "CMD" in front.
+  ValueList message;
+  message.Add("CMD", 3U);
+  WriteRecordList(message, kCameraInfoListKey, Records(1000));
+  const auto withCommand = EncodeReply(message);
+  EXPECT_LT(HeapOf([&] { ReadCameraReply(withCommand->GetBytes()); }).first, kRecords + kWindow);
+  EXPECT_EQ(ReadCameraReply(withCommand->GetBytes()), Records(1000));
   // Room for what the bytes can hold.
   EXPECT_LT(HeapOf([&] { ReadRecordList(lying, kCameraInfoListKey, read); }).first, 4 * kSize);
   EXPECT_LT(HeapOf([&] { ReadStringList(lying, kCameraInfoListKey, texts); }).first, 4 * kSize);
