@@ -12,6 +12,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -175,7 +176,13 @@ ProgramResult RunProgram(const std::string& program, const std::vector<std::stri
 
   std::vector<char*> environment;
   for (const std::string& variable : variables) environment.push_back(const_cast<char*>(variable.c_str()));
-  for (char** variable = environ; *variable; ++variable) environment.push_back(*variable);
+  // A name that stands twice means its last value to most programs, so the caller's goes.
+  const auto isReplaced = [&](std::string_view own) {
+    const std::string_view name = own.substr(0, own.find('=') + 1);
+    return std::ranges::any_of(variables, [&](std::string_view fresh) { return fresh.starts_with(name); });
+  };
+  for (char** variable = environ; *variable; ++variable)
+    if (!isReplaced(*variable)) environment.push_back(*variable);
   environment.push_back(nullptr);
   char* arguments[] = {const_cast<char*>(program.c_str()), nullptr};
 
