@@ -64,6 +64,9 @@ std::vector<std::string> ParseCsvLine(std::string_view line) {
     if (quoted && line[i] == '"' && line.substr(i + 1).starts_with('"')) {
       fields.back() += line[++i];
     } else if (line[i] == '"') {
+      const bool atEdge = quoted ? i + 1 == line.size() || line[i + 1] == ',' : i == 0 || line[i - 1] == ',';
+      if (!atEdge)
+        throw WrongUse("a quotation mark stands inside a field; put the field in quotation marks and write it twice");
       quoted = !quoted;
     } else if (line[i] == ',' && !quoted) {
       fields.emplace_back();

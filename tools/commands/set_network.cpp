@@ -262,7 +262,8 @@ void PrintAll(const std::vector<Plan>& plans, const Options& options, TextOutput
 
 NetworkBatch BatchOf(const Options& options) {
   if (!options.batchFile.empty()) {
-    if (!options.change.mac.empty() || !options.change.IsEmpty())
+    if (!options.change.mac.empty() || !options.change.IsEmpty() || options.askPassword ||
+        !options.passwordFile.empty())
       throw WrongUse("--from names the cameras and their settings; leave out the others");
     return ReadNetworkBatch(options.batchFile);
   }
