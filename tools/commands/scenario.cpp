@@ -20,7 +20,7 @@ std::string ComplaintAbout(const std::string& file, const Library& library) {
   try {
     library.create(nullptr, nullptr, &finder);
   } catch (const std::exception& error) {
-    return ErrorText(error);
+    return error.what();
   }
   const Reference<Tarn::CameraFinding::ICameraFinder> owner(finder);
   return {};
@@ -38,7 +38,7 @@ void Check(const std::string& file, const std::string& libraryFile) {
   RequireSimulator(file, library);
   const std::string complaint = ComplaintAbout(file, library);
   // Anything else is a fault that the scenario itself asks for.
-  if (complaint.starts_with(file + ":")) throw WrongUse(complaint);
+  if (complaint.starts_with(file + ":") || complaint.starts_with("TARN_SIMULATOR_")) throw WrongUse(OneLine(complaint));
 }
 
 }  // namespace
