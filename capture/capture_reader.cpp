@@ -124,6 +124,7 @@ bool CaptureReader::Next(Frame& frame) {
   frame.number = packets_;
   frame.offset = packet.offset;
   frame.time = packet.time;
+  frame.section = packet.section;
   frame.body.clear();
   // A packet may hold more than its frame says; those bytes belong to nothing.
   const std::uint64_t most = std::min<std::uint64_t>(kLargestBody, frame.header.bodySize);
@@ -211,6 +212,7 @@ void CaptureReader::BeginSection() {
   const auto order = NumberAt<std::uint32_t>(block_, 0);
   if (order != kByteOrderMagic) Refuse("the byte order mark " + Hex(kByteOrderMagic), Hex(order));
   interfaces_.clear();
+  ++sections_;
 }
 
 void CaptureReader::AddInterface() {
@@ -252,6 +254,7 @@ bool CaptureReader::ReadPacket(Packet& packet) {
       std::uint64_t{NumberAt<std::uint32_t>(block_, 4)} << 32 | NumberAt<std::uint32_t>(block_, 8);
   packet.time = Nanoseconds(time, from.unitsPerSecond);
   packet.offset = blockOffset_;
+  packet.section = sections_;
   return true;
 }
 

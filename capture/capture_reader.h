@@ -42,6 +42,8 @@ struct Frame {
   std::uint64_t number = 0;  ///< of its first packet in the file, from 1, as other tools count
   std::uint64_t offset = 0;  ///< of that packet's block in the file
   std::uint64_t time = 0;    ///< nanoseconds since 1970
+  /// Of the file, from 1. The recorder begins one each time it is loaded, so that each is a run of its own.
+  std::uint64_t section = 0;
   std::vector<std::uint8_t> body;
 
   bool IsCut() const { return body.size() != header.bodySize; }
@@ -90,6 +92,7 @@ class CaptureReader {
     FrameHeader header;
     std::uint64_t offset = 0;
     std::uint64_t time = 0;
+    std::uint64_t section = 0;
     std::span<const std::uint8_t> bytes;  ///< in block_, until the next block is read
   };
 
@@ -108,6 +111,7 @@ class CaptureReader {
   std::uint64_t nextOffset_ = 0;
   std::vector<std::uint8_t> block_;  ///< what stands between a block's head and its second length
   std::vector<Interface> interfaces_;
+  std::uint64_t sections_ = 0;
   std::uint64_t packets_ = 0;
   std::uint64_t skipped_ = 0;
   std::uint64_t behindLastBlock_ = 0;

@@ -76,6 +76,11 @@ class Recorded {
     header.duration = 5'000'000;
     return Write(header, {});
   }
+  /// The library is loaded once more, and the recording goes on.
+  Recorded& Load() {
+    writer_.WriteSectionStart();
+    return *this;
+  }
   Recorded& Open() { return Call(Function::kCreateLiveStream).Call(Function::kOpen).Call(Function::kStart); }
   Recorded& Search() { return Open().Call(Function::kSetGenericDataCallback, 1, kRegisterDataCallback); }
   Recorded& Wait(std::uint64_t nanoseconds) {
@@ -319,7 +324,7 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{"ReleaseFails", [](auto& c) { c.Search().Fail(Function::kReleaseReference); }, "No block arrived",
                  "1 reply could not be released, which costs memory and no cameras."},
         FaultRow{"NothingPushed", [](auto& c) { c.Search(); }, "No block arrived: the server has pushed nothing.",
-                 "0 blocks arrived, and none about it reached the wizard."},
+                 "0 blocks arrived, and none with its record reached the wizard."},
         FaultRow{
             "Silence",
             [](auto& c) {
@@ -358,6 +363,13 @@ INSTANTIATE_TEST_SUITE_P(
                  "values without text"},
         FaultRow{"PictureWithoutText", [](auto& c) { c.Search().Block(1, {}); }, "Blocks were dropped before",
                  "picture without text"},
+        FaultRow{"PicturesOnly", [](auto& c) { c.Search().Block(1, Picture(kMac)); },
+                 "Pictures or values of it reached the wizard, and no record of it was pushed.",
+                 "1 block with pictures or values of it reached the wizard:"},
+        FaultRow{"DeliveredInAnEarlierRun", [](auto& c) { c.Search().Block(4, Camera()).Load().Open(); },
+                 "No callback was registered",
+                 "earlier   One run was recorded before this one, which is not told here. Of the last of them: The wizard "
+                 "has it: block type 4"},
         FaultRow{"InTheListOnly",
                  [](auto& c) {
                    c.Search().Call(Function::kSendSynchDSPCommand, 1, 0, Sample("request-list.bin"),

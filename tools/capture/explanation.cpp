@@ -202,7 +202,10 @@ void Explainer::AddBlock(const RecordedEvent& event, bool about) {
       ++droppedOfOthers_;
     return;
   }
-  if (!block.camera) return;
+  if (!block.camera) {
+    if (about) pictures_.Add(line);
+    return;
+  }
   if (!about) {
     if (others_.size() < kMostOthers)
       others_.try_emplace(CameraKey(block.camera->mac, block.camera->ip),
@@ -321,7 +324,10 @@ Explanation Explainer::Explain() const {
   std::string blocks =
       deliveries_.count > 0
           ? fmt::format("{} about it reached the wizard:{}", Counted(deliveries_.count, "block"), deliveries_.Join())
-          : fmt::format("{} arrived, and none about it reached the wizard.", Counted(blocks_, "block"));
+          : fmt::format("{} arrived, and none with its record reached the wizard.", Counted(blocks_, "block"));
+  if (pictures_.count > 0)
+    blocks += fmt::format("\n{} with pictures or values of it reached the wizard:{}",
+                          Counted(pictures_.count, "block"), pictures_.Join());
   if (longestSilence_ >= kSlow)
     blocks += fmt::format("\nThe longest time without a block was {:.1f} s.", Seconds(longestSilence_));
   steps.push_back({"blocks", blocks, deliveries_.count > 0});
@@ -388,6 +394,9 @@ void Explainer::Judge(Explanation& explanation) const {
       {triedToRegister_ && everRegistered_ == 0 && blocks_ == 0,
        "The callback was refused without an error record, so no block reaches the wizard, which does not know it.",
        {"See in the server's own log why it refuses.", "tarnfind list shows what the server knows all the same."}},
+      {pictures_.count > 0,
+       "Pictures or values of it reached the wizard, and no record of it was pushed.",
+       {"A wizard that shows pushed cameras alone does not show it: ask for the list, as tarnfind list does."}},
       {replies_.count > 0,
        "It stands in an answer, and no block about it was pushed.",
        {"A wizard that shows pushed cameras alone does not show it: ask for the list, as tarnfind list does."}},

@@ -14,7 +14,7 @@ namespace tarnfind {
 
 struct ExplainedStep {
   std::string name;  ///< library, stream, open, start, callback, commands, replies, blocks, last, dropped,
-                     ///< nearest
+                     ///< nearest; explain puts "earlier" in front
   std::string text;  ///< whole sentences
   bool fine = true;
 };
@@ -26,7 +26,7 @@ struct Explanation {
   bool found = false;             ///< the wizard has it: it was delivered, and not reported gone after that
 };
 
-/// Takes the events of a conversation in their order.
+/// Takes the events of one run's conversation in their order.
 class Explainer {
  public:
   /// address: a MAC or IP in its standard form. The other address is learnt from what is heard, and serves only where a
@@ -86,7 +86,8 @@ class Explainer {
   std::uint64_t lists_ = 0;
   std::uint64_t unreadLists_ = 0;  ///< those of them that failed or whose answer is damaged
   std::uint64_t blocks_ = 0;
-  Lines deliveries_;
+  Lines deliveries_;  ///< of its record
+  Lines pictures_;    ///< and values: deliveries that name it and tell no record
   std::string lastDelivery_;
   std::string lastHeard_;
   bool lastWasGone_ = false;

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "tools/capture/capture_file.h"
 #include "tools/capture/explanation.h"
@@ -20,6 +21,13 @@ std::string PathOf(const Options& options) {
   if (!recorded || !*recorded) throw WrongUse("name a capture, or set TARN_CAPTURE");
   return recorded;
 }
+
+/// From the load of the library to its end. A capture may hold several, and what one had says nothing of the next.
+struct Run {
+  explicit Run(const std::string& address) : explainer(address) {}
+  Conversation conversation;
+  Explainer explainer;
+};
 
 /// Where the text of a step begins.
 constexpr std::size_t kTextColumn = 12;
@@ -60,11 +68,27 @@ void WriteJson(const std::string& address, const Explanation& explanation, const
 void RunExplain(const Options& options, TextOutput& output) {
   const std::string& address = options.capture.address;
   CaptureFile file(PathOf(options));
-  Conversation conversation;
-  Explainer explainer(address);
-  const std::string note =
-      ReadFrames(file, [&](const capture::Frame& frame) { explainer.Add(conversation.Read(frame)); });
-  const Explanation explanation = explainer.Explain();
+  std::optional<Run> run;
+  std::uint64_t section = 0, earlier = 0;
+  std::string before;
+  const std::string note = ReadFrames(file, [&](const capture::Frame& frame) {
+    if (run && frame.section != section) {
+      ++earlier;
+      before = run->explainer.Explain().verdict;
+      run.reset();
+    }
+    section = frame.section;
+    if (!run) run.emplace(address);
+    run->explainer.Add(run->conversation.Read(frame));
+  });
+  Explanation explanation = (run ? run->explainer : Explainer(address)).Explain();
+  if (earlier > 0)
+    explanation.steps.insert(
+        explanation.steps.begin(),
+        {"earlier",
+         fmt::format("{} recorded before this one, which is not told here. Of the last of them: {}",
+                     earlier == 1 ? "One run was" : fmt::format("{} runs were", earlier), before),
+         true});
   (options.json ? WriteJson : WriteText)(address, explanation, note, output);
 }
 
