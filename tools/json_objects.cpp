@@ -108,4 +108,15 @@ std::string JsonLine(const Json& object) {
   return line + '\n';
 }
 
+Json ParseJsonLine(std::string_view line) {
+  constexpr int kDeepestLevel = 8;
+  bool tooDeep = false;
+  const auto watch = [&](int depth, Json::parse_event_t, Json&) {
+    tooDeep |= depth > kDeepestLevel;
+    return !tooDeep;
+  };
+  Json object = Json::parse(line, watch, false);
+  return tooDeep ? Json() : object;
+}
+
 }  // namespace tarnfind

@@ -6,6 +6,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "tools/found_cameras.h"
 
@@ -34,5 +35,7 @@ Json SharedIpsArray(const FoundCameras& cameras);
 /// The object and a line end. Invalid UTF-8 becomes U+FFFD. Control characters are escaped, also those that JSON would
 /// let through, because the line may end up on a terminal.
 std::string JsonLine(const Json& object);
+/// The object of a line of a search; something else where it is no JSON, or nested deeper than any such line.
+Json ParseJsonLine(std::string_view line);
 
 }  // namespace tarnfind

@@ -39,7 +39,8 @@ class NotingWizard final : public wire::INewCameraDataCallback {
     return Note(fmt::format("{} for \"{}\"", Counted(count, "value"), Printable(outcome_.mac)));
   }
   HRESULT CameraInfoReceived(std::uint32_t kind, wire::ICameraInfo* info, std::int32_t type) override {
-    const CameraSnapshot snapshot = SnapshotOf(*info);
+    CameraSnapshot snapshot = SnapshotOf(*info);
+    snapshot.told = ToldBy(kind, snapshot);
     DeliveredCamera camera{snapshot.mac, snapshot.ip, snapshot.model, CameraObject(snapshot, false)};
     outcome_.mac = camera.mac;
     outcome_.ip = camera.ip;

@@ -6,10 +6,12 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "protocol/camera_info.h"
+#include "protocol/finder_messages.h"
 #include "tools/camera_snapshot.h"
 #include "tools/capture/capture_file.h"
 #include "tools/capture/conversation.h"
@@ -36,9 +38,20 @@ void Put(CameraSet& cameras, const std::string& key, const Json& camera) {
 CameraSet ReadCapturedCameras(const std::string& path) {
   CameraSet cameras;
   CaptureFile file(path);
-  Conversation conversation;
+  std::optional<Conversation> conversation;
+  std::uint64_t section = 0;
+  bool toldAny = false;
   const std::string note = ReadFrames(file, [&](const capture::Frame& frame) {
-    const RecordedEvent event = conversation.Read(frame);
+    if (frame.section != section) {  // a run of its own, which begins to search anew
+      section = frame.section;
+      conversation.emplace();
+      cameras.clear();
+      toldAny = false;
+    }
+    const RecordedEvent event = conversation->Read(frame);
+    toldAny |= event.block && event.block->camera;
+    if (event.command && event.command->code == Tarn::CameraFinding::fcListFoundCameras)
+      toldAny |= !event.failed && event.command->damage.empty();
     if (event.command && !event.failed)
       for (auto record : event.command->cameras) {
         const std::string key = CameraKey(record.mac, record.ip);
@@ -52,6 +65,9 @@ CameraSet ReadCapturedCameras(const std::string& path) {
     else
       Put(cameras, key, camera.object);
   });
+  if (!toldAny)
+    throw WrongUse(fmt::format("{}: no camera was told in its last run and no list came, so nobody knows what is missing",
+                               Printable(path)));
   if (!note.empty()) platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", note));
   return cameras;
 }
@@ -59,16 +75,21 @@ CameraSet ReadCapturedCameras(const std::string& path) {
 CameraSet ReadSavedCameras(std::istream& file, const std::string& path) {
   CameraSet cameras;
   std::string line;
+  bool toldAny = false;
   for (std::uint64_t number = 1; std::getline(file, line); ++number) {
     const auto wrong = [&](const char* what) {
       return WrongUse(fmt::format("{}: line {} {}", Printable(path), number, what));
     };
     if (line.size() > kLongestLine) throw wrong("is too long");
     if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
-    const Json object = Json::parse(line, nullptr, false);
+    const Json object = ParseJsonLine(line);
     if (!object.is_object()) throw wrong("is neither JSON nor the beginning of a capture");
+    if (object.contains("list") && object["list"] != "arrived")
+      throw wrong("says that the server's list did not come, so nobody knows what is missing");
     if (!TakeCameraObject(cameras, object)) throw wrong("shows a camera without an address");
+    toldAny |= object.value("event", Json()) != "error";
   }
+  if (!toldAny) throw WrongUse(fmt::format("{} holds no search", Printable(path)));
   if (file.bad()) throw WrongUse(fmt::format("{} cannot be read", Printable(path)));
   return cameras;
 }

@@ -89,6 +89,9 @@ void RunSearchAgainst(const Options& options, TextOutput& output) {
   search.json = true;
   try {
     RunSearch(search, comparison);
+  } catch (const Missed&) {  // --expect was not met; what was found is compared all the same
+    comparison.Finish();
+    throw;
   } catch (const Failure& failure) {
     // Exit code 1 is for cameras that differ.
     throw CommandError(kWrongUse, failure.what(), failure.Step());

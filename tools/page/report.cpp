@@ -24,8 +24,6 @@ namespace tarnfind {
 namespace {
 
 constexpr std::size_t kLongestLine = 4 << 20;
-/// No line of a search has more; a deeper one is refused.
-constexpr int kDeepestLevel = 8;
 constexpr std::size_t kUsualPictures = 500;
 constexpr std::size_t kMostPictures = 1'000'000;
 
@@ -62,13 +60,8 @@ class LineReader {
 
  private:
   Json Parse(std::string_view line) const {
-    bool tooDeep = false;
-    const auto watch = [&](int depth, Json::parse_event_t, Json&) {
-      tooDeep |= depth > kDeepestLevel;
-      return !tooDeep;
-    };
-    Json object = Json::parse(line, watch, false);
-    if (tooDeep || !object.is_object()) Fail("is no JSON object");
+    Json object = ParseJsonLine(line);
+    if (!object.is_object()) Fail("is no JSON object");
     const auto event = object.find("event");
     const auto kind = std::ranges::find_if(kLineKinds, [&](const LineKind& row) {
       return event != object.end() && event->is_string() && event->get_ref<const std::string&>() == row.event;
