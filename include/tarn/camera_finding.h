@@ -17,7 +17,8 @@
 ///      exclude each other. QueryInterface of a library's object answers IUnknown
 ///      and the object's own interface (on Windows also IMarshal); the library never calls it on a wizard's object.
 ///   6. The library may be unloaded once every object of it has been released. Where a delivery is still under way
-///      then, it ends as usual, and the library stays in the process. The first SetNewCameraDataCallback of a finder
+///      then, it ends as usual, and the library stays in the process; also where a callback was replaced or the finder
+///      released in the middle of a delivery. The first SetNewCameraDataCallback of a finder
 ///      and its last Release take the loader's lock, so no thread may wait for them with that lock held. A Release
 ///      while a delivery is under way, for example inside a callback, does not take it.
 ///
