@@ -6,7 +6,6 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -35,20 +34,18 @@ void Put(CameraSet& cameras, const std::string& key, const Json& camera) {
   cameras.try_emplace(key, Json::object()).first->second.update(camera);
 }
 
+[[noreturn]] void ThrowNothingTold(const std::string& path) {
+  throw WrongUse(
+      fmt::format("{}: no camera was told and no list came, so nobody knows what is missing", Printable(path)));
+}
+
 CameraSet ReadCapturedCameras(const std::string& path) {
   CameraSet cameras;
   CaptureFile file(path);
-  std::optional<Conversation> conversation;
-  std::uint64_t section = 0;
+  Conversation conversation;
   bool toldAny = false;
   const std::string note = ReadFrames(file, [&](const capture::Frame& frame) {
-    if (frame.section != section) {  // a run of its own, which begins to search anew
-      section = frame.section;
-      conversation.emplace();
-      cameras.clear();
-      toldAny = false;
-    }
-    const RecordedEvent event = conversation->Read(frame);
+    const RecordedEvent event = conversation.Read(frame);
     toldAny |= event.block && event.block->camera;
     if (event.command && event.command->code == Tarn::CameraFinding::fcListFoundCameras)
       toldAny |= !event.failed && event.command->damage.empty();
@@ -65,9 +62,7 @@ CameraSet ReadCapturedCameras(const std::string& path) {
     else
       Put(cameras, key, camera.object);
   });
-  if (!toldAny)
-    throw WrongUse(fmt::format("{}: no camera was told in its last run and no list came, so nobody knows what is missing",
-                               Printable(path)));
+  if (!toldAny) ThrowNothingTold(path);
   if (!note.empty()) platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", note));
   return cameras;
 }
@@ -75,7 +70,7 @@ CameraSet ReadCapturedCameras(const std::string& path) {
 CameraSet ReadSavedCameras(std::istream& file, const std::string& path) {
   CameraSet cameras;
   std::string line;
-  bool toldAny = false;
+  bool hasList = false, lacksList = false, toldAny = false;
   for (std::uint64_t number = 1; std::getline(file, line); ++number) {
     const auto wrong = [&](const char* what) {
       return WrongUse(fmt::format("{}: line {} {}", Printable(path), number, what));
@@ -84,12 +79,18 @@ CameraSet ReadSavedCameras(std::istream& file, const std::string& path) {
     if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
     const Json object = ParseJsonLine(line);
     if (!object.is_object()) throw wrong("is neither JSON nor the beginning of a capture");
-    if (object.contains("list") && object["list"] != "arrived")
-      throw wrong("says that the server's list did not come, so nobody knows what is missing");
-    if (!TakeCameraObject(cameras, object)) throw wrong("shows a camera without an address");
-    toldAny |= object.value("event", Json()) != "error";
+    const Json list = object.value("list", Json());
+    hasList |= list == "arrived";
+    lacksList |= !list.is_null() && list != "arrived";
+    const auto key = TakeCameraObject(cameras, object);
+    if (!key) throw wrong("shows a camera without an address");
+    toldAny |= !key->empty();
   }
-  if (!toldAny) throw WrongUse(fmt::format("{} holds no search", Printable(path)));
+  if (!toldAny && !hasList) ThrowNothingTold(path);
+  if (lacksList)
+    platform::Write(platform::Stream::kError,
+                    fmt::format("tarnfind: {}: the server's list did not come, so what is missing there need not be gone\n",
+                                Printable(path)));
   if (file.bad()) throw WrongUse(fmt::format("{} cannot be read", Printable(path)));
   return cameras;
 }
