@@ -128,7 +128,7 @@ CaptureOptions Over(const Recorded& recorded) {
 /// A picture without bytes for that camera.
 Bytes Picture(const std::string& text) {
   Bytes block = {5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x0B, static_cast<std::uint8_t>(text.size() + 1), 0, 0, 0};
-  block.insert(block.end(), text.begin(), text.end());
+  for (const char c : text) block.push_back(static_cast<std::uint8_t>(c));
   block.insert(block.end(), {0, 6, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0, 0, 0, 0});
   return block;
 }
