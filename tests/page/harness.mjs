@@ -41,15 +41,16 @@ export function runTool(scenario, ...options) {
 
 const tools = new Set();  // processes that serve a page
 
-/// Serves a search until stop(), or stopBrowser where a test has failed before; address: of its page.
+/// Serves a search until stop(), or stopBrowser where a test has failed before; address: of its page; printed(): what
+/// tarnfind has printed so far.
 export async function servePage(scenario, ...options) {
   const tool = spawn(program, ['page', ...options], {env: environment(scenario), stdio: ['ignore', 'pipe', 'ignore']});
   tools.add(tool);
   const ended = new Promise((resolve) => tool.on('exit', resolve)).finally(() => tools.delete(tool));
+  let output = '';
   const address = await new Promise((resolve, reject) => {
-    let output = '';
     tool.stdout.on('data', (data) => {
-      const found = /http:\S+/.exec(output += data);
+      const found = /http:[^\s"]+/.exec(output += data);
       if (found) resolve(found[0]);
     });
     ended.then((code) => reject(new Error(`tarnfind ended with ${code}: ${output}`)));
@@ -58,7 +59,7 @@ export async function servePage(scenario, ...options) {
     tool.kill('SIGKILL');
     return ended;
   };
-  return {address, stop};
+  return {address, stop, printed: () => output};
 }
 
 let browser;

@@ -1,5 +1,6 @@
 // The saved page beside the live one.
 import assert from 'node:assert/strict';
+import {writeFileSync} from 'node:fs';
 import {join} from 'node:path';
 import {after, before, test} from 'node:test';
 import {pathToFileURL} from 'node:url';
@@ -10,7 +11,7 @@ import {scenario} from './scenario.mjs';
 before(startBrowser);
 after(stopBrowser);
 
-/// What the cards say, without the times, which differ from search to search.
+/// What the cards say, without the times, which the lines do not have.
 const cards = (page) => page.$$eval(
     '.card',
     (all) => all.map(
@@ -18,11 +19,13 @@ const cards = (page) => page.$$eval(
             (part) => card.querySelector(part).innerText)));
 
 test('a report opened from a file shows what the live page shows, and asks for nothing', async () => {
-  const file = join(folder, 'report.html');
-  runTool(scenario, 'search', '--for', '1', '--report', file);
-  const served = await servePage(scenario, '--for', '1');
+  const [file, lines, pictures] = ['report.html', 'lines', 'pictures'].map((name) => join(folder, name));
+  const served = await servePage(scenario, '--for', '1', '--json', '--pictures', pictures);
   const live = await openPage(served.address);
   await untilEnded(live);
+  while (!served.printed().includes('"event":"summary"')) await live.waitForTimeout(50);
+  writeFileSync(lines, served.printed().slice(served.printed().indexOf('\n') + 1));  // the first one is the address
+  runTool(scenario, 'report', lines, '--pictures', pictures, '-o', file);
   const requests = [];
   const report = await openPage('about:blank');
   report.on('request', (request) => requests.push(request.url().slice(0, 40)));
