@@ -447,11 +447,27 @@ TEST(Diff, TellsWhatAppearedWentMovedAndChanged) {
             "gone      UNKNOWN 10.0.0.6\n");
   options.target = options.file;
   EXPECT_EQ(Told(RunDiff, options), "");
-  options.target = save("broken.jsonl", "{}\nhello\n");
-  EXPECT_THROW(Told(RunDiff, options), WrongUse);
+  const std::string deep(20'000, '[');
+  for (const std::string& refused : {std::string("{}\nhello\n"), std::string(), std::string("{\"list\":\"failed\"}\n"),
+                                     "{\"camera\":{\"mac\":\"1\",\"x\":" + deep + std::string(deep.size(), ']') + "}}\n"}) {
+    options.target = save("refused.jsonl", refused);
+    EXPECT_THROW(Told(RunDiff, options), WrongUse) << refused.substr(0, 40);
+  }
   const std::string capture = Recorded().Search().Block(4, Camera()).Save();
   EXPECT_EQ(ReadCameraSet(capture).size(), 1U);
   EXPECT_EQ(ReadCameraSet(capture).begin()->first, kMac);
+}
+
+/// A block of type 7 tells a few fields; the library fills in the others.
+TEST(Diff, TakesNothingFromABlockThatItDoesNotTell) {
+  const std::string assembled = "08:00:23:01:02:03";
+  const Bytes record = Altered(Camera(), kMac, assembled);
+  const auto camera = [&](const Recorded& recorded) { return ReadCameraSet(recorded.Save()).at(assembled); };
+  auto before = camera(Recorded().Search().Block(4, record));
+  before["ip"] = "10.1.2.3";
+  before["vendor"] = "Assembled";
+  before["plugin"] = "Marten IPC";
+  EXPECT_EQ(camera(Recorded().Search().Block(4, record).Block(7, Sample("block-7-assembled.bin"))), before);
 }
 
 }  // namespace

@@ -7,9 +7,7 @@
 #include "protocol/block_format.h"
 #include "protocol/block_parser.h"
 #include "tarn/camera_finding.h"
-#include "tools/camera_snapshot.h"
 #include "tools/decode/decoder.h"
-#include "tools/json_objects.h"
 #include "tools/text.h"
 #include "valuelist/buffer_pool.h"
 
@@ -39,9 +37,8 @@ class NotingWizard final : public wire::INewCameraDataCallback {
     return Note(fmt::format("{} for \"{}\"", Counted(count, "value"), Printable(outcome_.mac)));
   }
   HRESULT CameraInfoReceived(std::uint32_t kind, wire::ICameraInfo* info, std::int32_t type) override {
-    CameraSnapshot snapshot = SnapshotOf(*info);
-    snapshot.told = ToldBy(kind, snapshot);
-    DeliveredCamera camera{snapshot.mac, snapshot.ip, snapshot.model, CameraObject(snapshot, false)};
+    CameraSnapshot camera = SnapshotOf(*info);
+    camera.told = ToldBy(kind, camera);
     outcome_.mac = camera.mac;
     outcome_.ip = camera.ip;
     const auto result = Note(fmt::format("camera {} {} \"{}\", event kind {}, camera type {}", Printable(camera.mac),

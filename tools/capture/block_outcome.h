@@ -2,27 +2,20 @@
 #pragma once
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <span>
 #include <string>
 
-namespace tarnfind {
+#include "tools/camera_snapshot.h"
 
-/// A camera as the wizard gets it; texts are UTF-8.
-struct DeliveredCamera {
-  std::string mac;
-  std::string ip;
-  std::string model;
-  nlohmann::ordered_json object;  ///< as `tarnfind search --json` shows it, with its password masked
-};
+namespace tarnfind {
 
 struct BlockOutcome {
   bool delivered = false;
   std::string what;  ///< what the wizard gets; else why it gets nothing, in the words of tarn.dropped if it has any
   std::string mac;   ///< also of a dropped block, where one is to be found in it
   std::string ip;
-  std::optional<DeliveredCamera> camera;
+  std::optional<CameraSnapshot> camera;  ///< as the wizard gets it
   bool isGone = false;  ///< the camera was reported gone
 };
 

@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -27,11 +27,8 @@ namespace {
 constexpr std::size_t kMostCameras = 1'000'000;
 constexpr std::size_t kLongestLine = 1 << 20;
 
-void Put(CameraSet& cameras, const std::string& key, const Json& camera) {
-  if (key.empty()) return;
-  if (cameras.size() == kMostCameras) throw WrongUse(fmt::format("there are more than {} cameras", kMostCameras));
-  // What an event leaves out stays as it was told before.
-  cameras.try_emplace(key, Json::object()).first->second.update(camera);
+void RequireRoom(std::size_t cameras) {
+  if (cameras == kMostCameras) throw WrongUse(fmt::format("there are more than {} cameras", kMostCameras));
 }
 
 [[noreturn]] void ThrowNothingTold(const std::string& path) {
@@ -40,7 +37,14 @@ void Put(CameraSet& cameras, const std::string& key, const Json& camera) {
 }
 
 CameraSet ReadCapturedCameras(const std::string& path) {
-  CameraSet cameras;
+  std::map<std::string, CameraSnapshot> cameras;
+  const auto take = [&cameras](const CameraSnapshot& camera) {
+    const std::string key = CameraKey(camera.mac, camera.ip);
+    if (key.empty()) return;
+    RequireRoom(cameras.size());
+    const auto [known, added] = cameras.try_emplace(key, camera);
+    if (!added) known->second = Merge(known->second, camera);
+  };
   CaptureFile file(path);
   Conversation conversation;
   bool toldAny = false;
@@ -50,21 +54,19 @@ CameraSet ReadCapturedCameras(const std::string& path) {
     if (event.command && event.command->code == Tarn::CameraFinding::fcListFoundCameras)
       toldAny |= !event.failed && event.command->damage.empty();
     if (event.command && !event.failed)
-      for (auto record : event.command->cameras) {
-        const std::string key = CameraKey(record.mac, record.ip);
-        Put(cameras, key, CameraObject(SnapshotOf(*MakeCameraInfo(std::move(record)).Get()), false));
-      }
+      for (auto record : event.command->cameras) take(SnapshotOf(*MakeCameraInfo(std::move(record)).Get()));
     if (!event.block || !event.block->camera) return;
-    const DeliveredCamera& camera = *event.block->camera;
-    const std::string key = CameraKey(camera.mac, camera.ip);
+    const CameraSnapshot& camera = *event.block->camera;
     if (event.block->isGone)
-      cameras.erase(key);
+      cameras.erase(CameraKey(camera.mac, camera.ip));
     else
-      Put(cameras, key, camera.object);
+      take(camera);
   });
   if (!toldAny) ThrowNothingTold(path);
   if (!note.empty()) platform::Write(platform::Stream::kError, fmt::format("tarnfind: {}\n", note));
-  return cameras;
+  CameraSet shown;
+  for (const auto& [key, camera] : cameras) shown.emplace(key, CameraObject(camera, false));
+  return shown;
 }
 
 CameraSet ReadSavedCameras(std::istream& file, const std::string& path) {
@@ -135,10 +137,13 @@ std::optional<std::string> TakeCameraObject(CameraSet& cameras, const Json& obje
   const auto ip = camera->find("ip");
   const std::string key =
       CameraKey(mac->get<std::string>(), ip != camera->end() && ip->is_string() ? ip->get<std::string>() : "");
-  if (object.value("change", Json()) == "gone")
+  if (object.value("change", Json()) == "gone") {
     cameras.erase(key);
-  else
-    Put(cameras, key, *camera);
+  } else if (!key.empty()) {
+    RequireRoom(cameras.size());
+    // What an event leaves out stays as it was told before.
+    cameras.try_emplace(key, Json::object()).first->second.update(*camera);
+  }
   return key;
 }
 
