@@ -105,6 +105,7 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
        "tarnfind: a command is missing; see tarnfind --help\ntarnfind: \"" TARNFIND_PROGRAM "\" ended with 2\n"},
       {change, 2, "", "tarnfind: nothing to change"},
       {change + "--password-file -", 2, "", "tarnfind: \"-\" has no password in its first line"},
+      {"set-network --from input --yes --password-file -", 2, "", "tarnfind: --from names the cameras and their settings"},
       {"set-network 00:40:8C:00:00:01 --dhcp", 2, "", "tarnfind: standard input is no terminal"},
       {change + "--dhcp --ip 10.0.0.3", 2, "", "tarnfind: with DHCP the network chooses the address"},
       {change + "--static --ip 10.0.0.2", 2, "",
@@ -211,6 +212,8 @@ TEST_F(Program, ChangesManyCamerasAndKeepsTheLinesThatFailed) {
       {"mac,dhcp\n00:40:8C:00:00:01,yes,\n", ":2: has 3 fields where the header has 2"},
       {"mac,dhcp\n00:40:8C:00:00:01,yes\n\n00408c000001,no\n", ":4: 00:40:8C:00:00:01 stands there twice"},
       {"mac,user\n00:40:8C:00:00:01,\"a\"\"b\n", ":2: a quotation mark is not closed"},
+      {"mac,user\n00:40:8C:00:00:01,a\"b\"\n",
+       ":2: a quotation mark stands inside a field; put the field in quotation marks and write it twice"},
   };
   for (const auto& [text, mistake] : mistakes) {
     std::ofstream("bad.csv") << text;
