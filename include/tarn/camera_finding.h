@@ -14,13 +14,13 @@
 ///   4. Text handed out is a new BSTR of the receiver's, freed with SysFreeString. An empty text is an empty BSTR; null
 ///      means that there was no memory for the text. A text that the system cannot convert is empty.
 ///   5. Every object may be called and released on any thread; ICameraFinder and ICameraInfo say which operations
-///      exclude each other. QueryInterface of a library's object answers IUnknown
-///      and the object's own interface (on Windows also IMarshal); the library never calls it on a wizard's object.
+///      exclude each other. QueryInterface of a library's object answers IUnknown and the object's own interface (on
+///      Windows also IMarshal); the library never calls it on a wizard's object.
 ///   6. The library may be unloaded once every object of it has been released. Where a delivery is still under way
 ///      then, it ends as usual, and the library stays in the process; also where a callback was replaced or the finder
-///      released in the middle of a delivery. The first SetNewCameraDataCallback of a finder
-///      and its last Release take the loader's lock, so no thread may wait for them with that lock held. A Release
-///      while a delivery is under way, for example inside a callback, does not take it.
+///      released in the middle of a delivery. The first SetNewCameraDataCallback of a finder and its last Release take
+///      the loader's lock, so no thread may wait for them with that lock held. A Release while a delivery is under way,
+///      for example inside a callback, does not take it.
 ///
 /// Errors
 ///   GetFindingInterface, ListFoundCameras and SetNewCameraDataCallback let C++ exceptions through, all derived from
@@ -152,7 +152,7 @@ struct ICameraInfo : IUnknown {
 /// Life    Neither the finder's Release nor SetNewCameraDataCallback waits for a delivery. One under way keeps a
 ///         reference of its own, so that a call may still begin after they have returned, and the last Release may come
 ///         on another thread. After the last Release no call comes any more: wait for it before you free what the
-///         callback uses. Static objects are among that: main's return and exit free them while calls still come.
+///         callback uses. Static objects are destroyed when main returns or exit is called, while calls still come.
 struct INewCameraDataCallback : IUnknown {
   /// A picture arrived.
   /// picture     the bytes as the server sent them, byteCount of them (may be 0); valid during the call only.

@@ -76,7 +76,7 @@ void Explainer::Hear(const RecordedEvent& event, const std::string& line) {
 }
 
 /// Whether what has these addresses, of which either may be empty, is the camera.
-bool Explainer::IsIt(const std::string& mac, const std::string& ip) const {
+bool Explainer::IsTheCamera(const std::string& mac, const std::string& ip) const {
   const bool hasMac = !mac.empty() && mac != kUnknownMac;
   const bool sameMac = hasMac && !mac_.empty() && StandardMac(mac).value_or(mac) == mac_;
   const bool sameIp = !ip.empty() && ip == ip_;
@@ -85,16 +85,17 @@ bool Explainer::IsIt(const std::string& mac, const std::string& ip) const {
 
 bool Explainer::IsAbout(const RecordedEvent& event) const {
   if (event.block)
-    return IsIt(event.macs.empty() ? "" : event.macs.front(), event.ips.empty() ? "" : event.ips.front());
+    return IsTheCamera(event.macs.empty() ? "" : event.macs.front(), event.ips.empty() ? "" : event.ips.front());
   if (!event.command) return false;
   const RecordedCommand& command = *event.command;
-  return IsIt(command.argument, "") || IsIt("", command.argument) ||
-         std::ranges::any_of(command.cameras, [&](const auto& camera) { return IsIt(camera.mac, camera.ip); });
+  return IsTheCamera(command.argument, "") || IsTheCamera("", command.argument) ||
+         std::ranges::any_of(command.cameras,
+                             [&](const auto& camera) { return IsTheCamera(camera.mac, camera.ip); });
 }
 
 /// Takes the camera's other address from a message about it. Asked for an IP address, it is the camera that had it last.
 void Explainer::Learn(const std::string& mac, const std::string& ip) {
-  if (!IsIt(mac, ip)) return;
+  if (!IsTheCamera(mac, ip)) return;
   if (askedByMac_) {
     if (!ip.empty() && ip != kNoIpAddress) ip_ = ip;
   } else if (ip == ip_ && !mac.empty() && mac != kUnknownMac) {
@@ -102,9 +103,9 @@ void Explainer::Learn(const std::string& mac, const std::string& ip) {
   }
 }
 
-/// The way to the first block. Whether a step is missing because the capture begins after it: then all before it are
-/// missing too, and something was recorded.
-bool Explainer::WasBefore(Function step) const {
+/// Whether a step of the way to the first block is missing because the capture begins after it: then all steps before it
+/// are missing too, and something was recorded.
+bool Explainer::IsBeforeCapture(Function step) const {
   for (const Function earlier : {Function::kCreateLiveStream, Function::kOpen, Function::kStart}) {
     if (calls_.contains(earlier)) return false;
     if (earlier == step) break;
@@ -173,7 +174,7 @@ void Explainer::AddCommand(const RecordedEvent& event, bool about) {
     unreadLists_ += event.failed || !command.damage.empty();
   }
   for (const auto& camera : command.cameras) {
-    if (!IsIt(camera.mac, camera.ip)) {
+    if (!IsTheCamera(camera.mac, camera.ip)) {
       if (others_.size() < kMostOthers)
         others_.try_emplace(CameraKey(camera.mac, camera.ip), Printable(camera.ip + " " + camera.model));
       continue;
@@ -219,8 +220,10 @@ void Explainer::AddBlock(const RecordedEvent& event, bool about) {
 
 ExplainedStep Explainer::ExplainCalls(const char* name, Function function, const char* done, const char* never) const {
   const auto found = calls_.find(function);
-  if (found == calls_.end() && WasBefore(function)) return {name, "Not in this capture, which begins later.", true};
-  if (found == calls_.end()) return {name, never, false};
+  if (found == calls_.end()) {
+    if (IsBeforeCapture(function)) return {name, "Not in this capture, which begins later.", true};
+    return {name, never, false};
+  }
   const Calls& calls = found->second;
   std::string text;
   if (calls.lastFailed)
@@ -239,7 +242,7 @@ ExplainedStep Explainer::ExplainCalls(const char* name, Function function, const
 ExplainedStep Explainer::ExplainCallback() const {
   constexpr char kNever[] = "No callback was registered, so the server's blocks reach nobody.";
   constexpr char kBefore[] = "The callback was registered before this capture begins, and let go in it.";
-  const char* const none = triedToRegister_ || !WasBefore(Function::kStart) ? kNever : kBefore;
+  const char* const none = triedToRegister_ || !IsBeforeCapture(Function::kStart) ? kNever : kBefore;
   ExplainedStep step = ExplainCalls("callback", Function::kSetGenericDataCallback,
                                     everRegistered_ > 0 ? "A callback was registered." : none, none);
   const bool registered = std::ranges::any_of(registered_, [](const auto& stream) { return stream.second > 0; });
@@ -281,7 +284,7 @@ Explanation Explainer::Explain() const {
                    frames_ == 0
                        ? "Nothing was recorded: no finder was made, or the recorder is not in the library's place."
                        : fmt::format("{} recorded.{}", Counted(frames_, "event"),
-                                     WasBefore(Function::kCreateLiveStream)
+                                     IsBeforeCapture(Function::kCreateLiveStream)
                                          ? " What came before this capture, the making of the finder too, is not known."
                                          : ""),
                    frames_ > 0});
@@ -358,7 +361,7 @@ void Explainer::Judge(Explanation& explanation) const {
     const auto found = calls_.find(function);
     return found != calls_.end() && found->second.lastFailed;
   };
-  const auto never = [&](Function function) { return !calls_.contains(function) && !WasBefore(function); };
+  const auto never = [&](Function function) { return !calls_.contains(function) && !IsBeforeCapture(function); };
   const bool hasNear = std::ranges::any_of(
       explanation.steps, [](const ExplainedStep& step) { return step.name == "nearest" && !step.fine; });
   struct Row {
@@ -400,7 +403,7 @@ void Explainer::Judge(Explanation& explanation) const {
       {replies_.count > 0,
        "It stands in an answer, and no block about it was pushed.",
        {"A wizard that shows pushed cameras alone does not show it: ask for the list, as tarnfind list does."}},
-      {!triedToRegister_ && !WasBefore(Function::kStart),
+      {!triedToRegister_ && !IsBeforeCapture(Function::kStart),
        "No callback was registered, so what the server finds reaches nobody.",
        {"Start the search in the wizard; a list alone shows what the server knew before."}},
       {failedCommands_.count > 0 && blocks_ == 0,

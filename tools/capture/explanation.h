@@ -55,10 +55,10 @@ class Explainer {
     std::string Join() const;
   };
 
-  bool IsIt(const std::string& mac, const std::string& ip) const;
+  bool IsTheCamera(const std::string& mac, const std::string& ip) const;
   bool IsAbout(const RecordedEvent& event) const;
   void Learn(const std::string& mac, const std::string& ip);
-  bool WasBefore(capture::Function step) const;
+  bool IsBeforeCapture(capture::Function step) const;
   void AddCall(const RecordedEvent& event);
   void AddCommand(const RecordedEvent& event, bool about);
   void AddBlock(const RecordedEvent& event, bool about);

@@ -24,7 +24,8 @@ std::string PathOf(const Options& options) {
 
 /// From the load of the library to its end. A capture may hold several, and what one had says nothing of the next.
 struct Run {
-  explicit Run(const std::string& address) : explainer(address) {}
+  Run(const std::string& address, std::uint64_t number) : section(number), explainer(address) {}
+  const std::uint64_t section;  ///< of the capture
   Conversation conversation;
   Explainer explainer;
 };
@@ -69,16 +70,15 @@ void RunExplain(const Options& options, TextOutput& output) {
   const std::string& address = options.capture.address;
   CaptureFile file(PathOf(options));
   std::optional<Run> run;
-  std::uint64_t section = 0, earlier = 0;
-  std::string before;
+  std::uint64_t earlier = 0;
+  std::string verdictBefore;
   const std::string note = ReadFrames(file, [&](const capture::Frame& frame) {
-    if (run && frame.section != section) {
+    if (run && run->section != frame.section) {
       ++earlier;
-      before = run->explainer.Explain().verdict;
+      verdictBefore = run->explainer.Explain().verdict;
       run.reset();
     }
-    section = frame.section;
-    if (!run) run.emplace(address);
+    if (!run) run.emplace(address, frame.section);
     run->explainer.Add(run->conversation.Read(frame));
   });
   Explanation explanation = (run ? run->explainer : Explainer(address)).Explain();
@@ -87,7 +87,7 @@ void RunExplain(const Options& options, TextOutput& output) {
         explanation.steps.begin(),
         {"earlier",
          fmt::format("{} recorded before this one, which is not told here. Of the last of them: {}",
-                     earlier == 1 ? "One run was" : fmt::format("{} runs were", earlier), before),
+                     earlier == 1 ? "One run was" : fmt::format("{} runs were", earlier), verdictBefore),
          true});
   (options.json ? WriteJson : WriteText)(address, explanation, note, output);
 }
