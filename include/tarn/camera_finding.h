@@ -97,8 +97,8 @@ inline constexpr CameraTypeName CameraTypeNames[] = {
 /// positions 5 to 13 on the calling thread. No operation throws or blocks. One thread at a time uses an object while a
 /// setter may be called; setters change this object only, until it is sent.
 struct ICameraInfo : IUnknown {
-  /// By the vendor mask alone: ctcUnknown where that is 0. Then look GetPluginName up in CameraTypeNames, as the library
-  /// does for CameraInfoReceived.
+  /// By the vendor mask alone: ctcUnknown where that is 0. Then look GetPluginName up in CameraTypeNames, as the
+  /// library does for CameraInfoReceived.
   virtual CameraTypeCode GetCameraType() = 0;  ///< Position 3.
   virtual BSTR GetModel() = 0;                 ///< Position 4.
   virtual BSTR GetIpAddress() = 0;             ///< Position 5.

@@ -27,8 +27,8 @@ class ModuleHold {
 
   /// What the next receiver holds until its own end. The first call takes the loader's lock.
   std::shared_ptr<const void> ForReceiver();
-  /// The finder has released a receiver. byFinder: that was the last reference. One that ended elsewhere counts for good,
-  /// because its thread may still be on the way out.
+  /// The finder has released a receiver. byFinder: that was the last reference. One that ended elsewhere counts for
+  /// good, because its thread may still be on the way out.
   void ReceiverReleased(bool byFinder) { endedByFinder_ = endedByFinder_ && byFinder; }
 
  private:

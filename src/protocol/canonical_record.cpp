@@ -193,8 +193,8 @@ std::optional<CameraListHead> DecodeCameraListHead(std::span<const std::uint8_t>
   std::uint32_t count = 0;
   std::uint32_t command = 0;  // not looked at, as in a list that is read whole
   const bool hasHead = reader.Skip<kOneEntryHead>() || (reader.Skip<kCommandHead>() && reader.Read(command));
-  if (!hasHead || !reader.Skip<kCameraListEntry>() || !reader.Read(blockSize) ||
-      !reader.Skip<kListHead>() || !reader.Read(count) || blockSize < kListHeadSize)
+  if (!hasHead || !reader.Skip<kCameraListEntry>() || !reader.Read(blockSize) || !reader.Skip<kListHead>() ||
+      !reader.Read(count) || blockSize < kListHeadSize)
     return std::nullopt;
   return CameraListHead{bytes.size() - reader.GetRemaining(), count, blockSize - kListHeadSize};
 }

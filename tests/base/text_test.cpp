@@ -60,7 +60,8 @@ TEST(Guid, HasTheDigitsThatPrintfWrites) {
 TEST(AppendText, WritesValuesAsStreamsDo) {
   std::u16string text = u"kept ";
   const auto append = [&text](const auto&... values) { (AppendText(text, values), ...); };
-  append("G\xE4\x7F", "\0\0\x80"s, u"\u0436", "s"s, u"w"s, 'c', u'\u20ac', -1, true, ~std::uint64_t{0}, std::uint8_t{65});
+  append("G\xE4\x7F", "\0\0\x80"s, u"\u0436", "s"s, u"w"s, 'c', u'\u20ac', -1, true, ~std::uint64_t{0},
+         std::uint8_t{65});
   append(static_cast<const char*>(nullptr), static_cast<const char16_t*>(nullptr), static_cast<void*>(nullptr),
          reinterpret_cast<int*>(0xFEDCBA9876543210));
   EXPECT_EQ(text, u"kept Gä\u007F\0\0€\u0436swc€-1118446744073709551615650000000000000000FEDCBA9876543210"s);

@@ -238,39 +238,38 @@ TEST_P(RecognisedInput, IsTakenForWhatItIs) {
 using namespace std::string_literals;
 INSTANTIATE_TEST_SUITE_P(
     Table, RecognisedInput,
-    testing::Values(InputRow{"List", "VLIS\x0B"s, Form::kList}, InputRow{"Request", "\x0A\x84\0\0V\0"s, Form::kRequest},
-                    InputRow{"Reply", "\x0B\x05\0\0\0Vkxx\0"s, Form::kReply},
-                    InputRow{"CutReply", "\x0C\xFF\xFF\0\0V\0k\0"s, Form::kReply},
-                    InputRow{"Block", "\x0C\0\0\0\x01\0\0\0\0\0\0\0\x07"s, Form::kBlock},
-                    InputRow{"CutBlock", "\x03\0\0\0\xFF\0\0\0\0\0\0\0VLIS"s, Form::kBlock},
-                    InputRow{"Frame", "\x01\x30\x01"s + std::string(45, '\0'), Form::kFrame},
-                    InputRow{"HexDigits", "0A 84 00 00\r\n56,00"s, Form::kRequest},
-                    InputRow{"DumpOfXxd", "00000000: 0a84 0000 5600                           ....V.\n"s,
-                             Form::kRequest},
-                    InputRow{"DumpOfXxdInNarrowLines",
-                             "00000000: 0a84 0000 5600 6b00  ....V.k.\n00000008: 7800                 x.\n"s,
-                             Form::kRequest},
-                    InputRow{"DumpOfHexdump",
-                             "0000000 840a 0000 0056 0000 0000 0000 0000 0000\n0000010 0000 0000 0000 0000 0000 0000 "
-                             "0000 0000\n*\n0000040 0056\n0000041\n"s,
-                             Form::kRequest},
-                    InputRow{"DumpOfCanonicalHexdump",
-                             "00000000  0a 84 00 00 56 00 6b 00  78 00 4a 00 55 00 77 00  |....V.k.x.J.U.w.|\n"
-                             "00000010  73 00                                             |s.|\n00000012\n"s,
-                             Form::kRequest},
-                    InputRow{"Base64OfARequest", "CoQAAFYAawA="s, Form::kRequest},
-                    InputRow{"Base64", " VkxJUwsBAAAAAAAAAAA=\n"s, Form::kList},
-                    InputRow{"Utf16", "V\0k\0x\0J\0U\0w\0s\0B\0A\0A\0A\0A\0A\0A\0A\0A\0A\0A\0A\0=\0"s, Form::kList},
-                    InputRow{"Utf16WithMark",
-                             "\xFF\xFE"s + "5\0"
-                                           "6\0"
-                                           "4\0"
-                                           "c\0"
-                                           "4\0"
-                                           "9\0"
-                                           "5\0"
-                                           "3\0"s,
-                             Form::kList}),
+    testing::Values(
+        InputRow{"List", "VLIS\x0B"s, Form::kList}, InputRow{"Request", "\x0A\x84\0\0V\0"s, Form::kRequest},
+        InputRow{"Reply", "\x0B\x05\0\0\0Vkxx\0"s, Form::kReply},
+        InputRow{"CutReply", "\x0C\xFF\xFF\0\0V\0k\0"s, Form::kReply},
+        InputRow{"Block", "\x0C\0\0\0\x01\0\0\0\0\0\0\0\x07"s, Form::kBlock},
+        InputRow{"CutBlock", "\x03\0\0\0\xFF\0\0\0\0\0\0\0VLIS"s, Form::kBlock},
+        InputRow{"Frame", "\x01\x30\x01"s + std::string(45, '\0'), Form::kFrame},
+        InputRow{"HexDigits", "0A 84 00 00\r\n56,00"s, Form::kRequest},
+        InputRow{"DumpOfXxd", "00000000: 0a84 0000 5600                           ....V.\n"s, Form::kRequest},
+        InputRow{"DumpOfXxdInNarrowLines",
+                 "00000000: 0a84 0000 5600 6b00  ....V.k.\n00000008: 7800                 x.\n"s, Form::kRequest},
+        InputRow{"DumpOfHexdump",
+                 "0000000 840a 0000 0056 0000 0000 0000 0000 0000\n0000010 0000 0000 0000 0000 0000 0000 "
+                 "0000 0000\n*\n0000040 0056\n0000041\n"s,
+                 Form::kRequest},
+        InputRow{"DumpOfCanonicalHexdump",
+                 "00000000  0a 84 00 00 56 00 6b 00  78 00 4a 00 55 00 77 00  |....V.k.x.J.U.w.|\n"
+                 "00000010  73 00                                             |s.|\n00000012\n"s,
+                 Form::kRequest},
+        InputRow{"Base64OfARequest", "CoQAAFYAawA="s, Form::kRequest},
+        InputRow{"Base64", " VkxJUwsBAAAAAAAAAAA=\n"s, Form::kList},
+        InputRow{"Utf16", "V\0k\0x\0J\0U\0w\0s\0B\0A\0A\0A\0A\0A\0A\0A\0A\0A\0A\0A\0=\0"s, Form::kList},
+        InputRow{"Utf16WithMark",
+                 "\xFF\xFE"s + "5\0"
+                               "6\0"
+                               "4\0"
+                               "c\0"
+                               "4\0"
+                               "9\0"
+                               "5\0"
+                               "3\0"s,
+                 Form::kList}),
     [](const auto& row) { return row.param.name; });
 
 TEST(RecognisedInput, AnythingElseIsRefused) {

@@ -311,7 +311,8 @@ INSTANTIATE_TEST_SUITE_P(
                    c.Search();
                    for (int i = 0; i < 25; ++i) c.Fail(Function::kSendSynchDSPCommand, Sample("request-bare.bin"));
                  },
-                 "Commands failed, and no block arrived.", "packet 43: error 7 of class 2 (E): no []\n              and 5 more"},
+                 "Commands failed, and no block arrived.",
+                 "packet 43: error 7 of class 2 (E): no []\n              and 5 more"},
         FaultRow{"ListFails",
                  [](auto& c) { c.Search().Fail(Function::kSendSynchDSPCommand, Sample("request-list.bin")); },
                  "Commands failed, and no block arrived.", "1 list was asked for, and 1 failed or cannot be read."},
@@ -366,10 +367,11 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{"PicturesOnly", [](auto& c) { c.Search().Block(1, Picture(kMac)); },
                  "Pictures or values of it reached the wizard, and no record of it was pushed.",
                  "1 block with pictures or values of it reached the wizard:"},
-        FaultRow{"DeliveredInAnEarlierRun", [](auto& c) { c.Search().Block(4, Camera()).Load().Open(); },
-                 "No callback was registered",
-                 "earlier   One run was recorded before this one, which is not told here. Of the last of them: The wizard "
-                 "has it: block type 4"},
+        FaultRow{
+            "DeliveredInAnEarlierRun", [](auto& c) { c.Search().Block(4, Camera()).Load().Open(); },
+            "No callback was registered",
+            "earlier   One run was recorded before this one, which is not told here. Of the last of them: The wizard "
+            "has it: block type 4"},
         FaultRow{"InTheListOnly",
                  [](auto& c) {
                    c.Search().Call(Function::kSendSynchDSPCommand, 1, 0, Sample("request-list.bin"),
@@ -448,8 +450,9 @@ TEST(Diff, TellsWhatAppearedWentMovedAndChanged) {
   options.target = options.file;
   EXPECT_EQ(Told(RunDiff, options), "");
   const std::string deep(20'000, '[');
-  for (const std::string& refused : {std::string("{}\nhello\n"), std::string(), std::string("{\"list\":\"failed\"}\n"),
-                                     "{\"camera\":{\"mac\":\"1\",\"x\":" + deep + std::string(deep.size(), ']') + "}}\n"}) {
+  for (const std::string& refused :
+       {std::string("{}\nhello\n"), std::string(), std::string("{\"list\":\"failed\"}\n"),
+        "{\"camera\":{\"mac\":\"1\",\"x\":" + deep + std::string(deep.size(), ']') + "}}\n"}) {
     options.target = save("refused.jsonl", refused);
     EXPECT_THROW(Told(RunDiff, options), WrongUse) << refused.substr(0, 40);
   }

@@ -1,6 +1,6 @@
 /// Loading and unloading, again and again.
-#include <cstdlib>
 #include <chrono>
+#include <cstdlib>
 #include <future>
 #include <thread>
 

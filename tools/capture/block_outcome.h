@@ -16,7 +16,7 @@ struct BlockOutcome {
   std::string mac;   ///< also of a dropped block, where one is to be found in it
   std::string ip;
   std::optional<CameraSnapshot> camera;  ///< as the wizard gets it
-  bool isGone = false;  ///< the camera was reported gone
+  bool isGone = false;                   ///< the camera was reported gone
 };
 
 /// hasCallback: whether the finder's callback still takes blocks.

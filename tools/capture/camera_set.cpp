@@ -90,9 +90,10 @@ CameraSet ReadSavedCameras(std::istream& file, const std::string& path) {
   }
   if (!toldAny && !hasList) ThrowNothingTold(path);
   if (lacksList)
-    platform::Write(platform::Stream::kError,
-                    fmt::format("tarnfind: {}: the server's list did not come, so what is missing there need not be gone\n",
-                                Printable(path)));
+    platform::Write(
+        platform::Stream::kError,
+        fmt::format("tarnfind: {}: the server's list did not come, so what is missing there need not be gone\n",
+                    Printable(path)));
   if (file.bad()) throw WrongUse(fmt::format("{} cannot be read", Printable(path)));
   return cameras;
 }

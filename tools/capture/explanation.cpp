@@ -89,11 +89,11 @@ bool Explainer::IsAbout(const RecordedEvent& event) const {
   if (!event.command) return false;
   const RecordedCommand& command = *event.command;
   return IsTheCamera(command.argument, "") || IsTheCamera("", command.argument) ||
-         std::ranges::any_of(command.cameras,
-                             [&](const auto& camera) { return IsTheCamera(camera.mac, camera.ip); });
+         std::ranges::any_of(command.cameras, [&](const auto& camera) { return IsTheCamera(camera.mac, camera.ip); });
 }
 
-/// Takes the camera's other address from a message about it. Asked for an IP address, it is the camera that had it last.
+/// Takes the camera's other address from a message about it. Asked for an IP address, it is the camera that had it
+/// last.
 void Explainer::Learn(const std::string& mac, const std::string& ip) {
   if (!IsTheCamera(mac, ip)) return;
   if (askedByMac_) {
@@ -103,8 +103,8 @@ void Explainer::Learn(const std::string& mac, const std::string& ip) {
   }
 }
 
-/// Whether a step of the way to the first block is missing because the capture begins after it: then all steps before it
-/// are missing too, and something was recorded.
+/// Whether a step of the way to the first block is missing because the capture begins after it: then all steps before
+/// it are missing too, and something was recorded.
 bool Explainer::IsBeforeCapture(Function step) const {
   for (const Function earlier : {Function::kCreateLiveStream, Function::kOpen, Function::kStart}) {
     if (calls_.contains(earlier)) return false;
@@ -329,8 +329,8 @@ Explanation Explainer::Explain() const {
           ? fmt::format("{} about it reached the wizard:{}", Counted(deliveries_.count, "block"), deliveries_.Join())
           : fmt::format("{} arrived, and none with its record reached the wizard.", Counted(blocks_, "block"));
   if (pictures_.count > 0)
-    blocks += fmt::format("\n{} with pictures or values of it reached the wizard:{}",
-                          Counted(pictures_.count, "block"), pictures_.Join());
+    blocks += fmt::format("\n{} with pictures or values of it reached the wizard:{}", Counted(pictures_.count, "block"),
+                          pictures_.Join());
   if (longestSilence_ >= kSlow)
     blocks += fmt::format("\nThe longest time without a block was {:.1f} s.", Seconds(longestSilence_));
   steps.push_back({"blocks", blocks, deliveries_.count > 0});

@@ -54,12 +54,8 @@ void WriteJson(const std::string& address, const Explanation& explanation, const
   Json steps = Json::array();
   for (const ExplainedStep& step : explanation.steps)
     steps.push_back({{"step", step.name}, {"fine", step.fine}, {"text", step.text}});
-  Json object = {{"event", "explanation"},
-                 {"address", address},
-                 {"found", explanation.found},
-                 {"verdict", explanation.verdict},
-                 {"steps", steps},
-                 {"next", explanation.next}};
+  Json object = {{"event", "explanation"},         {"address", address}, {"found", explanation.found},
+                 {"verdict", explanation.verdict}, {"steps", steps},     {"next", explanation.next}};
   if (!note.empty()) object["note"] = note;
   output.Write(JsonLine(object));
 }
