@@ -78,7 +78,7 @@ class Decoder {
     rest.offset = cursor.GetOffset();
     rest.size = cursor.GetRemaining();
     rest.value = HexText(cursor.Peek());
-    rest.meaning = fmt::format("{} not read", Counted(rest.size));
+    rest.meaning = "not read";
     parent.children.push_back(std::move(rest));
   }
 

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "tools/camera_snapshot.h"
+#include "tools/decode/cursor.h"
 #include "tools/text.h"
 
 namespace tarnfind {
@@ -24,8 +25,9 @@ std::string ValueText(const Node& node, const ViewOptions& options) {
   if (node.value.is_null()) return {};
   if (node.name == "LPD" && !options.showPasswords && node.value.is_string() && node.value != kUnsetCredential)
     return node.value.get_ref<const std::string&>().empty() ? " \"\"" : " \"********\"";
-  if (node.type == "raw" || node.type == "rest" || node.type == "vtBinaryData" || node.type == "vtBlobPtr" ||
-      node.type == "vtGuid")
+  const bool notRead = node.type == "raw" || node.type == "rest";
+  if (notRead && !options.showPasswords) return " " + Counted(node.size);  // because a password can be among them
+  if (notRead || node.type == "vtBinaryData" || node.type == "vtBlobPtr" || node.type == "vtGuid")
     return " " + Shortened(node.value.get<std::string>());
   if (node.type == "frame" || node.type == "part") return {};
   if (node.value.is_string()) return " \"" + Shortened(Printable(node.value.get<std::string>())) + "\"";

@@ -12,7 +12,7 @@ struct ViewOptions {
   bool showPasswords = false;
 };
 
-/// Passwords are masked unless they are wanted.
+/// Without showPasswords a password is masked, and bytes that are not read are counted, because one can be among them.
 void WriteTree(const Decoded& decoded, const ViewOptions& options, TextOutput& output);
 /// Offset, bytes, meaning, indented by nesting. Bytes inside a base64 text follow it, with offsets of their own.
 /// Everything is shown as it is, passwords too.
