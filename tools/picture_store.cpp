@@ -14,8 +14,6 @@ namespace tarnfind {
 
 namespace {
 
-/// Leaves room for the number and the extension where a name may have 255 bytes.
-constexpr std::size_t kMostNameBytes = 120;
 constexpr std::string_view kReservedCharacters = "/\\<>:\"|?*";
 constexpr std::string_view kTrimmedCharacters = ". ";
 
@@ -47,7 +45,8 @@ PictureStore::Kept PictureStore::Keep(std::span<const std::uint8_t> picture, std
   std::filesystem::path path;
   std::error_code unknown;
   do {
-    kept.file = fmt::format("{}-{:04}.{}", SafeFileName(cameraText), ++lastNumber_, PictureExtension(picture));
+    kept.file = fmt::format("{}-{:04}.{}", SafeFileName(cameraText, kMostCameraTextBytes), ++lastNumber_,
+                            PictureExtension(picture));
     path = folder_ / PathFromUtf8(kept.file);
   } while (std::filesystem::exists(path, unknown));
 
@@ -76,15 +75,15 @@ void PictureStore::RemoveOldest(const std::filesystem::path& newest, std::uint64
   }
 }
 
-std::string SafeFileName(std::string_view cameraText) {
+std::string SafeFileName(std::string_view text, std::size_t mostBytes) {
   std::string name;
-  for (std::size_t position = 0; position < cameraText.size();) {
-    const char32_t codePoint = NextCodePoint(cameraText, position);
+  for (std::size_t position = 0; position < text.size();) {
+    const char32_t codePoint = NextCodePoint(text, position);
     const bool reserved =
         codePoint < 0x80 && kReservedCharacters.find(static_cast<char>(codePoint)) != std::string_view::npos;
     std::string character;
     AppendUtf8(character, reserved || IsControl(codePoint) || codePoint == kReplacementCharacter ? U'_' : codePoint);
-    if (name.size() + character.size() > kMostNameBytes) break;
+    if (name.size() + character.size() > mostBytes) break;
     name += character;
   }
   name.erase(0, name.find_first_not_of(kTrimmedCharacters));

@@ -45,9 +45,12 @@ class PictureStore {
   std::deque<std::pair<std::filesystem::path, std::uint64_t>> kept_;  ///< with their sizes, the oldest first
 };
 
-/// A camera's text as the beginning of a file name that every system takes: no separators, reserved or control
-/// characters, no dots and blanks at its ends, bounded in length, never empty.
-std::string SafeFileName(std::string_view cameraText);
+/// Of a camera's text, which leaves room for the number and the extension where a name may have 255 bytes.
+inline constexpr std::size_t kMostCameraTextBytes = 120;
+
+/// A text as a file name that every system takes, or as its beginning: no separators, reserved or control characters,
+/// no dots and blanks at its ends, at most so many bytes, never empty.
+std::string SafeFileName(std::string_view text, std::size_t mostBytes);
 /// "png", "jpg" or "bmp" by the first bytes, else "bin".
 std::string_view PictureExtension(std::span<const std::uint8_t> picture);
 

@@ -55,7 +55,7 @@ TEST(FileName, IsSafeOnEverySystem) {
       {"...", "camera"},
       {std::string(119, 'a') + "京", std::string(119, 'a')},
   };
-  for (const auto& [text, name] : rows) EXPECT_EQ(SafeFileName(text), name);
+  for (const auto& [text, name] : rows) EXPECT_EQ(SafeFileName(text, kMostCameraTextBytes), name);
 }
 
 }  // namespace

@@ -99,12 +99,11 @@ TEST_F(Report, TakesPicturesFromTheFolderAlone) {
   std::ofstream(folder_ / "broken.bmp", std::ios::binary) << "BM";
   std::filesystem::create_directory(folder_ / "below");
   std::filesystem::copy_file(folder_ / "a.bmp", folder_ / "below" / "a.bmp");
+  const std::string longName = std::string(130, 'a') + ".bmp";
+  std::filesystem::copy_file(folder_ / "a.bmp", folder_ / longName);
   const std::pair<std::string, bool> rows[] = {
-      {"a.bmp", true},
-      {"broken.bmp", false},
-      {"missing.bmp", false},
-      {"below/a.bmp", false},
-      {"../tarnfind-report/a.bmp", false},
+      {"a.bmp", true},        {longName, true},       {"broken.bmp", false},
+      {"missing.bmp", false}, {"below/a.bmp", false}, {"../tarnfind-report/a.bmp", false},
   };
   std::string lines;
   for (const auto& [file, inside] : rows)

@@ -102,7 +102,7 @@ PictureCounts CountPictures(const ReportSource& source) {
 /// "data:image/jpeg;base64,…"; empty where there is nothing to show.
 std::string DataAddress(const std::filesystem::path& folder, const std::string& file) {
   // A name and not a path, because the lines come from a file.
-  if (file != SafeFileName(file)) return {};
+  if (file != SafeFileName(file, file.size())) return {};
   const auto bytes = ReadPictureFile(folder / PathFromUtf8(file));
   if (!bytes) return {};
   const std::vector<std::uint8_t> jpeg = ShowablePicture(*bytes, kPictureInReport);
