@@ -1,7 +1,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <span>
 #include <utility>
+#include <vector>
 
 #include "tools/camera_table.h"
 #include "tools/display_width.h"
@@ -37,68 +39,60 @@ class LiveTable final : public SearchView {
   void Refresh(const SearchProgress& progress) override {
     if (drawn_ && progress.elapsed - lastDrawn_ < kRedrawInterval) return;
     lastDrawn_ = progress.elapsed;
-    BeginFrame();
-    AddLatestRows(progress.cameras);
+    std::string frame = BeginFrame();
+    std::vector<std::string> lines = LatestRows(progress.cameras);
+    for (const std::string& problem : problems_) lines.push_back(Line(Clip("! " + Printable(problem))));
     const std::string planned = progress.planned ? " of " + Seconds(*progress.planned) : ", Ctrl-C ends";
-    AddLine(Clip(fmt::format("{}{}   {}", Seconds(progress.elapsed), planned, Totals(progress))));
-    for (const std::string& problem : problems_) AddLine(Clip("! " + Printable(problem)));
-    EndFrame();
+    lines.push_back(Line(Clip(fmt::format("{}{}   {}", Seconds(progress.elapsed), planned, Totals(progress)))));
+    // The last ones that fit, because a frame as tall as the terminal would scroll.
+    height_ = std::min(lines.size(), static_cast<std::size_t>(std::max(size_.rows - 1, 1)));
+    for (const std::string& line : std::span(lines).last(height_)) frame += line;
+    output_.Write(frame + kClearBelow);
+    drawn_ = true;
   }
 
   void Finish(const SearchProgress& progress) override {
-    BeginFrame();
-    frame_ += kClearBelow;
+    output_.Write(BeginFrame() + kClearBelow);
     const CameraTable table(size_.columns, true);
-    AddLine(table.Header({' '}), kHeaderColour);
-    for (const FoundCamera* const found : SortedCameras(progress.cameras, settings_.sort)) {
-      AddRow(table, *found, progress.cameras);
-      output_.Write(std::exchange(frame_, {}));
-    }
+    output_.Write(Line(table.Header({' '}), kHeaderColour));
+    for (const FoundCamera* const found : SortedCameras(progress.cameras, settings_.sort))
+      output_.Write(Row(table, *found, progress.cameras));
     // Not clipped, because no frame is drawn over these lines.
-    output_.Write(frame_ + Remarks(progress) + Summary(progress) + '\n');
+    output_.Write(Remarks(progress) + Summary(progress) + '\n');
     for (const std::string& problem : problems_) SearchView::ShowProblem(problem);
   }
 
  private:
-  void BeginFrame() {
+  /// Takes the size that the terminal has now, and goes to where the old frame begins.
+  std::string BeginFrame() {
     const platform::TerminalSize size = settings_.terminalSize();
-    frame_.clear();
-    if (drawn_ && size != size_)
-      frame_ += kClearScreen;  // the terminal has wrapped the old lines anew, so that their place is unknown
-    else if (lines_ > 0)
-      frame_ += fmt::format("\x1b[{}A", lines_);
-    lines_ = 0;
+    const bool resized = drawn_ && size != size_;
     size_ = size;
+    // Resized, the terminal has wrapped the old lines anew, so that their place is unknown.
+    if (resized) return kClearScreen;
+    return height_ > 0 ? fmt::format("\x1b[{}A", height_) : std::string();
   }
 
-  void EndFrame() {
-    frame_ += kClearBelow;
-    output_.Write(frame_);
-    drawn_ = true;
-  }
-
-  void AddRow(const CameraTable& table, const FoundCamera& found, const FoundCameras& cameras) {
+  std::string Row(const CameraTable& table, const FoundCamera& found, const FoundCameras& cameras) const {
     const ChangeRow& change = RowOf(found.lastNews);
-    AddLine(table.Row({change.mark, cameras.SharesIp(found)}, found), change.colour);
+    return Line(table.Row({change.mark, cameras.SharesIp(found)}, found), change.colour);
   }
 
-  void AddLatestRows(const FoundCameras& cameras) {
+  std::vector<std::string> LatestRows(const FoundCameras& cameras) const {
     const CameraTable table(size_.columns);
-    AddLine(table.Header({' '}), kHeaderColour);
+    std::vector<std::string> lines{Line(table.Header({' '}), kHeaderColour)};
     auto rows = cameras.Latest(
         static_cast<std::size_t>(std::max(size_.rows - kLinesBesideRows - static_cast<int>(problems_.size()), 1)));
     if (settings_.sort) SortBy(*settings_.sort, rows);
-    for (const FoundCamera* const found : rows) AddRow(table, *found, cameras);
+    for (const FoundCamera* const found : rows) lines.push_back(Row(table, *found, cameras));
     const std::size_t more = cameras.Shown().size() - rows.size();
-    if (more > 0) AddLine(Clip(fmt::format("… and {} more", more)));
+    if (more > 0) lines.push_back(Line(Clip(fmt::format("… and {} more", more))));
+    return lines;
   }
 
-  void AddLine(const std::string& text, std::string_view colour = {}) {
+  std::string Line(const std::string& text, std::string_view colour = {}) const {
     const bool coloured = settings_.colours && !colour.empty();
-    frame_ += coloured ? fmt::format("{}{}{}", colour, text, kPlainColour) : text;
-    frame_ += kClearToLineEnd;
-    frame_ += '\n';
-    ++lines_;
+    return (coloured ? fmt::format("{}{}{}", colour, text, kPlainColour) : text) + kClearToLineEnd + '\n';
   }
 
   std::string Clip(const std::string& text) const {
@@ -108,9 +102,8 @@ class LiveTable final : public SearchView {
   TextOutput& output_;
   LiveTableSettings settings_;
   platform::TerminalSize size_;
-  std::string frame_;
   std::vector<std::string> problems_;
-  int lines_ = 0;
+  std::size_t height_ = 0;  ///< of the last frame, in lines
   bool drawn_ = false;
   std::chrono::milliseconds lastDrawn_{0};
 };

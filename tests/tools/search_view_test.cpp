@@ -133,9 +133,9 @@ TEST(LiveTable, DrawsOverItselfTenTimesASecondAndEndsWithEveryRow) {
       "\x1b[32m+!D                 10.0.0.9        yes                  1…\x1b[0m\x1b[K\n";
   view->ShowProblem("The disk is full.");
   view->Refresh(progress);
-  EXPECT_EQ(output.Take(), header + gone + shared +
-                               "… and 1 more\x1b[K\n1.2 s of 5.0 s   4 cameras: 0 known, 4 new; 0 changed, 1 "
-                               "g…\x1b[K\n! The disk is full.\x1b[K\n\x1b[J");
+  const std::string total = "   4 cameras: 0 known, 4 new; 0 changed, 1 g…\x1b[K\n";
+  EXPECT_EQ(output.Take(), header + gone + shared + "… and 1 more\x1b[K\n! The disk is full.\x1b[K\n1.2 s of 5.0 s" +
+                               total + "\x1b[J");
   progress.elapsed += milliseconds(99);
   view->Refresh(progress);
   EXPECT_EQ(output.Take(), "");
@@ -154,6 +154,11 @@ TEST(LiveTable, DrawsOverItselfTenTimesASecondAndEndsWithEveryRow) {
   progress.elapsed += milliseconds(100);
   view->Refresh(progress);
   EXPECT_EQ(output.Take().substr(0, 7), "\x1b[H\x1b[2J") << "after another width";
+
+  size = {60, 3};
+  progress.elapsed += milliseconds(100);
+  view->Refresh(progress);
+  EXPECT_EQ(output.Take(), "\x1b[H\x1b[2J! The disk is full.\x1b[K\n1.5 s of 5.0 s" + total + "\x1b[J");
 }
 
 }  // namespace
