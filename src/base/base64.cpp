@@ -3,6 +3,7 @@
 #include <array>
 
 #include "base/base64_avx2.h"
+#include "base/base64_avx512.h"
 #include "platform/processor.h"
 
 namespace Kestrel {
@@ -62,6 +63,7 @@ void EncodeLines(const std::uint8_t* bytes, std::size_t lines, Char* text) {
 
 template <class Char>
 Char* Encode(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
+  if (platform::HasAvx512Vbmi()) return EncodeAvx512(bytes, byteCount, text);
   const bool vectors = platform::HasAvx2();
   const std::size_t lines = byteCount / kBase64LineBytes;
   if (vectors) {
@@ -78,15 +80,20 @@ Char* Encode(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
   return rest > kBase64LineBytes - 3 ? EndLine(text) : text;
 }
 
-/// Decodes whole groups, and the line ends between whole lines where vectors do it, up to the first other character.
-/// Moves both positions behind what was decoded.
+/// What vectors decode of it: whole groups, and the line ends between whole lines.
 template <class Char>
-void DecodeGroups(const Char*& text, const Char* end, std::uint8_t*& bytes, bool vectors) {
-  if (vectors) {
-    const Base64Progress done = DecodeGroupsAvx2(text, static_cast<std::size_t>(end - text), bytes);
-    text += done.characters;
-    bytes += done.bytes;
-  }
+Base64Progress DecodeVectors(const Char* text, std::size_t characters, std::uint8_t* bytes) {
+  if (platform::HasAvx512Vbmi()) return DecodeGroupsAvx512(text, characters, bytes);
+  if (platform::HasAvx2()) return DecodeGroupsAvx2(text, characters, bytes);
+  return {0, 0};
+}
+
+/// Decodes groups up to the first other character, and moves both positions behind what was decoded.
+template <class Char>
+void DecodeGroups(const Char*& text, const Char* end, std::uint8_t*& bytes) {
+  const Base64Progress done = DecodeVectors(text, static_cast<std::size_t>(end - text), bytes);
+  text += done.characters;
+  bytes += done.bytes;
   for (; end - text >= 4; text += 4, bytes += 3) {
     const std::uint32_t a = ValueOf(text[0]), b = ValueOf(text[1]), c = ValueOf(text[2]), d = ValueOf(text[3]);
     if ((a | b | c | d) > 63) return;
@@ -104,9 +111,8 @@ Base64Decoded Decode(std::basic_string_view<Char> whole, std::uint8_t* const byt
   std::uint32_t group = 0;  ///< values of an unfinished group, which a line end or the text's end interrupts
   int pending = 0;          ///< the number of these values
   bool success = true;
-  const bool vectors = platform::HasAvx2();
   while (text < end) {
-    if (pending == 0) DecodeGroups(text, end, out, vectors);
+    if (pending == 0) DecodeGroups(text, end, out);
     if (text == end) break;
     const std::uint8_t value = ValueOf(*text++);
     if (value == kSkipped) continue;

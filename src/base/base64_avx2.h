@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/base64_progress.h"
 #include "platform/compiler.h"
 
 namespace Kestrel {
@@ -18,12 +19,6 @@ TARN_AVX2 void EncodeLinesAvx2(const std::uint8_t* bytes, std::size_t lines, Cha
 /// Encodes part of a line, without a line end. Returns how many bytes, a multiple of 3.
 template <class Char>
 TARN_AVX2 std::size_t EncodePartOfLineAvx2(const std::uint8_t* bytes, std::size_t byteCount, Char* text);
-
-/// How far decoding came.
-struct Base64Progress {
-  std::size_t characters;
-  std::size_t bytes;
-};
 
 /// Decodes lines of 76 characters that end in CR LF, and after the last of them groups without line ends, up to the
 /// first vector that holds anything else. bytes has room for Base64DecodedBound(characters).

@@ -10,4 +10,12 @@ bool HasAvx2() {
 #endif
 }
 
+bool HasAvx512Vbmi() {
+#ifdef TARN_X64
+  return TARN_CPU_HAS_AVX512VBMI();
+#else
+  return false;
+#endif
+}
+
 }  // namespace platform

@@ -5,9 +5,11 @@
 
 namespace platform {
 
-/// True where the processor and the system have 256-bit integer vectors. Cheap enough to be asked before each use.
-/// Thread-safe, at load too. Stands alone in its file, so that a test program can replace it to test the portable code.
+/// True where the processor and the system have 256-bit integer vectors, and 512-bit ones that look up bytes. Cheap
+/// enough to be asked before each use. Thread-safe, at load too. The two stand alone in their file, so that a test
+/// program can replace them to test the code for other processors.
 bool HasAvx2();
+bool HasAvx512Vbmi();
 
 /// For the body of a loop that spins: leaves the core to its other hardware thread for a moment.
 inline void PauseInSpin() {

@@ -18,6 +18,9 @@ int platform::WideCharToMultiByte(std::uint32_t, std::uint32_t, const char16_t*,
 bool platform::HasAvx2() {
   return false;
 }
+bool platform::HasAvx512Vbmi() {
+  return false;
+}
 
 namespace Kestrel {
 

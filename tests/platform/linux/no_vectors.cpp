@@ -3,3 +3,6 @@
 bool platform::HasAvx2() {
   return false;
 }
+bool platform::HasAvx512Vbmi() {
+  return false;
+}
