@@ -36,16 +36,17 @@ constexpr std::int64_t DaysFromCivil(const CivilDate& date) {
 
 /// Requires a number that is not negative.
 constexpr CivilDate CivilFromDays(std::int64_t daysFrom1601) {
-  constexpr std::int64_t kMarchOfYear0 = 584694, kDaysOf400Years = 146097;
-  const std::int64_t days = daysFrom1601 + kMarchOfYear0;
-  const std::int64_t cycle = days / kDaysOf400Years, day = days % kDaysOf400Years;
+  constexpr std::int64_t kMarchOfYear0 = 584694;
+  constexpr std::uint64_t kDaysOf400Years = 146097;
+  const auto days = static_cast<std::uint64_t>(daysFrom1601 + kMarchOfYear0);
+  const auto cycle = static_cast<std::int64_t>(days / kDaysOf400Years);
+  const auto day = static_cast<std::uint32_t>(days % kDaysOf400Years);
   // Leap days are taken out, so that every year has 365 days: one in 4 years, none in 100, one in 400.
-  const std::int64_t yearOfCycle = (day - day / 1460 + day / 36524 - day / 146096) / 365;
-  const std::int64_t dayOfYear = day - (365 * yearOfCycle + yearOfCycle / 4 - yearOfCycle / 100);
-  const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
-  const auto month = static_cast<unsigned>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
-  return {cycle * 400 + yearOfCycle + (month < 3 ? 1 : 0), month,
-          static_cast<unsigned>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1)};
+  const std::uint32_t yearOfCycle = (day - day / 1460 + day / 36524 - day / 146096) / 365;
+  const std::uint32_t dayOfYear = day - (365 * yearOfCycle + yearOfCycle / 4 - yearOfCycle / 100);
+  const std::uint32_t monthFromMarch = (5 * dayOfYear + 2) / 153;
+  const std::uint32_t month = monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9;
+  return {cycle * 400 + yearOfCycle + (month < 3 ? 1 : 0), month, dayOfYear - (153 * monthFromMarch + 2) / 5 + 1};
 }
 
 inline constexpr std::int64_t kDaysFrom1601To1970 = DaysFromCivil({1970, 1, 1});
@@ -53,7 +54,7 @@ static_assert(DaysFromCivil({1601, 1, 1}) == 0 && kDaysFrom1601To1970 == 134774)
 
 /// 0 is Sunday. Requires a number that is not negative.
 constexpr unsigned DayOfWeek(std::int64_t daysFrom1601) {
-  return static_cast<unsigned>((daysFrom1601 + 1) % 7);
+  return static_cast<unsigned>(static_cast<std::uint64_t>(daysFrom1601 + 1) % 7);
 }
 
 }  // namespace platform

@@ -7,6 +7,7 @@
 
 #include "base/exceptions.h"
 #include "base/text_conversion.h"
+#include "platform/compiler.h"
 #include "platform/error_codes.h"
 
 namespace Kestrel {
@@ -30,60 +31,69 @@ constexpr std::array<FixedForm, 2> kFixedForms = {{
 
 constexpr unsigned kPowersOfTen[] = {1, 10, 100, 1000, 10000};
 
-/// Writes fixed forms. 64 units hold the longest of them: seven numbers of at most five digits, with separators.
-template <class Char>
-class FixedText {
- public:
-  void Put(char unit) { *end_++ = static_cast<Char>(unit); }
-  /// Adds leading zeros up to the width. A longer number keeps all its digits. The width is a constant, so that the
-  /// compiler writes the digits without a loop.
-  template <std::size_t kWidth>
-  void PutNumber(unsigned value) {
-    constexpr unsigned kTooLong = kPowersOfTen[kWidth];
-    if (value >= kTooLong) PutNumber<1>(value / kTooLong);
-    for (std::size_t i = kWidth; i-- > 0; value /= 10) end_[i] = static_cast<Char>('0' + value % 10);
-    end_ += kWidth;
-  }
-  std::basic_string<Char> Text() const { return {text_.data(), static_cast<std::size_t>(end_ - text_.data())}; }
+/// "00" to "99".
+constexpr auto kDigitPairs = [] {
+  std::array<std::array<char, 2>, 100> pairs{};
+  for (unsigned i = 0; i < pairs.size(); ++i)
+    pairs[i] = {static_cast<char>('0' + i / 10), static_cast<char>('0' + i % 10)};
+  return pairs;
+}();
 
- private:
-  std::array<Char, 64> text_;
-  Char* end_ = text_.data();
-};
+/// Holds the longest fixed form: seven numbers of at most five digits, with separators.
+template <class Char>
+using FixedText = std::array<Char, 64>;
+
+// These write at the end, and move it.
 
 template <class Char>
-void PutDate(FixedText<Char>& text, const FixedForm& form, const platform::SystemTime& time) {
-  text.template PutNumber<4>(time.year);
-  text.Put(form.dateSeparator);
-  text.template PutNumber<2>(time.month);
-  text.Put(form.dateSeparator);
-  text.template PutNumber<2>(time.day);
+void Put(Char*& end, char unit) {
+  *end++ = static_cast<Char>(unit);
+}
+/// Adds leading zeros up to the width. A longer number keeps all its digits. The width is a constant, so that the
+/// compiler writes the digits without a loop.
+template <std::size_t kWidth, class Char>
+void PutNumber(Char*& end, unsigned value) {
+  constexpr unsigned kTooLong = kPowersOfTen[kWidth];
+  if (value >= kTooLong) PutNumber<1>(end, value / kTooLong);
+  for (std::size_t i = kWidth; i > 1; i -= 2, value /= 100) std::ranges::copy(kDigitPairs[value % 100], end + i - 2);
+  if (kWidth % 2 == 1) *end = static_cast<Char>('0' + value % 10);
+  end += kWidth;
 }
 
 template <class Char>
-void PutTime(FixedText<Char>& text, const FixedForm& form, const platform::SystemTime& time, std::uint32_t mode) {
+void PutDate(Char*& end, const FixedForm& form, const platform::SystemTime& time) {
+  PutNumber<4>(end, time.year);
+  Put(end, form.dateSeparator);
+  PutNumber<2>(end, time.month);
+  Put(end, form.dateSeparator);
+  PutNumber<2>(end, time.day);
+}
+
+template <class Char>
+void PutTime(Char*& end, const FixedForm& form, const platform::SystemTime& time, std::uint32_t mode) {
   const bool dropMilliseconds = (mode & dtsmDropZeros) && time.milliseconds == 0;
-  text.template PutNumber<2>(time.hour);
-  text.Put(':');
-  text.template PutNumber<2>(time.minute);
+  PutNumber<2>(end, time.hour);
+  Put(end, ':');
+  PutNumber<2>(end, time.minute);
   if ((mode & dtsmNoSeconds) || (dropMilliseconds && time.second == 0)) return;
-  text.Put(':');
-  text.template PutNumber<2>(time.second);
+  Put(end, ':');
+  PutNumber<2>(end, time.second);
   if ((mode & dtsmNoMilliseconds) || dropMilliseconds) return;
-  text.Put(form.millisecondSeparator);
-  text.template PutNumber<3>(time.milliseconds);
+  Put(end, form.millisecondSeparator);
+  PutNumber<3>(end, time.milliseconds);
 }
 
 template <class Char>
 std::basic_string<Char> ToFixedText(const FixedForm& form, const platform::SystemTime& time, std::uint32_t mode) {
   FixedText<Char> text;
-  if (mode & dtsmQuoted) text.Put(form.quotationMark);
+  Char* end = text.data();
+  if (mode & dtsmQuoted) Put(end, form.quotationMark);
   const std::uint32_t shown = mode & dtsmModeMask;
-  if (shown != dtsmTime) PutDate(text, form, time);
-  if (shown == dtsmDateTime) text.Put(' ');
-  if (shown != dtsmDate) PutTime(text, form, time, mode);
-  if (mode & dtsmQuoted) text.Put(form.quotationMark);
-  return text.Text();
+  if (shown != dtsmTime) PutDate(end, form, time);
+  if (shown == dtsmDateTime) Put(end, ' ');
+  if (shown != dtsmDate) PutTime(end, form, time, mode);
+  if (mode & dtsmQuoted) Put(end, form.quotationMark);
+  return {text.data(), end};
 }
 
 std::u16string ToLocaleText(const platform::SystemTime& time, std::uint32_t mode) {
@@ -148,11 +158,12 @@ std::string BiasToStr(const TKestrelDateTime& value) {
   const int bias = value.GetBiasMinutes();
   const auto offset = static_cast<unsigned>(std::abs(bias));
   FixedText<char> zone;
-  zone.Put(bias < 1 ? '+' : '-');
-  zone.PutNumber<2>(offset / 60);
-  zone.Put(':');
-  zone.PutNumber<2>(offset % 60);
-  return SystemTimeToStr(value.ToLocalSystemTime(), dtsmDateTime | dtsmSlashes) + " GMT" + zone.Text();
+  char* end = zone.data();
+  Put(end, bias < 1 ? '+' : '-');
+  PutNumber<2>(end, offset / 60);
+  Put(end, ':');
+  PutNumber<2>(end, offset % 60);
+  return SystemTimeToStr(value.ToLocalSystemTime(), dtsmDateTime | dtsmSlashes).append(" GMT").append(zone.data(), end);
 }
 
 }  // namespace Kestrel

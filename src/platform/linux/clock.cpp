@@ -163,8 +163,8 @@ bool SystemTimeToFileTime(const SystemTime& systemTime, FileTime* fileTime) {
 
 bool FileTimeToSystemTime(const FileTime& fileTime, SystemTime* systemTime) {
   if (fileTime.high >= 0x80000000U) return InvalidParameter();
-  const std::int64_t intervals = static_cast<std::int64_t>(fileTime.high) << 32 | fileTime.low;
-  const std::int64_t days = intervals / kIntervalsPerDay;
+  const std::uint64_t intervals = std::uint64_t{fileTime.high} << 32 | fileTime.low;
+  const auto days = static_cast<std::int64_t>(intervals / kIntervalsPerDay);
   const auto milliseconds = static_cast<std::uint32_t>(intervals % kIntervalsPerDay / kIntervalsPerMillisecond);
   const CivilDate date = CivilFromDays(days);
   *systemTime = {.year = static_cast<std::uint16_t>(date.year),
