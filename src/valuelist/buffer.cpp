@@ -31,23 +31,20 @@ std::uint8_t* AllocateStorage(std::uint64_t capacity) {
   return static_cast<std::uint8_t*>(::operator new(static_cast<std::size_t>(capacity), std::nothrow));
 }
 
+void CountBytes(std::uint64_t capacity) {
+  GetBufferStatistics().bytesAllocated.fetch_add(static_cast<std::int64_t>(capacity), std::memory_order_relaxed);
+}
+
 }  // namespace
 
-FlatMemory::FlatMemory() {
-  GetBufferStatistics().liveBlocks.fetch_add(1, std::memory_order_relaxed);
-}
-
-FlatMemory::FlatMemory(std::uint8_t* storage, std::uint64_t n) : FlatMemory() {
-  storage_ = storage;
-  length_ = capacity_ = n;
-  ownsStorage_ = false;
-  GetBufferStatistics().bytesAllocated.fetch_add(static_cast<std::int64_t>(n), std::memory_order_relaxed);
-}
+FlatMemory::FlatMemory(std::uint8_t* storage, std::uint64_t n)
+    : length_(n), storage_(storage), capacity_(n), ownsStorage_(false) {}
 
 FlatMemory::~FlatMemory() {
-  GetBufferStatistics().bytesAllocated.fetch_add(static_cast<std::int64_t>(capacity_), std::memory_order_relaxed);
-  GetBufferStatistics().liveBlocks.fetch_sub(1, std::memory_order_relaxed);
-  FreeStorage();
+  UnpoisonBytes(storage_, capacity_);
+  if (!ownsStorage_) return;
+  CountBytes(capacity_);
+  ::operator delete(storage_);
 }
 
 void FlatMemory::ThrowNotEnoughBytes() {
@@ -76,8 +73,7 @@ void FlatMemory::Reallocate(std::uint64_t capacity) {
   }
   if (length_ > 0) std::memcpy(storage, storage_, static_cast<std::size_t>(length_));
   PoisonBytes(storage + length_, capacity - length_);
-  GetBufferStatistics().bytesAllocated.fetch_add(static_cast<std::int64_t>(capacity - capacity_),
-                                                 std::memory_order_relaxed);
+  CountBytes(ownsStorage_ ? capacity - capacity_ : capacity);
   SetStorage(storage, capacity);
 }
 
@@ -92,6 +88,14 @@ void FlatMemory::SetStorage(std::uint8_t* storage, std::uint64_t capacity) {
   storage_ = storage;
   capacity_ = capacity;
   ownsStorage_ = true;
+}
+
+Buffer::Buffer() {
+  GetBufferStatistics().liveBlocks.fetch_add(1, std::memory_order_relaxed);
+}
+
+Buffer::~Buffer() {
+  if (poolable_) GetBufferStatistics().liveBlocks.fetch_sub(1, std::memory_order_relaxed);
 }
 
 ReferencePointer<Buffer> Buffer::CreateExact(std::uint64_t n) {

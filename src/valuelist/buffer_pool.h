@@ -45,7 +45,8 @@ inline constexpr BufferPoolLimits kBufferPoolLimits[] = {
     {0x80000, 0x300000, 0x1000000, 4},
 };
 
-/// Counters of all buffers of the process. Nothing in the library reads them: they are for memory dumps and tests.
+/// Counters of the buffers of the process, but for exact ones. Nothing in the library reads them: they are for memory
+/// dumps and tests.
 struct BufferStatistics {
   std::atomic<std::int64_t> bytesAllocated{0};  ///< grows by each capacity that is gained and by each that is freed
   std::atomic<std::int64_t> liveBlocks{0};
