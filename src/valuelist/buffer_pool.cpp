@@ -1,7 +1,6 @@
 #include "valuelist/buffer_pool.h"
 
 #include <algorithm>
-#include <mutex>
 #include <utility>
 
 #include "base/static_lock.h"
@@ -33,65 +32,9 @@ BufferStatistics& GetBufferStatistics() {
   return statistics;
 }
 
-std::uint32_t BufferQueue::GetCount() const {
-  return ringCount_.load(std::memory_order_relaxed) + (first_.load(std::memory_order_relaxed) > kClosed);
-}
-
-std::uint64_t BufferQueue::GetBytesHeld() const {
-  const std::uint64_t ring = ringBytes_.load(std::memory_order_relaxed);
-  return first_.load(std::memory_order_relaxed) > kClosed ? ring + firstCapacity_.load(std::memory_order_relaxed) : ring;
-}
-
-void BufferQueue::Close() {
-  const std::uintptr_t first = first_.exchange(kClosed, std::memory_order_acquire);
-  if (first > kClosed) delete reinterpret_cast<Buffer*>(first);
-  std::vector<Waiting> ring;
-  {
-    const std::lock_guard guard(lock_);
-    ring_.swap(ring);
-    ringCount_.store(0, std::memory_order_relaxed);
-    ringBytes_.store(0, std::memory_order_relaxed);
-  }
-  for (const Waiting& waiting : ring) delete waiting.buffer;
-}
-
-Buffer* BufferQueue::TakeFront() {
-  std::uintptr_t first = first_.load(std::memory_order_relaxed);
-  if (first > kClosed && first_.compare_exchange_strong(first, 0, std::memory_order_acquire, std::memory_order_relaxed))
-    return reinterpret_cast<Buffer*>(first);
-  if (ringCount_.load(std::memory_order_relaxed) == 0) return nullptr;
-  const std::lock_guard guard(lock_);
-  const std::uint32_t count = ringCount_.load(std::memory_order_relaxed);
-  if (count == 0) return nullptr;
-  Waiting& waiting = ring_[front_];
-  if (++front_ == ring_.size()) front_ = 0;
-  ringCount_.store(count - 1, std::memory_order_relaxed);
-  ringBytes_.store(ringBytes_.load(std::memory_order_relaxed) - waiting.capacity, std::memory_order_relaxed);
-  return std::exchange(waiting.buffer, nullptr);
-}
-
-bool BufferQueue::PutBack(Buffer& buffer, std::uint64_t mostBuffers, std::uint64_t mostBytes) {
-  const std::uint64_t capacity = buffer.GetCapacity();
-  if (GetCount() >= mostBuffers || GetBytesHeld() + capacity > mostBytes) return false;
-  if (GetCount() == 0) {
-    firstCapacity_.store(capacity, std::memory_order_relaxed);
-    std::uintptr_t none = 0;
-    if (first_.compare_exchange_strong(none, reinterpret_cast<std::uintptr_t>(&buffer), std::memory_order_release,
-                                       std::memory_order_relaxed))
-      return true;
-  }
-  const std::lock_guard guard(lock_);
-  const std::uint32_t count = ringCount_.load(std::memory_order_relaxed);
-  if (GetCount() >= mostBuffers || count == ring_.size() || GetBytesHeld() + capacity > mostBytes) return false;
-  const std::size_t back = std::size_t{front_} + count;
-  ring_[back < ring_.size() ? back : back - ring_.size()] = {&buffer, capacity};
-  ringCount_.store(count + 1, std::memory_order_relaxed);
-  ringBytes_.store(ringBytes_.load(std::memory_order_relaxed) + capacity, std::memory_order_relaxed);
-  return true;
-}
-
 void BufferPoolList::Close() {
-  for (BufferQueue& queue : queues_) queue.Close();
+  closed_.store(true, std::memory_order_relaxed);
+  while (const Buffer* const buffer = TakeFront()) delete buffer;
 }
 
 std::uint64_t BufferPoolList::GetBytesHeld() const {
@@ -116,7 +59,8 @@ ReferencePointer<Buffer> BufferPoolList::GetBuffer() {
 
 bool BufferPoolList::Keep(Buffer& buffer) {
   buffer.memory_.Rewind();
-  if (buffer.GetCapacity() <= limits_.largestCapacity && PutBack(buffer)) return true;
+  const bool fits = buffer.GetCapacity() <= limits_.largestCapacity && !closed_.load(std::memory_order_relaxed);
+  if (fits && PutBack(buffer)) return true;
   statistics.refusedReturns.fetch_add(1, std::memory_order_relaxed);
   return false;
 }
@@ -134,7 +78,8 @@ bool BufferPoolList::PutBack(Buffer& buffer) {
   // First within its eighth, then within what the others leave.
   BufferQueue& own = queues_[platform::ThreadPlace() % kQueues];
   if (own.PutBack(buffer, limits_.mostBuffers / kQueues, limits_.sizeLimitInBytes / kQueues)) return true;
-  std::uint64_t others = 0, othersBytes = 0;
+  std::uint32_t others = 0;
+  std::uint64_t othersBytes = 0;
   for (const BufferQueue& queue : queues_) {
     if (&queue == &own) continue;
     others += queue.GetCount();

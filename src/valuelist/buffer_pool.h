@@ -12,20 +12,19 @@
 /// The shared pool is made on first use and closed by DestroySharedPool at unload; after that each GetPool makes a
 /// private pool, which goes with its last reference.
 ///
-/// Threads  Everything may be called on any thread. A list is several queues, each with its own lock, because threads
-///          that return and take at the same moment would wait for one lock. A thread returns to the queue of its
+/// Threads  Everything may be called on any thread. A list is several queues (buffer_queue.h), because threads that
+///          return and take at the same moment would disturb each other in one. A thread returns to the queue of its
 ///          place (platform::ThreadPlace), and takes from it first, then from the others. So it gets its buffers back
-///          in their order. Nothing is called with a lock held.
+///          in their order.
 #pragma once
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
-#include "base/critical_section.h"
 #include "base/reference_counting.h"
 #include "valuelist/buffer.h"
+#include "valuelist/buffer_queue.h"
 
 namespace Kestrel {
 
@@ -54,51 +53,6 @@ struct BufferStatistics {
 };
 BufferStatistics& GetBufferStatistics();
 
-/// The first buffer of a queue stands in one atomic word and the others in a ring under a lock, because most often just
-/// one waits: it is then taken and put back without the lock. A buffer goes to the word only while the ring is empty, so
-/// the order stays.
-///
-/// On cache lines of its own, so that threads that use different queues do not disturb each other.
-class alignas(64) BufferQueue : NonCopyable {
- public:
-  BufferQueue() = default;
-  ~BufferQueue() { Close(); }
-
-  /// To be called once, before the first use.
-  void Open(std::uint32_t mostBuffers) { ring_.resize(mostBuffers); }
-  /// Null where the queue is empty.
-  Buffer* TakeFront();
-  /// False, and the buffer stays the caller's, where the queue would then hold more than this. Requires a buffer
-  /// without contents on which nobody has a reference, with a capacity that a list takes.
-  bool PutBack(Buffer& buffer, std::uint64_t mostBuffers, std::uint64_t mostBytes);
-  /// Deletes the buffers that are held, and keeps none from then on.
-  void Close();
-
-  std::uint64_t GetBytesHeld() const;
-  std::uint32_t GetCount() const;
-
- private:
-  struct Waiting {
-    Buffer* buffer;          ///< without a reference; null in a place that is free
-    std::uint64_t capacity;  ///< of the buffer; a copy, so that the buffer is not touched under the lock
-  };
-
-  /// What first_ holds once the queue is closed.
-  static constexpr std::uintptr_t kClosed = 1;
-
-  /// The address of a buffer without a reference, 0 or kClosed.
-  std::atomic<std::uintptr_t> first_{0};
-  /// Of the buffer in first_; of another one where two threads put one back at the same moment.
-  std::atomic<std::uint64_t> firstCapacity_{0};
-  /// Of the ring. Changed under the lock only, and read without it.
-  std::atomic<std::uint64_t> ringBytes_{0};
-  std::atomic<std::uint32_t> ringCount_{0};
-  std::uint32_t front_ = 0;
-  CriticalSection lock_;
-  /// A ring buffer: ringCount_ buffers from front_ on. Its size is fixed, because recycling must not allocate.
-  std::vector<Waiting> ring_;
-};
-
 /// The buffers of one size class. The limits hold for all its queues together, but a queue keeps an eighth of them
 /// without a look at the others, because threads should not read what others write all the time. So a single thread has
 /// the limits exactly. Several may keep up to twice as much, and those that return at the same moment a buffer each
@@ -115,7 +69,8 @@ class BufferPoolList : NonCopyable {
   /// Empties the buffer and keeps it. False where the list has no room; the buffer then stays the caller's. Requires a
   /// buffer on which nobody has a reference.
   bool Keep(Buffer& buffer);
-  /// Deletes the buffers that are held, and keeps none from then on.
+  /// Deletes the buffers that are held, and keeps none from then on. One that a thread returns at the same moment may
+  /// stay.
   void Close();
 
   std::uint64_t GetBytesHeld() const;
@@ -128,6 +83,7 @@ class BufferPoolList : NonCopyable {
   bool PutBack(Buffer& buffer);
 
   const BufferPoolLimits& limits_;
+  std::atomic<bool> closed_{false};
   BufferQueue queues_[kQueues];
 };
 

@@ -124,6 +124,34 @@ TEST(BufferPoolList, RecyclesFirstInFirstOut) {
   EXPECT_EQ(list.GetCount(), 0u);
 }
 
+TEST(BufferQueue, LosesNothingAmongThreads) {
+  BufferQueue queue;
+  queue.Open(8);
+  std::atomic<std::uint32_t> expected{0};
+  const auto moveBuffers = [&](unsigned seed) {
+    std::minstd_rand random(seed);
+    std::vector<std::unique_ptr<Buffer>> own;
+    for (unsigned i = 0; i < 3; ++i) own.emplace_back(std::make_unique<Buffer>())->Reserve(4000 * seed);
+    for (int i = 0; i < 20'000; ++i) {
+      if (random() % 2 == 0) {
+        if (Buffer* const taken = queue.TakeFront()) own.emplace_back(taken);
+      } else if (!own.empty() && queue.PutBack(*own.back(), 8, 1 << 20)) {
+        own.back().release();
+        own.pop_back();
+      }
+    }
+    expected -= static_cast<std::uint32_t>(own.size());
+  };
+  expected = 4 * 3;
+  std::vector<std::thread> threads;
+  for (unsigned seed = 1; seed <= 4; ++seed) threads.emplace_back(moveBuffers, seed);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(queue.GetCount(), expected);
+  std::uint64_t bytes = queue.GetBytesHeld();
+  while (const std::unique_ptr<Buffer> buffer{queue.TakeFront()}) bytes -= buffer->GetCapacity();
+  EXPECT_EQ(bytes, 0u);
+}
+
 TEST(BufferPoolList, RecyclesWithStorageAndUseCount) {
   EmptySharedPool();
   BufferPoolList list(kBufferPoolLimits[SmallBufferList]);
