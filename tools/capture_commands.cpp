@@ -23,7 +23,7 @@ void DefineDecode(CLI::App& command, Options& options) {
       .add_option("--as", options.capture.form, "What it is: request, reply, block, block-1 to block-8, list, frame")
       ->type_name("FORM")
       ->check(CheckForm);
-  command.add_flag("--hex", options.capture.hex, "Print each byte with its meaning");
+  command.add_flag("--hex", options.capture.hex, "Print each byte with its meaning, passwords too");
 }
 
 void DefineEncode(CLI::App& command, Options& options) {

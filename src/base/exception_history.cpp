@@ -35,7 +35,7 @@ ExceptionHistory::~ExceptionHistory() {
   guardWord.exchange(0);
 }
 
-std::deque<ExceptionHistoryEntry> ExceptionHistory::Entries() const {
+std::list<ExceptionHistoryEntry> ExceptionHistory::Entries() const {
   const std::lock_guard guard(HistoryLock());
   return entries_;
 }
@@ -45,7 +45,7 @@ void ExceptionHistory::Add(const KestrelException& exception) {
   const std::lock_guard guard(HistoryLock());
   // Asked again, because the history may have gone before the lock was taken.
   if (!IsAlive()) return;
-  std::deque<ExceptionHistoryEntry>& entries = processHistory->entries_;
+  std::list<ExceptionHistoryEntry>& entries = processHistory->entries_;
   entries.push_back({exception.GetClassName(), KestrelException(exception, kMostUnits)});
   while (entries.size() > kCapacity) entries.pop_front();
 }

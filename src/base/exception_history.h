@@ -9,7 +9,7 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
+#include <list>
 #include <string>
 
 #include "base/exceptions.h"
@@ -35,13 +35,14 @@ class ExceptionHistory {
   ExceptionHistory& operator=(const ExceptionHistory&) = delete;
 
   /// A copy, oldest first.
-  std::deque<ExceptionHistoryEntry> Entries() const;
+  std::list<ExceptionHistoryEntry> Entries() const;
 
   /// Adds to the process-wide history if there is one. Throws std::bad_alloc where there is no memory for the entry.
   static void Add(const KestrelException& exception);
 
  private:
-  std::deque<ExceptionHistoryEntry> entries_;
+  /// Allocates nothing while it is empty, so that a library is loaded without memory too.
+  std::list<ExceptionHistoryEntry> entries_;
 };
 
 }  // namespace Kestrel

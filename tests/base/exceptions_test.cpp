@@ -70,8 +70,8 @@ TEST(ExceptionHistory, KeepsTheLast512OfAllThreadsUnderTheRootsName) {
   const Tarn::DBIException first(3, 40, "CServerError", std::u16string(257, u'x'), kept + "y");
   const KestrelException copy(first);
   ASSERT_EQ(history.Entries().size(), 1u);  // copies are not recorded
-  EXPECT_EQ(history.Entries()[0].className, "class Kestrel::KestrelException");
-  const KestrelException oldest = history.Entries()[0].exception;
+  EXPECT_EQ(history.Entries().front().className, "class Kestrel::KestrelException");
+  const KestrelException oldest = history.Entries().front().exception;
   EXPECT_EQ(oldest.GetErrorClass() * 100 + oldest.GetErrorCode(), 340u);
   EXPECT_EQ(oldest.GetAdditionalText(), kept);
   EXPECT_EQ(oldest.GetWideDescription(), std::u16string(256, u'x'));
