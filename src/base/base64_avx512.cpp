@@ -35,26 +35,61 @@ constexpr __mmask32 High(__mmask64 lanes) {
   return static_cast<__mmask32>(lanes >> 32);
 }
 
-/// Narrow text is stored as it is, wide text with zero bytes in between.
+TARN_AVX512 inline __m512i Load512(const void* memory) {
+  return _mm512_loadu_si512(memory);
+}
+TARN_AVX512 inline void Store512(void* memory, __m512i vector) {
+  _mm512_storeu_si512(memory, vector);
+}
+TARN_AVX512 inline __m512i Widened(__m512i characters, int half) {
+  const __m256i low = _mm512_castsi512_si256(characters);
+  return _mm512_cvtepu8_epi16(half == 0 ? low : _mm512_extracti64x4_epi64(characters, 1));
+}
+/// With saturation: a unit above 255 becomes 255, which is no base64.
+TARN_AVX512 inline __m512i Narrowed(__m512i low, __m512i high) {
+  return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtusepi16_epi8(low)), _mm512_cvtusepi16_epi8(high), 1);
+}
+
+// Narrow text is stored as it is, wide text with zero bytes in between. A masked store takes several times as long as a
+// plain one, so it is left for the ends.
+
+TARN_AVX512 inline void StoreVector(char* text, __m512i characters) {
+  Store512(text, characters);
+}
+TARN_AVX512 inline void StoreVector(char16_t* text, __m512i characters) {
+  Store512(text, Widened(characters, 0));
+  Store512(text + 32, Widened(characters, 1));
+}
+/// The first 16 characters.
+TARN_AVX512 inline void StoreLane(char* text, __m512i characters) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(text), _mm512_castsi512_si128(characters));
+}
+TARN_AVX512 inline void StoreLane(char16_t* text, __m512i characters) {
+  const __m256i units = _mm512_castsi512_si256(Widened(characters, 0));
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(text), units);
+}
 TARN_AVX512 inline void Store(char* text, __mmask64 lanes, __m512i characters) {
   _mm512_mask_storeu_epi8(text, lanes, characters);
 }
 TARN_AVX512 inline void Store(char16_t* text, __mmask64 lanes, __m512i characters) {
-  _mm512_mask_storeu_epi16(text, Low(lanes), _mm512_cvtepu8_epi16(_mm512_castsi512_si256(characters)));
-  if (High(lanes) == 0) return;
-  _mm512_mask_storeu_epi16(text + 32, High(lanes), _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(characters, 1)));
+  _mm512_mask_storeu_epi16(text, Low(lanes), Widened(characters, 0));
+  if (High(lanes) != 0) _mm512_mask_storeu_epi16(text + 32, High(lanes), Widened(characters, 1));
 }
 
-/// All other lanes are "A". Wide characters are narrowed with saturation: one above 255 becomes 255, which is no
-/// base64.
+TARN_AVX512 inline __m512i LoadVector(const char* text) {
+  return Load512(text);
+}
+TARN_AVX512 inline __m512i LoadVector(const char16_t* text) {
+  return Narrowed(Load512(text), Load512(text + 32));
+}
+/// All other lanes are "A".
 TARN_AVX512 inline __m512i Load(const char* text, __mmask64 lanes) {
   return _mm512_mask_loadu_epi8(_mm512_set1_epi8('A'), lanes, text);
 }
 TARN_AVX512 inline __m512i Load(const char16_t* text, __mmask64 lanes) {
   const __m512i fill = _mm512_set1_epi16('A');
   const __m512i low = _mm512_mask_loadu_epi16(fill, Low(lanes), text);
-  const __m512i high = High(lanes) == 0 ? fill : _mm512_mask_loadu_epi16(fill, High(lanes), text + 32);
-  return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtusepi16_epi8(low)), _mm512_cvtusepi16_epi8(high), 1);
+  return Narrowed(low, High(lanes) == 0 ? fill : _mm512_mask_loadu_epi16(fill, High(lanes), text + 32));
 }
 
 /// The characters of 48 bytes.
@@ -106,18 +141,14 @@ TARN_AVX512 inline Decoded DecodedFrom(__m512i characters) {
   return {_mm512_permutexvar_epi8(order, groups), _mm512_movepi8_mask(_mm512_or_si512(values, characters))};
 }
 
-TARN_AVX512 inline void StoreBytes(std::uint8_t* bytes, std::size_t count, __m512i decoded) {
-  _mm512_mask_storeu_epi8(bytes, First(count), decoded);
-}
-
-/// Stores the line's bytes only where all of its characters are valid.
+/// Stores the line's bytes, and 7 more of no meaning behind them, only where all of its characters are valid.
 template <class Char>
 TARN_AVX512 inline bool DecodeLine(const Char* text, std::uint8_t* bytes) {
-  const Decoded first = DecodedFrom(Load(text, First(kVectorCharacters)));
+  const Decoded first = DecodedFrom(LoadVector(text));
   const Decoded rest = DecodedFrom(Load(text + kVectorCharacters, First(kRestCharacters)));
   if ((first.errors | rest.errors) != 0) return false;
-  StoreBytes(bytes, kVectorBytes, first.bytes);
-  StoreBytes(bytes + kVectorBytes, kRestBytes, rest.bytes);
+  Store512(bytes, first.bytes);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + kVectorBytes), _mm512_castsi512_si128(rest.bytes));
   return true;
 }
 
@@ -127,10 +158,11 @@ template <class Char>
 TARN_AVX512 Char* EncodeAvx512(const std::uint8_t* bytes, std::size_t byteCount, Char* text) {
   const __mmask64 lineEnd = First(kRestCharacters + kLineEnd) & ~First(kRestCharacters);
   const __m512i lineEnds = _mm512_set1_epi16('\r' | '\n' << 8);
-  for (; byteCount >= kBase64LineBytes; byteCount -= kBase64LineBytes, bytes += kBase64LineBytes) {
-    Store(text, First(kVectorCharacters), EncodedFrom(bytes, kVectorBytes));
-    Store(text + kVectorCharacters, First(kRestCharacters + kLineEnd),
-          _mm512_mask_mov_epi8(EncodedFrom(bytes + kVectorBytes, kRestBytes), lineEnd, lineEnds));
+  // At least one more group must follow the line, because its last store writes two characters too many.
+  for (; byteCount > kBase64LineBytes; byteCount -= kBase64LineBytes, bytes += kBase64LineBytes) {
+    StoreVector(text, EncodedFrom(bytes, kVectorBytes));
+    const __m512i rest = EncodedFrom(bytes + kVectorBytes, kRestBytes);
+    StoreLane(text + kVectorCharacters, _mm512_mask_mov_epi8(rest, lineEnd, lineEnds));
     text += kBase64LineCharacters + kLineEnd;
   }
   const bool fillsLine = byteCount > kBase64LineBytes - 3;  // with its padding
@@ -156,7 +188,8 @@ TARN_AVX512 Base64Progress DecodeGroupsAvx512(const Char* const text, std::size_
   const Char* const end = text + characters;
   std::uint8_t* out = bytes;
   const auto left = [&] { return static_cast<std::size_t>(end - position); };
-  while (left() >= kBase64LineCharacters + kLineEnd && position[kBase64LineCharacters] == '\r' &&
+  // Two more groups must follow the line, because DecodeLine writes 7 bytes too many.
+  while (left() >= kBase64LineCharacters + kLineEnd + 8 && position[kBase64LineCharacters] == '\r' &&
          position[kBase64LineCharacters + 1] == '\n' && DecodeLine(position, out)) {
     position += kBase64LineCharacters + kLineEnd;
     out += kBase64LineBytes;
@@ -166,7 +199,7 @@ TARN_AVX512 Base64Progress DecodeGroupsAvx512(const Char* const text, std::size_
     const Decoded decoded = DecodedFrom(Load(position, First(count)));
     const auto good = static_cast<std::size_t>(std::countr_zero(decoded.errors)) & ~std::size_t{3};
     const std::size_t valid = std::min(count, good);
-    StoreBytes(out, valid / 4 * 3, decoded.bytes);
+    _mm512_mask_storeu_epi8(out, First(valid / 4 * 3), decoded.bytes);
     position += valid;
     out += valid / 4 * 3;
     if (valid < count) break;
