@@ -2,11 +2,7 @@
 
 #ifdef TARN_X64
 
-// GCC 12 takes what its own functions leave undefined on purpose for a mistake.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #include <immintrin.h>
-#pragma GCC diagnostic pop
 
 #include <algorithm>
 #include <bit>
