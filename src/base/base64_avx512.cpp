@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 #include "base/base64.h"
 
@@ -133,7 +134,7 @@ TARN_AVX512 inline Decoded DecodedFrom(__m512i characters) {
   const __m512i order = _mm512_set_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 60, 61, 62, 56, 57, 58, 52, 53,
                                         54, 48, 49, 50, 44, 45, 46, 40, 41, 42, 36, 37, 38, 32, 33, 34, 28, 29, 30, 24,
                                         25, 26, 20, 21, 22, 16, 17, 18, 12, 13, 14, 8, 9, 10, 4, 5, 6, 0, 1, 2);
-  // A character above 127 is looked up by its low bits.
+  // A character above 127 is looked up by its low bits, so its own highest bit counts too.
   return {_mm512_permutexvar_epi8(order, groups), _mm512_movepi8_mask(_mm512_or_si512(values, characters))};
 }
 
