@@ -43,6 +43,7 @@ inline constexpr BufferPoolLimits kBufferPoolLimits[] = {
     {0x10000, 0x80000, 0x600000, 16},
     {0x80000, 0x300000, 0x1000000, 4},
 };
+static_assert(kBufferPoolLimits[SmallBufferList].mostBuffers == BufferQueue::kMostPlaces);
 
 /// Counters of the buffers of the process, but for exact ones. Nothing in the library reads them: they are for memory
 /// dumps and tests.

@@ -24,13 +24,11 @@ std::uint64_t Between(std::uint64_t front, std::uint64_t back) {
 }  // namespace
 
 void BufferQueue::Open(std::uint32_t places) {
-  ring_ = std::vector<Place>(places);
   places_ = places;
   for (std::uint32_t turn = 0; turn < places; ++turn) ring_[turn].turn.store(turn, std::memory_order_relaxed);
 }
 
 BufferQueue::~BufferQueue() {
-  if (ring_.empty()) return;  // never opened
   while (const Buffer* const buffer = TakeFront()) delete buffer;
 }
 

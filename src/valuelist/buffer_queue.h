@@ -8,7 +8,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <vector>
 
 #include "base/reference_counting.h"
 #include "valuelist/buffer.h"
@@ -21,6 +20,9 @@ class alignas(64) BufferQueue : NonCopyable {
   BufferQueue() = default;
   /// Deletes the buffers that wait.
   ~BufferQueue();
+
+  /// The most places that a queue can have.
+  static constexpr std::uint32_t kMostPlaces = 256;
 
   /// To be called once, before the first use. places: a power of two.
   void Open(std::uint32_t places);
@@ -40,9 +42,9 @@ class alignas(64) BufferQueue : NonCopyable {
   using Passed = std::uint64_t;
 
   struct Place {
-    std::atomic<std::uint32_t> turn;
-    std::atomic<std::uint32_t> pages;  ///< of the buffer, which must not be touched before it is taken
-    std::atomic<Buffer*> buffer;       ///< without a reference
+    std::atomic<std::uint32_t> turn{0};
+    std::atomic<std::uint32_t> pages{0};   ///< of the buffer, which must not be touched before it is taken
+    std::atomic<Buffer*> buffer{nullptr};  ///< without a reference
   };
 
   std::uint64_t GetWaiting() const;
@@ -51,7 +53,8 @@ class alignas(64) BufferQueue : NonCopyable {
   std::atomic<Passed> front_{0};
   std::atomic<Passed> back_{0};
   std::uint32_t places_ = 0;
-  std::vector<Place> ring_;
+  /// Inside the queue, because that of the process is never destroyed and must own nothing by then.
+  Place ring_[kMostPlaces];
 };
 
 }  // namespace Kestrel
