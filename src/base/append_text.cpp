@@ -37,8 +37,8 @@ void AppendDigits(std::u16string& target, auto number) {
 }  // namespace
 
 void AppendText(std::u16string& target, std::string_view text) {
-  // ASCII needs no conversion: it is the same in every ANSI code page.
   const std::size_t length = target.size();
+  // ASCII needs no conversion: it is the same in every ANSI code page.
   if (AppendAscii(target, text) == text.size()) return;
   target.resize(length);
   // A text that begins with NUL is an empty one to AnsiToWide.

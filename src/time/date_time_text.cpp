@@ -7,7 +7,6 @@
 
 #include "base/exceptions.h"
 #include "base/text_conversion.h"
-#include "platform/compiler.h"
 #include "platform/error_codes.h"
 
 namespace Kestrel {

@@ -1,8 +1,5 @@
 #include "valuelist/buffer_pool.h"
 
-#include <algorithm>
-#include <utility>
-
 #include "base/static_lock.h"
 #include "platform/compiler.h"
 #include "platform/threads.h"
