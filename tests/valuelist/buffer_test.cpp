@@ -124,6 +124,20 @@ TEST(BufferPoolList, RecyclesFirstInFirstOut) {
   EXPECT_EQ(list.GetCount(), 0u);
 }
 
+TEST(BufferQueue, HoldsNoMoreThanItsCallerAllows) {
+  BufferQueue queue;
+  queue.Open(8);
+  Buffer buffers[3];
+  for (Buffer& buffer : buffers) buffer.Reserve(2000);  // of one page
+  EXPECT_TRUE(queue.PutBack(buffers[0], 2, 8192));
+  EXPECT_FALSE(queue.PutBack(buffers[1], 2, 8191));
+  EXPECT_TRUE(queue.PutBack(buffers[1], 2, 8192));
+  EXPECT_FALSE(queue.PutBack(buffers[2], 2, 12288));
+  EXPECT_EQ(queue.TakeFront(), &buffers[0]);
+  EXPECT_EQ(queue.TakeFront(), &buffers[1]);
+  EXPECT_EQ(queue.TakeFront(), nullptr);  // or else the queue would delete it
+}
+
 TEST(BufferQueue, LosesNothingAmongThreads) {
   BufferQueue queue;
   queue.Open(8);
