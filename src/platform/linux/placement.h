@@ -35,12 +35,17 @@ class Placement {
     if (count_ <= kMoving) return;
     const auto taken = now - roundBegin_;
     if (isApart_ && !Pays(taken)) {
-      nextTry_ = now + pause_;
-      pause_ = std::min<std::chrono::nanoseconds>(2 * pause_, kLongestPause);
-      StartRound(false);
+      Refuse(now);
     } else if (count_ == kMoving + kRound) {
       FinishRound(now, taken);
     }
+  }
+
+  /// Apart does not pay now, or is not possible. The next try comes after a pause.
+  void Refuse(Time now) {
+    nextTry_ = now + pause_;
+    pause_ = std::min<std::chrono::nanoseconds>(2 * pause_, kLongestPause);
+    StartRound(false);
   }
 
  private:

@@ -80,7 +80,10 @@ bool Worker::Steer(Time now) {
   CPU_SET(processor_, &mask);
   if (isApart_) CPU_XOR(&mask, &mask, &ownMask_);
   steered_ = sched_setaffinity(threadId_, sizeof mask, &mask) == 0;
-  return steered_ ? isApart_ : ranApart;
+  if (steered_) return isApart_;
+  if (isApart_) placement_.Refuse(now);  // the process has this processor only
+  isApart_ = false;
+  return ranApart;
 }
 
 void* Worker::Main(void* worker) {

@@ -60,4 +60,20 @@ TEST(Placement, FollowsWhatPaysNow) {
   EXPECT_GT(handOvers.apart, 5'000) << "pays again";
 }
 
+/// As on a machine with one processor, where turns with other threads can make apart look faster.
+TEST(Placement, WhatIsRefusedIsTriedSeldom) {
+  HandOvers handOvers;
+  int tries = 0;
+  for (int i = 0; i < 100'000; ++i) {
+    if (handOvers.placement.NextIsApart(handOvers.now)) {
+      ++tries;
+      handOvers.placement.Refuse(handOvers.now);
+    }
+    handOvers.Run(1, 2us, 1us);
+    EXPECT_EQ(handOvers.apart, 0);
+  }
+  EXPECT_GE(tries, 2);
+  EXPECT_LE(tries, 10) << "in 200 ms";
+}
+
 }  // namespace
