@@ -12,6 +12,7 @@
 #include <cstdint>
 
 #include "platform/linux/placement.h"
+#include "platform/linux/task_counts.h"
 #include "platform/processor.h"
 
 namespace platform {
@@ -57,10 +58,11 @@ class Waiter {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
-  /// Waits from now on until the word is set, and clears it. Returns the time then.
-  Time Wait(WakeWord& word, BeforeSleep action, Time now) {
+  /// Waits from now on until the word is set, and clears it. Returns the time then. tasks is the count of the processor
+  /// that the waiter runs on.
+  Time Wait(WakeWord& word, BeforeSleep action, Time now, const TaskCount& tasks) {
     if (now - lastEnd_ <= kClosely) {
-      if (action == BeforeSleep::kYield) Yield(word, now);
+      if (action == BeforeSleep::kYield) Yield(word, now, tasks);
       if (action == BeforeSleep::kWatch) Watch(word, now);
     }
     if (!word.IsSet()) word.Sleep();
@@ -71,18 +73,22 @@ class Waiter {
  private:
   using Clock = std::chrono::steady_clock;
 
-  /// Where yielding took longer than this, another program ran and not the setter, because the scheduler lets a program
-  /// run for milliseconds. Then the waiter does not yield for a pause, and the next pause is twice as long.
+  /// Where yielding took longer than this for each task that ran meanwhile, another program had the processor, because
+  /// the scheduler lets a program run for milliseconds. Then the waiter does not yield for a pause, and the next pause
+  /// is twice as long. Where other hand-overs had the processor, yielding goes on: pairs of threads that take turns of
+  /// milliseconds need half the time of pairs that sleep.
   static constexpr std::chrono::microseconds kTooLong{100};
   static constexpr std::chrono::milliseconds kFirstPause{16};
   static constexpr std::chrono::seconds kLongestPause{2};
 
-  void Yield(const WakeWord& word, Time begin) {
+  void Yield(const WakeWord& word, Time begin, const TaskCount& tasks) {
     if (word.IsSet() || begin < pausedUntil_) return;
+    const std::uint32_t before = tasks.load(std::memory_order_relaxed);
     sched_yield();
     if (!word.IsSet()) sched_yield();
     const Time end = Clock::now();
-    if (end - begin <= kTooLong) return;
+    const std::uint32_t ran = tasks.load(std::memory_order_relaxed) - before;
+    if (end - begin <= kTooLong * (1 + std::int64_t{ran})) return;
     pausedUntil_ = end + pause_;
     pause_ = std::min<Clock::duration>(2 * pause_, kLongestPause);
   }

@@ -55,7 +55,7 @@ void Worker::Run(void (*task)(void*), void* context) {
   const bool willRunApart = Steer(begin);
   start_.Set();
   const BeforeSleep action = isApart_ && willRunApart ? BeforeSleep::kWatch : BeforeSleep::kYield;
-  placement_.Count(deliverer_.Wait(finished_, action, begin));
+  placement_.Count(deliverer_.Wait(finished_, action, begin, TaskCountOf(processor_)));
 }
 
 void Worker::End() {
@@ -96,7 +96,7 @@ void Worker::RunTasks() {
   BeforeSleep action = BeforeSleep::kNothing;
   Time end{};
   for (;;) {
-    const Time begin = worker_.Wait(start_, action, end);
+    const Time begin = worker_.Wait(start_, action, end, TaskCountOf(lastProcessor_));
     if (!task_) return;
     if (steered_) {
       sched_setaffinity(0, sizeof ownMask_, &ownMask_);
@@ -106,6 +106,7 @@ void Worker::RunTasks() {
     end = std::chrono::steady_clock::now();
     wasBrief_ = end - begin < kBrief;
     lastProcessor_ = sched_getcpu();
+    TaskCountOf(lastProcessor_).fetch_add(1, std::memory_order_relaxed);
     // A worker that is not where it is wanted sleeps at once, because only a sleeping one is moved.
     const bool ranApart = lastProcessor_ != processor_;
     action = ranApart != isApart_ ? BeforeSleep::kNothing : isApart_ ? BeforeSleep::kWatch : BeforeSleep::kYield;
