@@ -10,8 +10,8 @@
 
 namespace platform {
 
-/// Hand-overs follow each other closely where no more time than this is between two. Where more is, waiters sleep at
-/// once, because to yield or to watch through a rest would only take processor time.
+/// Hand-overs follow each other closely where no more time than this is between two. A waiter watches for no longer,
+/// because to watch through a rest would only take processor time.
 inline constexpr std::chrono::microseconds kClosely{100};
 
 /// For one thread at a time. Never reads the clock itself.

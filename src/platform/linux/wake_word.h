@@ -61,13 +61,11 @@ class Waiter {
   /// Waits from now on until the word is set, and clears it. Returns the time then. tasks is the count of the processor
   /// that the waiter runs on.
   Time Wait(WakeWord& word, BeforeSleep action, Time now, const TaskCount& tasks) {
-    if (now - lastEnd_ <= kClosely) {
-      if (action == BeforeSleep::kYield) Yield(word, now, tasks);
-      if (action == BeforeSleep::kWatch) Watch(word, now);
-    }
+    if (action == BeforeSleep::kYield) Yield(word, now, tasks);
+    if (action == BeforeSleep::kWatch) Watch(word, now);
     if (!word.IsSet()) word.Sleep();
     word.Clear();
-    return lastEnd_ = Clock::now();
+    return Clock::now();
   }
 
  private:
@@ -103,7 +101,6 @@ class Waiter {
     }
   }
 
-  Time lastEnd_{};
   Time pausedUntil_{};
   Clock::duration pause_ = kFirstPause;
 };

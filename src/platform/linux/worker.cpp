@@ -54,7 +54,9 @@ void Worker::Run(void (*task)(void*), void* context) {
   isApart_ = placement_.NextIsApart(begin) && wasBrief_;
   const bool willRunApart = Steer(begin);
   start_.Set();
-  const BeforeSleep action = isApart_ && willRunApart ? BeforeSleep::kWatch : BeforeSleep::kYield;
+  const BeforeSleep action = !wasBrief_                 ? BeforeSleep::kNothing
+                             : isApart_ && willRunApart ? BeforeSleep::kWatch
+                                                        : BeforeSleep::kYield;
   placement_.Count(deliverer_.Wait(finished_, action, begin, TaskCountOf(processor_)));
 }
 
@@ -108,8 +110,8 @@ void Worker::RunTasks() {
     lastProcessor_ = sched_getcpu();
     TaskCountOf(lastProcessor_).fetch_add(1, std::memory_order_relaxed);
     // A worker that is not where it is wanted sleeps at once, because only a sleeping one is moved.
-    const bool ranApart = lastProcessor_ != processor_;
-    action = ranApart != isApart_ ? BeforeSleep::kNothing : isApart_ ? BeforeSleep::kWatch : BeforeSleep::kYield;
+    const bool isInPlace = (lastProcessor_ != processor_) == isApart_;
+    action = !wasBrief_ || !isInPlace ? BeforeSleep::kNothing : isApart_ ? BeforeSleep::kWatch : BeforeSleep::kYield;
     finished_.Set();
   }
 }
