@@ -58,14 +58,17 @@ class Waiter {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
-  /// Waits from now on until the word is set, and clears it. Returns the time then. tasks is the count of the processor
-  /// that the waiter runs on.
+  /// Waits from now on until the word is set, and clears it. Returns the time then; where the waiter watched, that is
+  /// when it last looked at the clock, up to half a microsecond before. tasks is the count of the processor that the
+  /// waiter runs on.
   Time Wait(WakeWord& word, BeforeSleep action, Time now, const TaskCount& tasks) {
     if (action == BeforeSleep::kYield) Yield(word, now, tasks);
-    if (action == BeforeSleep::kWatch) Watch(word, now);
-    if (!word.IsSet()) word.Sleep();
+    const bool watches = action == BeforeSleep::kWatch;
+    if (watches) now = Watch(word, now);
+    const bool sleeps = !word.IsSet();
+    if (sleeps) word.Sleep();
     word.Clear();
-    return Clock::now();
+    return watches && !sleeps ? now : Clock::now();
   }
 
  private:
@@ -91,14 +94,17 @@ class Waiter {
     pause_ = std::min<Clock::duration>(2 * pause_, kLongestPause);
   }
 
-  static void Watch(const WakeWord& word, Time begin) {
+  /// Returns the time when it last looked at the clock.
+  static Time Watch(const WakeWord& word, Time begin) {
     constexpr int kLooksPerTime = 8;
-    while (Clock::now() - begin < kClosely) {
+    Time now = begin;
+    for (; now - begin < kClosely; now = Clock::now()) {
       for (int i = 0; i < kLooksPerTime; ++i) {
-        if (word.IsSet()) return;
+        if (word.IsSet()) return now;
         PauseInSpin();
       }
     }
+    return now;
   }
 
   Time pausedUntil_{};

@@ -105,14 +105,18 @@ void Worker::RunTasks() {
       steered_ = false;
     }
     task_(context_);
-    end = std::chrono::steady_clock::now();
-    wasBrief_ = end - begin < kBrief;
-    lastProcessor_ = sched_getcpu();
-    TaskCountOf(lastProcessor_).fetch_add(1, std::memory_order_relaxed);
+    const int processor = sched_getcpu();
+    const bool isApart = isApart_;
     // A worker that is not where it is wanted sleeps at once, because only a sleeping one is moved.
-    const bool isInPlace = (lastProcessor_ != processor_) == isApart_;
-    action = !wasBrief_ || !isInPlace ? BeforeSleep::kNothing : isApart_ ? BeforeSleep::kWatch : BeforeSleep::kYield;
+    const bool isInPlace = (processor != processor_) == isApart;
+    lastProcessor_ = processor;
     finished_.Set();
+    // From here on the deliverer runs and writes the next task. What follows costs it no time.
+    TaskCountOf(processor).fetch_add(1, std::memory_order_relaxed);
+    end = std::chrono::steady_clock::now();
+    const bool isBrief = end - begin < kBrief;
+    if (wasBrief_.load(std::memory_order_relaxed) != isBrief) wasBrief_.store(isBrief, std::memory_order_relaxed);
+    action = !isBrief || !isInPlace ? BeforeSleep::kNothing : isApart ? BeforeSleep::kWatch : BeforeSleep::kYield;
   }
 }
 

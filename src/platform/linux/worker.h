@@ -12,6 +12,7 @@
 #include <sched.h>
 #include <sys/types.h>
 
+#include <atomic>
 #include <chrono>
 
 #include "platform/linux/placement.h"
@@ -57,7 +58,7 @@ class Worker {
   alignas(64) WakeWord finished_;
   pid_t threadId_ = 0;
   int lastProcessor_ = -1;
-  bool wasBrief_ = true;
+  std::atomic<bool> wasBrief_{true};  // written last, so that the deliverer may see it a task late
 
   // The worker's own.
   alignas(64) Waiter worker_;
