@@ -25,10 +25,15 @@ std::uint64_t CapacityFor(std::uint64_t length, std::uint64_t added) {
   return pages * FlatMemory::kPageSize;
 }
 
+/// Storage begins with a cache line, because copying a kilobyte takes up to half as long again where each store goes to
+/// two lines.
+constexpr std::align_val_t kStorageAlignment{64};
+
 /// Null where there is not enough memory.
 std::uint8_t* AllocateStorage(std::uint64_t capacity) {
   if (capacity > kMaxAllocation) return nullptr;
-  return static_cast<std::uint8_t*>(::operator new(static_cast<std::size_t>(capacity), std::nothrow));
+  return static_cast<std::uint8_t*>(
+      ::operator new(static_cast<std::size_t>(capacity), kStorageAlignment, std::nothrow));
 }
 
 void CountBytes(std::uint64_t capacity) {
@@ -44,7 +49,7 @@ FlatMemory::~FlatMemory() {
   UnpoisonBytes(storage_, capacity_);
   if (!ownsStorage_) return;
   CountBytes(capacity_);
-  ::operator delete(storage_);
+  ::operator delete(storage_, kStorageAlignment);
 }
 
 void FlatMemory::ThrowNotEnoughBytes() {
@@ -84,7 +89,7 @@ void FlatMemory::FreeStorage() {
 
 void FlatMemory::SetStorage(std::uint8_t* storage, std::uint64_t capacity) {
   UnpoisonBytes(storage_, capacity_);
-  if (ownsStorage_) ::operator delete(storage_);
+  if (ownsStorage_) ::operator delete(storage_, kStorageAlignment);
   storage_ = storage;
   capacity_ = capacity;
   ownsStorage_ = true;
