@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string_view>
 
 #include "base/text_conversion.h"
@@ -45,6 +46,20 @@ constexpr auto kVendorMasks = std::to_array<VendorMaskRow>({
 });
 static_assert(std::ranges::is_sorted(kVendorMasks, std::ranges::less_equal{}, &VendorMaskRow::mask));
 
+struct NameRow {
+  std::u16string_view name;
+  CameraTypeCode type;
+};
+
+/// CameraTypeNames with the names' lengths. To look for the ends of ten names takes longer than all the rest.
+constexpr auto kNames = [] {
+  std::array<NameRow, std::size(CameraTypeNames)> rows;
+  std::ranges::transform(CameraTypeNames, rows.begin(), [](const CameraTypeName& row) {
+    return NameRow{row.name, row.type};
+  });
+  return rows;
+}();
+
 /// The code of the row whose key is exactly `wanted`; ctcUnknown where there is none.
 template <class Rows, class Key, class Wanted>
 CameraTypeCode TypeOf(const Rows& rows, Key key, const Wanted& wanted) {
@@ -60,9 +75,7 @@ CameraTypeCode TypeFromVendorBit(std::uint64_t mask) {
 
 CameraTypeCode TypeFromPluginName(std::string name) {
   const std::u16string wide = Kestrel::AnsiToWide(name);
-  return TypeOf(
-      CameraTypeNames, [](const CameraTypeName& row) { return std::u16string_view(row.name); },
-      std::u16string_view(wide));
+  return TypeOf(kNames, &NameRow::name, std::u16string_view(wide));
 }
 
 }  // namespace Tarn::CameraFinding
