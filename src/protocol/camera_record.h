@@ -4,16 +4,22 @@
 /// are deep. record_format.h shows the form on the wire.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "protocol/text_list.h"
 #include "tarn/camera_finding.h"
 
 namespace Tarn::CameraFinding {
 
+/// UnsetCredential as UTF-8.
+inline constexpr std::string_view kUnsetCredentialUtf8 = "&!*KVMR*9%";
+static_assert(std::ranges::equal(kUnsetCredentialUtf8, std::u16string_view(UnsetCredential)));
+
 struct CameraLogin {
-  CameraLogin();
+  CameraLogin() : loginUser(kUnsetCredentialUtf8), loginPassword(kUnsetCredentialUtf8) {}
   CameraLogin(std::string user, std::string password, std::uint8_t cttCode);
 
   std::string loginUser;      ///< "LUN"; UnsetCredential by default
