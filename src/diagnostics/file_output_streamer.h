@@ -28,9 +28,6 @@ class FileOutputStreamer final : public IDebugOutStreamerObject {
   void Close();
 
   platform::AppendFile* file_ = nullptr;
-  // Members, so that their storage is used again from message to message.
-  std::string block_;
-  std::string message_;
 };
 
 }  // namespace Kestrel
