@@ -47,15 +47,18 @@ class Lock {
   static constexpr std::uint32_t kFree = 0, kTaken = 1, kAwaited = 2;  // kAwaited: taken, and a thread may be asleep
   static constexpr pthread_t kNobody = 0;
 
+  /// Each look takes the word's cache line from the holder, who then waits for it in order to leave.
+  static constexpr std::uint32_t kSpinsPerLook = 8;
+
   bool TryTake() {
     std::uint32_t seen = kFree;
     return state_.compare_exchange_strong(seen, kTaken, std::memory_order_acquire, std::memory_order_relaxed);
   }
 
   void WaitAndTake() {
-    for (std::uint32_t i = 0; i < spinCount_; ++i) {
+    for (std::uint32_t i = 1; i <= spinCount_; ++i) {
       PauseInSpin();
-      if (state_.load(std::memory_order_relaxed) == kFree && TryTake()) return;
+      if (i % kSpinsPerLook == 0 && state_.load(std::memory_order_relaxed) == kFree && TryTake()) return;
     }
     // Taken as awaited, because other threads may be asleep.
     while (state_.exchange(kAwaited, std::memory_order_acquire) != kFree)
