@@ -6,13 +6,13 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 
 #include "platform/linux/placement.h"
 #include "platform/linux/task_counts.h"
+#include "platform/linux/yield_back_off.h"
 #include "platform/processor.h"
 
 namespace platform {
@@ -74,24 +74,12 @@ class Waiter {
  private:
   using Clock = std::chrono::steady_clock;
 
-  /// Where yielding took longer than this for each task that ran meanwhile, another program had the processor, because
-  /// the scheduler lets a program run for milliseconds. Then the waiter does not yield for a pause, and the next pause
-  /// is twice as long. Where other hand-overs had the processor, yielding goes on: pairs of threads that take turns of
-  /// milliseconds need half the time of pairs that sleep.
-  static constexpr std::chrono::microseconds kTooLong{100};
-  static constexpr std::chrono::milliseconds kFirstPause{16};
-  static constexpr std::chrono::seconds kLongestPause{2};
-
   void Yield(const WakeWord& word, Time begin, const TaskCount& tasks) {
-    if (word.IsSet() || begin < pausedUntil_) return;
+    if (word.IsSet() || !backOff_.MayYield(begin)) return;
     const std::uint32_t before = tasks.load(std::memory_order_relaxed);
     sched_yield();
     if (!word.IsSet()) sched_yield();
-    const Time end = Clock::now();
-    const std::uint32_t ran = tasks.load(std::memory_order_relaxed) - before;
-    if (end - begin <= kTooLong * (1 + std::int64_t{ran})) return;
-    pausedUntil_ = end + pause_;
-    pause_ = std::min<Clock::duration>(2 * pause_, kLongestPause);
+    backOff_.Count(begin, Clock::now(), tasks.load(std::memory_order_relaxed) - before);
   }
 
   /// Returns the time when it last looked at the clock.
@@ -107,8 +95,7 @@ class Waiter {
     return now;
   }
 
-  Time pausedUntil_{};
-  Clock::duration pause_ = kFirstPause;
+  YieldBackOff backOff_;
 };
 
 }  // namespace platform
