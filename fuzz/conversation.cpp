@@ -20,18 +20,18 @@ struct {
   IGenericDataReceivedCallback* receiver = nullptr;
   int streams = 0, replies = 0;
   bool failing = false, withRecord = false;
-} server;
+} fakeServer;
 
 bool Succeeds() {
-  return !server.failing;
+  return !fakeServer.failing;
 }
 
 }  // namespace
 
 std::uint8_t TarnServer_CreateLiveStream(void*, Tarn::TTarnLiveStream** stream) {
   if (!Succeeds()) return 0;
-  ++server.streams;
-  *stream = reinterpret_cast<Tarn::TTarnLiveStream*>(&server);
+  ++fakeServer.streams;
+  *stream = reinterpret_cast<Tarn::TTarnLiveStream*>(&fakeServer);
   return 1;
 }
 std::uint8_t TarnLiveStream_Open(Tarn::TTarnLiveStream*, const StreamOpenParameters*, std::uint64_t, void**, void**,
@@ -44,35 +44,35 @@ std::uint8_t TarnLiveStream_Start(Tarn::TTarnLiveStream*) {
 std::uint8_t TarnLiveStream_SetGenericDataCallback(Tarn::TTarnLiveStream*, std::uint32_t mode,
                                                    IGenericDataReceivedCallback* callback) {
   if (mode == kUnregisterDataCallback) {
-    if (server.receiver == callback) server.receiver = nullptr;
+    if (fakeServer.receiver == callback) fakeServer.receiver = nullptr;
     callback->Release();
     return 1;
   }
-  if (!Succeeds() && server.withRecord) return 0;
+  if (!Succeeds() && fakeServer.withRecord) return 0;
   callback->AddRef();
-  server.receiver = callback;
+  fakeServer.receiver = callback;
   return 1;
 }
 std::uint8_t TarnLiveStream_SendSynchDSPCommand(Tarn::TTarnLiveStream*, const void*, std::uint32_t, void** reply,
                                                 std::uint32_t* replySize) {
-  ++server.replies;
+  ++fakeServer.replies;
   // Each reply has a heap block of exactly its size, so that the address sanitizer sees a read beyond it.
-  auto* const copy = static_cast<std::uint8_t*>(std::malloc(server.reply.size() + !server.reply.size()));
-  std::copy(server.reply.begin(), server.reply.end(), copy);
+  auto* const copy = static_cast<std::uint8_t*>(std::malloc(fakeServer.reply.size() + !fakeServer.reply.size()));
+  std::copy(fakeServer.reply.begin(), fakeServer.reply.end(), copy);
   *reply = copy;
-  *replySize = static_cast<std::uint32_t>(server.reply.size());
+  *replySize = static_cast<std::uint32_t>(fakeServer.reply.size());
   return Succeeds();
 }
 std::uint8_t TarnDBI_ReleaseReference(void* reply) {
   std::free(reply);
-  --server.replies;
+  --fakeServer.replies;
   return Succeeds();
 }
 void TarnLiveStream_Destroy(Tarn::TTarnLiveStream*) {
-  --server.streams;
+  --fakeServer.streams;
 }
 std::uint8_t TarnDBIGetLastError(DBIErrorRecord* record) {
-  if (!server.failing || !server.withRecord) return 0;
+  if (!fakeServer.failing || !fakeServer.withRecord) return 0;
   *record = {1, 2, "Fault", nullptr, u"chosen by the input", ""};
   return 1;
 }
@@ -84,11 +84,11 @@ using Failing = std::optional<fakes::FailingAllocation>;
 void Step(fuzz::Choices& choices, Kestrel::ComPtr<ICameraFinder>& finder, fuzz::CountingWizard& wizard,
           Failing& failing) {
   const std::uint8_t choice = choices.Byte();
-  server.failing = choice & 0x40;
-  server.withRecord = choice & 0x80;
+  fakeServer.failing = choice & 0x40;
+  fakeServer.withRecord = choice & 0x80;
   if (!finder) {
     ICameraFinder* created = nullptr;
-    GetFindingInterface(&server, nullptr, &created);
+    GetFindingInterface(&fakeServer, nullptr, &created);
     finder = Kestrel::ComPtr<ICameraFinder>::Attach(created);
   }
   switch (choice % 12) {
@@ -107,7 +107,7 @@ void Step(fuzz::Choices& choices, Kestrel::ComPtr<ICameraFinder>& finder, fuzz::
     case 6:
       return finder.Reset();
     case 7:
-      if (server.receiver) server.receiver->OnDetach();
+      if (fakeServer.receiver) fakeServer.receiver->OnDetach();
       return;
     case 8: {
       const std::uint8_t behaviour = choices.Byte();
@@ -116,12 +116,12 @@ void Step(fuzz::Choices& choices, Kestrel::ComPtr<ICameraFinder>& finder, fuzz::
       return;
     }
     case 9:
-      server.reply = choices.Take(choices.Byte() * std::size_t{16});
+      fakeServer.reply = choices.Take(choices.Byte() * std::size_t{16});
       return;
     default: {
       const std::uint32_t type = choices.Byte() % 10;
       const fuzz::Bytes block = choices.Take(choices.Byte() * std::size_t{8});
-      if (server.receiver) server.receiver->OnGenericData(2, type, block.data(), block.size());
+      if (fakeServer.receiver) fakeServer.receiver->OnGenericData(2, type, block.data(), block.size());
     }
   }
 }
@@ -135,7 +135,7 @@ FUZZ_TARGET(input) {
     fuzz::CountingWizard wizard(input.size());
     fuzz::Choices choices(input);
     Failing failing(choices.Byte());
-    server.reply = {};
+    fakeServer.reply = {};
     {
       Kestrel::ComPtr<ICameraFinder> finder;
       for (int steps = 0; steps < 64 && !choices.IsEmpty(); ++steps) {
@@ -144,9 +144,10 @@ FUZZ_TARGET(input) {
         } catch (const std::exception&) {
         }
       }
-      server.failing = false;
+      fakeServer.failing = false;
     }
     fuzz::Check(wizard.references == 0, "nobody holds the wizard");
-    fuzz::Check(server.streams == 0 && server.replies == 0 && !server.receiver, "stream and replies are let go");
+    fuzz::Check(fakeServer.streams == 0 && fakeServer.replies == 0 && !fakeServer.receiver,
+                "stream and replies are let go");
   });
 }
