@@ -78,11 +78,17 @@ TEST(AnsiCodePages, OfSeveralCodesTheOneOfWindowsIsWritten) {
 /// The page is read from the setting once in a process.
 TEST(AnsiCodePagesDeathTest, SettingChoosesThePage) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  setenv("TARN_TEST_A", "\xE6\x9D\xB1\xC3\xA9", 1);  // East, e acute
-  const std::pair<const char*, const char*> rows[] = {
-      {"932", "\x93\x8C?"}, {"936", "\x96\x7C\xA8\xA6"},       {"949", "\xD4\xD4?"}, {"950", "\xAA\x46?"},
-      {"1251", "??"},       {"65001", "\xE6\x9D\xB1\xC3\xA9"}, {"", "?\xE9"},        {"1252x", "?\xE9"},
-      {"37", "?\xE9"}};
+  setenv("TARN_TEST_A", "\xE6\x9D\xB1\xC3\xA9\xC4\x81", 1);  // East, e acute, a macron
+  const std::pair<const char*, const char*> rows[] = {{"932", "\x93\x8C??"},
+                                                      {"936", "\x96\x7C\xA8\xA6\xA8\xA1"},
+                                                      {"949", "\xD4\xD4??"},
+                                                      {"950", "\xAA\x46??"},
+                                                      {"1251", "???"},
+                                                      {"1257", "?\xE9\xE2"},
+                                                      {"65001", "\xE6\x9D\xB1\xC3\xA9\xC4\x81"},
+                                                      {"", "?\xE9?"},
+                                                      {"1252x", "?\xE9?"},
+                                                      {"37", "?\xE9?"}};
   for (const auto& [setting, expected] : rows) {
     setenv("TARN_ANSI_CODE_PAGE", setting, 1);
     const auto expand = [&expected = expected] {
