@@ -105,18 +105,20 @@ void Worker::RunTasks() {
       steered_ = false;
     }
     task_(context_);
+    // All that the deliverer changes for the next task is read before it goes on.
     const int processor = sched_getcpu();
-    const bool isApart = isApart_;
-    // A worker that is not where it is wanted sleeps at once, because only a sleeping one is moved.
-    const bool isInPlace = (processor != processor_) == isApart;
+    const bool isApart = isApart_, ranApart = processor != processor_;
     lastProcessor_ = processor;
+    // Beside, the deliverer may take the processor as soon as it can go on. Apart, it need not wait for the clock.
+    if (!ranApart) end = std::chrono::steady_clock::now();
     finished_.Set();
-    // From here on the deliverer runs and writes the next task. What follows costs it no time.
+    if (ranApart) end = std::chrono::steady_clock::now();
     TaskCountOf(processor).fetch_add(1, std::memory_order_relaxed);
-    end = std::chrono::steady_clock::now();
     const bool isBrief = end - begin < kBrief;
     if (wasBrief_.load(std::memory_order_relaxed) != isBrief) wasBrief_.store(isBrief, std::memory_order_relaxed);
-    action = !isBrief || !isInPlace ? BeforeSleep::kNothing : isApart ? BeforeSleep::kWatch : BeforeSleep::kYield;
+    // A worker that is not where it is wanted sleeps at once, because only a sleeping one is moved.
+    const bool sleepsAtOnce = !isBrief || ranApart != isApart;
+    action = sleepsAtOnce ? BeforeSleep::kNothing : isApart ? BeforeSleep::kWatch : BeforeSleep::kYield;
   }
 }
 
