@@ -79,6 +79,7 @@ test('vendor, type and search narrow what is shown, and one button ends it', asy
 
 test('the table says what the tool\'s own says', async () => {
   await page.click('#show-table');
+  await page.waitForSelector('#rows tr');
   const columns = ['mac', 'ip', 'dhcp', 'vendor', 'model', 'firmware', 'plugin'];
   const rows = await page.$$eval(
       '#rows tr:not(.is-stray)',
