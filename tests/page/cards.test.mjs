@@ -91,7 +91,7 @@ test('the table says what the tool\'s own says', async () => {
   assert.deepEqual(
       rows.filter(plain), lines.filter(plain).map((line) => columns.map((name) => line[head.indexOf(name)] || '?')));
   await page.click('#heads .column-firmware button');
-  assert.equal(await page.getAttribute('#heads .column-firmware', 'aria-sort'), 'ascending');
+  await page.waitForSelector('#heads .column-firmware[aria-sort=ascending]');
   assert.match(page.url(), /view=table&sort=firmware/);
   await page.evaluate(() => writeAddress({view: null, sort: null}));
 });
