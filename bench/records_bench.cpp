@@ -62,11 +62,11 @@ void ValueListGet(benchmark::State& state) {
 
 void RecordsWrite(benchmark::State& state) {
   const auto cameras = sample::Cameras(static_cast<std::size_t>(state.range(0)));
-  const auto pool = Kestrel::BufferPool::ListFor(cameras.size() * sizeof cameras[0]);
+  const auto poolList = Kestrel::BufferPool::ListFor(cameras.size() * sizeof cameras[0]);
   for (auto _ : state) {
     ValueList list;
     WriteRecordList(list, kCameraInfoListKey, cameras);
-    const auto buffer = Kestrel::GetBuffer(pool);
+    const auto buffer = Kestrel::GetBuffer(poolList);
     list.Write(*buffer);
     benchmark::DoNotOptimize(buffer->GetData());
   }

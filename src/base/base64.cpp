@@ -94,7 +94,7 @@ void DecodeGroups(const Char*& text, const Char* end, std::uint8_t*& bytes) {
   const Base64Progress done = DecodeVectors(text, static_cast<std::size_t>(end - text), bytes);
   text += done.characters;
   bytes += done.bytes;
-  if (platform::HasAvx512Vbmi()) return;  // its vectors leave no group that can be decoded
+  if (platform::HasAvx512Vbmi()) return;  // 512-bit vectors leave no group that can be decoded
   for (; end - text >= 4; text += 4, bytes += 3) {
     const std::uint32_t a = ValueOf(text[0]), b = ValueOf(text[1]), c = ValueOf(text[2]), d = ValueOf(text[3]);
     if ((a | b | c | d) > 63) return;

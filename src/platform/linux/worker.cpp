@@ -67,25 +67,29 @@ void Worker::End() {
   delete this;
 }
 
-/// Sends the worker where it is wanted. Returns whether it will run on another processor than the deliverer's, as far
-/// as is known. A worker that is awake is never moved, because the system would have to stop it first. Where the mask
-/// cannot be read or set, or forbids the processor, the worker stays where it is.
+/// Sends the worker where it is wanted, and takes apart back where that is not possible. Returns whether it will run on
+/// another processor than the deliverer's, as far as is known. A worker that is awake is never moved, because the
+/// system would have to stop it first.
 bool Worker::Steer(Time now) {
   const bool ranApart = lastProcessor_ != processor_;
   if (!start_.IsAsleep() || !wasBrief_) return ranApart;
   if (ranApart) strayed_ = now;
   if (isApart_ ? ranApart : now - strayed_ > kStraying) return ranApart;
-  if (sched_getaffinity(threadId_, sizeof ownMask_, &ownMask_) != 0 || !CPU_ISSET(processor_, &ownMask_))
-    return ranApart;
+  steered_ = SetMask();
+  if (steered_) return isApart_;
+  if (isApart_) placement_.Refuse(now);
+  isApart_ = false;
+  return ranApart;
+}
+
+/// False where the worker's mask cannot be read or set, forbids the deliverer's processor, or allows no other one.
+bool Worker::SetMask() {
+  if (sched_getaffinity(threadId_, sizeof ownMask_, &ownMask_) != 0 || !CPU_ISSET(processor_, &ownMask_)) return false;
   cpu_set_t mask;
   CPU_ZERO(&mask);
   CPU_SET(processor_, &mask);
   if (isApart_) CPU_XOR(&mask, &mask, &ownMask_);
-  steered_ = sched_setaffinity(threadId_, sizeof mask, &mask) == 0;
-  if (steered_) return isApart_;
-  if (isApart_) placement_.Refuse(now);  // the process has this processor only
-  isApart_ = false;
-  return ranApart;
+  return sched_setaffinity(threadId_, sizeof mask, &mask) == 0;
 }
 
 void* Worker::Main(void* worker) {

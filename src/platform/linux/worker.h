@@ -39,6 +39,7 @@ class Worker {
   static void* Main(void* worker);
   void RunTasks();
   bool Steer(Time now);
+  bool SetMask();
 
   // The deliverer's, read by the worker.
   alignas(64) WakeWord start_;
