@@ -42,9 +42,11 @@ bool WriteAll(AppendFile& file, iovec* pieces, int count) {
   std::optional<NoWriteSignals> guard;
   while (count > 0) {
     if (!guard && file.mayRaiseSignals.load(std::memory_order_relaxed)) guard.emplace();
-    // A debug line is one piece, and the call for one is cheaper.
-    const ssize_t written =
-        count == 1 ? write(file.descriptor, pieces->iov_base, pieces->iov_len) : writev(file.descriptor, pieces, count);
+    // A debug line is one piece, and the call for one is cheaper. Without the guard the file is a regular one; pwrite
+    // appends to it, whatever the position, and does not lock the descriptor's own position.
+    const ssize_t written = count > 1 ? writev(file.descriptor, pieces, count)
+                            : guard   ? write(file.descriptor, pieces->iov_base, pieces->iov_len)
+                                      : pwrite(file.descriptor, pieces->iov_base, pieces->iov_len, 0);
     if (written < 0 && errno == EINTR) continue;
     if (written < 0) {
       if (guard) guard->Drop();
