@@ -76,8 +76,11 @@ class DebugOutStreamer final : public IDebugOutStreamerProperties {
   std::map<std::uint32_t, ReferencePointer<IDebugOutStreamerObject>> targets_;  ///< by flag
   std::uint32_t defaultTargets_ = 0;
   std::atomic<std::uint32_t> enabled_{1};
-  CriticalSection lock_;
   ReferencePointer<OutputHistoryStreamer> history_;
+  /// On a cache line of its own, because a thread that begins or ends a statement counts its reference on this object,
+  /// and would take the line from the thread that holds the lock.
+  struct alignas(64) LockOnItsLine : CriticalSection {};
+  LockOnItsLine lock_;
 };
 
 }  // namespace Kestrel
