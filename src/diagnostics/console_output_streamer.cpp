@@ -83,7 +83,7 @@ ConsoleOutputStreamer::ConsoleOutputStreamer()
     : output_(StandardHandle(platform::STD_OUTPUT_HANDLE, u"ConsoleOutputStreamer::GetStdHandle STD_OUTPUT failed")),
       error_(StandardHandle(platform::STD_ERROR_HANDLE, u"ConsoleOutputStreamer::GetStdHandle STD_ERROR failed")) {}
 
-void ConsoleOutputStreamer::Write(const DebugOutRecord& record, const std::u16string& text) {
+void ConsoleOutputStreamer::Write(const DebugOutRecord& record, std::u16string_view text) {
   const platform::ConsoleHandle console = record.level == dolError ? error_ : output_;
   if (console == platform::InvalidConsoleHandle()) return;
   const std::u16string line = TimeStamp() + StandardLine(record, text);

@@ -13,7 +13,7 @@ class ConsoleOutputStreamer final : public IDebugOutStreamerObject {
   ConsoleOutputStreamer();
 
   /// The line begins with the time stamp that the settings ask for (ConsoleTimeMode), unless the system cannot make it.
-  void Write(const DebugOutRecord& record, const std::u16string& text) override;
+  void Write(const DebugOutRecord& record, std::u16string_view text) override;
   void Flush() override;
 
  private:

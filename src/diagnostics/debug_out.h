@@ -5,8 +5,8 @@
 /// The filter is asked when the statement is made, if the settings exist by then. A message that does not pass is never
 /// formatted and allocates nothing.
 ///
-/// Errors: Making a statement throws what making the dispatcher throws, << what allocating throws, and Finish what a
-/// target throws. The destructor swallows everything.
+/// Errors: Making a statement throws what making the dispatcher and widening the source throw, << what allocating
+/// throws, and Finish what a target throws. The destructor swallows everything.
 /// Threads: A statement belongs to one thread. Statements of several threads may be finished at once.
 #pragma once
 
@@ -36,7 +36,7 @@ class DebugOut final : public ReferenceCounted {
   /// Appends a value as append_text.h describes.
   template <class Value>
   DebugOut& operator<<(const Value& value) {
-    if (message_) AppendText(message_->text, value);
+    if (message_) AppendText(message_->line.whole, value);
     return *this;
   }
 
@@ -49,7 +49,7 @@ class DebugOut final : public ReferenceCounted {
     DebugOutRecord record;
     std::uint32_t flags;
     ReferencePointer<DebugOutStreamer> streamer;
-    std::u16string text;
+    HistoryLine line;
   };
 
   static bool Passes(const char* source, std::uint32_t level) {

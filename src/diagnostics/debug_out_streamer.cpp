@@ -83,26 +83,32 @@ std::uint32_t DebugOutStreamer::SetOutputTargets(std::uint32_t mask, std::uint32
   return defaultTargets_;
 }
 
-void DebugOutStreamer::Emit(const DebugOutRecord& record, const std::u16string& text, std::uint32_t flags) {
+void DebugOutStreamer::Emit(const DebugOutRecord& record, HistoryLine& line, std::uint32_t flags) {
   const std::lock_guard guard(lock_);
   if (flags & dotDefault) flags = (flags & ~std::uint32_t{dotDefault}) | defaultTargets_;
+  const std::u16string_view text = line.Text();
+  std::size_t written = 0;
   FirstFailure failure;
   for (const std::uint32_t flag : kKnownFlags) {
     if (!(flags & flag) || text.empty()) continue;
     failure.Run([&] {
       if (IDebugOutStreamerObject* const target = TargetForMessage(flag)) {
         target->Write(record, text);
-        history_->Write(record, text);
+        ++written;
       }
     });
   }
+  failure.Run([&] {
+    for (; written > 1; --written) {
+      std::u16string copy = line.whole;
+      history_->Add(record.level, copy);
+    }
+    if (written > 0) history_->Add(record.level, line.whole);
+  });
   for (const std::uint32_t flag : kKnownFlags) {
     if (!(flags & flag)) continue;
     failure.Run([&] {
-      if (IDebugOutStreamerObject* const target = Find(flag)) {
-        target->Flush();
-        history_->Flush();
-      }
+      if (IDebugOutStreamerObject* const target = Find(flag)) target->Flush();
     });
   }
   failure.Rethrow();

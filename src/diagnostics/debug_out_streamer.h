@@ -56,8 +56,9 @@ class DebugOutStreamer final : public IDebugOutStreamerProperties {
   std::uint32_t SetOutputTargets(std::uint32_t mask, std::uint32_t mode) override;
 
   /// Writes one message to the targets that flags name and flushes them; an empty text is only flushed. Where a target
-  /// throws, the others are served all the same, and the first exception is thrown on afterwards.
-  void Emit(const DebugOutRecord& record, const std::u16string& text, std::uint32_t flags);
+  /// throws, the others are served all the same, and the first exception is thrown on afterwards. The line goes to the
+  /// history; what stands in it afterwards is of no use.
+  void Emit(const DebugOutRecord& record, HistoryLine& line, std::uint32_t flags);
 
   const OutputHistoryStreamer& GetHistory() const { return *history_; }
 

@@ -22,7 +22,7 @@ std::u16string Prefix() {
 
 DebugWindowOutputStreamer::DebugWindowOutputStreamer() : prefix_(Prefix()) {}
 
-void DebugWindowOutputStreamer::Write(const DebugOutRecord& record, const std::u16string& text) {
+void DebugWindowOutputStreamer::Write(const DebugOutRecord& record, std::u16string_view text) {
   platform::OutputDebugStringW((prefix_ + StandardLine(record, text)).c_str());
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "diagnostics/output_target.h"
 
@@ -14,7 +15,7 @@ class DebugWindowOutputStreamer final : public IDebugOutStreamerObject {
   /// Throws SystemException with the context "GetModuleFileNameW" where the name of the file is unknown.
   DebugWindowOutputStreamer();
 
-  void Write(const DebugOutRecord& record, const std::u16string& text) override;
+  void Write(const DebugOutRecord& record, std::u16string_view text) override;
 
  private:
   const std::u16string prefix_;

@@ -12,7 +12,7 @@ EventLogCode CodeOf(std::uint32_t level) {
 
 }  // namespace
 
-void EventlogOutputStreamer::Write(const DebugOutRecord& record, const std::u16string& text) {
+void EventlogOutputStreamer::Write(const DebugOutRecord& record, std::u16string_view text) {
   EventLog::Get()->Write(StandardLine(record, text), CodeOf(record.level));
 }
 

@@ -8,7 +8,7 @@ namespace Kestrel {
 class EventlogOutputStreamer final : public IDebugOutStreamerObject {
  public:
   /// Throws what EventLog::Write throws.
-  void Write(const DebugOutRecord& record, const std::u16string& text) override;
+  void Write(const DebugOutRecord& record, std::u16string_view text) override;
 };
 
 }  // namespace Kestrel

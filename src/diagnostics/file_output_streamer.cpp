@@ -12,7 +12,7 @@
 
 namespace Kestrel {
 
-void FileOutputStreamer::Write(const DebugOutRecord& record, const std::u16string& text) {
+void FileOutputStreamer::Write(const DebugOutRecord& record, std::u16string_view text) {
   if (!file_) return;
   // The texts are local, because storage that several threads use in turns moves between their processors' caches,
   // which takes longer than an allocation.

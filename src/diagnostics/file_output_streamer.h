@@ -8,6 +8,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "diagnostics/output_target.h"
 #include "platform/append_file.h"
@@ -20,7 +21,7 @@ class FileOutputStreamer final : public IDebugOutStreamerObject {
 
   /// Hands the block to the system at once, so that there is nothing to flush. Does nothing while no file is open. What
   /// a full disk or a pipe without a reader does not take is lost; the process gets no signal.
-  void Write(const DebugOutRecord& record, const std::u16string& text) override;
+  void Write(const DebugOutRecord& record, std::u16string_view text) override;
   /// Closes the file that is open, and creates or empties the new one. After a failure no file is open.
   bool Open(const char16_t* path) override;
 

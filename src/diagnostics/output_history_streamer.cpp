@@ -1,5 +1,6 @@
 #include "diagnostics/output_history_streamer.h"
 
+#include <algorithm>
 #include <mutex>
 
 #include "base/append_text.h"
@@ -7,19 +8,6 @@
 
 namespace Kestrel {
 namespace {
-
-void SetHistoryLine(std::u16string& line, const DebugOutRecord& record, const std::u16string& text) {
-  constexpr std::size_t kUsualFrame = 32;
-  // The storage of a much longer message goes, because a history of short ones would keep it.
-  if (line.capacity() > 4 * (text.size() + kUsualFrame)) std::u16string().swap(line);
-  line.clear();
-  line.reserve(text.size() + kUsualFrame);
-  AppendText(line, LevelText(record.level));
-  line += u" : [";
-  AppendText(line, record.source);
-  line += u"] ";
-  line += text;
-}
 
 TKestrelDateTime UtcNow() {
   platform::FileTime now;
@@ -31,22 +19,31 @@ TKestrelDateTime UtcNow() {
 
 }  // namespace
 
-void OutputHistoryStreamer::Write(const DebugOutRecord& record, const std::u16string& text) {
-  const std::lock_guard guard(lock_);
-  OutputHistoryEntry entry;
-  if (entries_.size() >= capacity_) {
-    entry = std::move(entries_.front());
-    entries_.pop_front();
-  }
-  entry.level = record.level;
-  entry.time = UtcNow();
-  SetHistoryLine(entry.line, record, text);
-  entries_.push_back(std::move(entry));
+HistoryLine::HistoryLine(const DebugOutRecord& record) {
+  constexpr std::size_t kUsualLength = 96;
+  whole.reserve(kUsualLength);
+  AppendText(whole, LevelText(record.level));
+  whole += u" : [";
+  AppendText(whole, record.source);
+  whole += u"] ";
+  frame = whole.size();
 }
 
-std::deque<OutputHistoryEntry> OutputHistoryStreamer::Entries() const {
+void OutputHistoryStreamer::Add(std::uint32_t level, std::u16string& line) {
   const std::lock_guard guard(lock_);
-  return entries_;
+  if (entries_.size() < capacity_) entries_.emplace_back();
+  OutputHistoryEntry& entry = entries_[next_];
+  if (++next_ == capacity_) next_ = 0;
+  entry.level = level;
+  entry.time = UtcNow();
+  entry.line.swap(line);
+}
+
+std::vector<OutputHistoryEntry> OutputHistoryStreamer::Entries() const {
+  const std::lock_guard guard(lock_);
+  std::vector<OutputHistoryEntry> oldestFirst = entries_;
+  std::ranges::rotate(oldestFirst, oldestFirst.begin() + static_cast<std::ptrdiff_t>(next_));
+  return oldestFirst;
 }
 
 }  // namespace Kestrel

@@ -16,7 +16,7 @@ const char* LevelText(std::uint32_t level) {
   return level < std::size(kLevelTexts) ? kLevelTexts[level] : "UNKNOWN";
 }
 
-std::u16string StandardLine(const DebugOutRecord& record, const std::u16string& text) {
+std::u16string StandardLine(const DebugOutRecord& record, std::u16string_view text) {
   constexpr std::size_t kUsualFrame = 48;
   std::u16string line;
   line.reserve(text.size() + kUsualFrame);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "base/reference_counting.h"
 
@@ -37,7 +38,7 @@ struct DebugOutRecord {
 /// the other targets are served all the same.
 class IDebugOutStreamerObject : public ReferenceCounted {
  public:
-  virtual void Write(const DebugOutRecord& record, const std::u16string& text) = 0;
+  virtual void Write(const DebugOutRecord& record, std::u16string_view text) = 0;
   virtual void Flush() {}
   /// Opens the file to write to, in place of the previous one. False where that fails and for targets without a file.
   virtual bool Open(const char16_t* /*path*/) { return false; }
@@ -47,6 +48,6 @@ class IDebugOutStreamerObject : public ReferenceCounted {
 const char* LevelText(std::uint32_t level);
 
 /// "<level> [<source>,<thread>] <text>" and a line end. Throws SystemException where the source cannot be widened.
-std::u16string StandardLine(const DebugOutRecord& record, const std::u16string& text);
+std::u16string StandardLine(const DebugOutRecord& record, std::u16string_view text);
 
 }  // namespace Kestrel

@@ -337,11 +337,11 @@ TEST(EventLogAddOnDeathTest, IsReportedAndNotUsed) {
 
 TEST(OutputHistory, ALongMessageGoesWithItsStorage) {
   OutputHistoryStreamer history(1);
-  const DebugOutRecord record{1, "NET", dolInfo};
-  history.Write(record, u"short");
+  const auto add = [&history](std::u16string line) { history.Add(dolInfo, line); };
+  add(u"short");
   const std::int64_t before = fakes::GetHeapUse().bytes;
-  history.Write(record, std::u16string(100'000, u'x'));
-  history.Write(record, u"short");
+  add(std::u16string(100'000, u'x'));
+  add(u"short");
   EXPECT_LT(fakes::GetHeapUse().bytes - before, 1000);
 }
 
@@ -410,7 +410,9 @@ TEST_F(Diagnostics, AddressResolutionReportsWhatIsMissing) {
   AddressResolutionImport();  // once the targets are there, an error goes to three of them
   EXPECT_TRUE(TakeDebuggerLines()[0].starts_with("ERROR [BUG,"));
   EXPECT_EQ(system.TakeCalls()[1].substr(0, 17), "error ERROR [BUG,");
-  EXPECT_EQ(History().size(), 3u);
+  ASSERT_EQ(History().size(), 3u);
+  for (const OutputHistoryEntry& entry : History())
+    EXPECT_EQ(entry.line, u"ERROR : [BUG] Call to GetSystemDirectoryA failed");
 }
 
 }  // namespace
