@@ -103,6 +103,10 @@ TEST_F(Program, EndsWithTheExitCodeOfTheOutcome) {
       {"search --for 9 --pictures error/x", 1, "", "tarnfind: cannot make the folder"},
       {"search --for 0.2 --exec " TARNFIND_PROGRAM, 1, "2 cameras: 2 known",
        "tarnfind: a command is missing; see tarnfind --help\ntarnfind: \"" TARNFIND_PROGRAM "\" ended with 2\n"},
+      {"search --for 0.2 --exec " PRINTING_PROGRAM, 0, "2 cameras: 2 known",
+       "camera|known|00:40:8C:00:00:01|255.255.255.0|10.0.0.254|"
+       R"({"event":"camera","change":"known","type":2,"camera":)" +
+           std::string(kTheCameraAsFound)},
       {change, 2, "", "tarnfind: nothing to change"},
       {change + "--password-file -", 2, "", "tarnfind: \"-\" has no password in its first line"},
       {"set-network --from input --yes --password-file -", 2, "",
