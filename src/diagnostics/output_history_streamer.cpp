@@ -42,7 +42,7 @@ void OutputHistoryStreamer::Add(std::uint32_t level, std::u16string& line) {
 std::vector<OutputHistoryEntry> OutputHistoryStreamer::Entries() const {
   const std::lock_guard guard(lock_);
   std::vector<OutputHistoryEntry> oldestFirst = entries_;
-  std::ranges::rotate(oldestFirst, oldestFirst.begin() + static_cast<std::ptrdiff_t>(next_));
+  std::rotate(oldestFirst.begin(), oldestFirst.begin() + static_cast<std::ptrdiff_t>(next_), oldestFirst.end());
   return oldestFirst;
 }
 
