@@ -6,6 +6,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <tuple>
 
 namespace {
 
@@ -172,6 +173,24 @@ TEST_F(Program, SearchesWithALineForEachEventAndDebuggerLinesOnRequest) {
         " Type First    Last     Events\n. 00:40:8C:00:00:01 10.0.0.1        yes ",
         "\n2 cameras: 2 known, 0 new; 1 changed, 1 gone; 2 pictures, 1 value list in "})
     EXPECT_NE(result.output.find(lines), std::string::npos) << lines << result.output;
+}
+
+TEST_F(Program, SearchesAgainstAnEarlierListAndExpectsCamerasAsWell) {
+  std::ofstream("monday.jsonl", std::ios::binary) << Run("list --json").output;
+  constexpr char kDifferences[] =
+      "changed   00:40:8C:00:00:02 10.0.0.2\n          firmware: \"\" -> \"2\"\ngone      00:40:8C:00:00:02 10.0.0.2\n";
+  const std::tuple<const char*, int, std::string, std::string> rows[] = {
+      {"--for 0.2 --expect 2", 0, "2 cameras, no difference\n", ""},
+      {"--for 0.2 --expect 3", 4, "2 cameras, no difference\n", "expected 3 cameras or more, there are 2\n"},
+      {"--for 2", 1, kDifferences, "1 camera differs\n"},
+      {"--for 2 --expect 2", 4, kDifferences, "expected 2 cameras or more, there are 1\n"}};
+  for (const auto& [arguments, code, output, error] : rows) {
+    SCOPED_TRACE(arguments);
+    const Result result = Run(std::string("search --against monday.jsonl ") + arguments);
+    EXPECT_EQ(result.code, code);
+    EXPECT_EQ(result.output, output);
+    EXPECT_EQ(result.error, error.empty() ? "" : "tarnfind: " + error);
+  }
 }
 
 TEST_F(Program, ReadsStandardInputAsBytes) {
