@@ -3,7 +3,7 @@
 ///
 /// Each entry's line is "<level> : [<source>] <text>", without the thread and without a line end.
 ///
-/// Memory: the lines are kept whole, so capacity times the longest message bounds the history.
+/// Memory: twice capacity times the longest message bounds the history, because lines keep the room they grew in.
 /// Threads: any; the history has a lock of its own.
 #pragma once
 
