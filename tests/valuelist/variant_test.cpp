@@ -251,6 +251,7 @@ TEST(BlobValue, PointsIntoItsSourceUntilItOwnsItsBytesAndNowhereFromText) {
   value.OwnBytes();
   source[0] = 'y';
   EXPECT_EQ(Raw(Variant(value)), "xbc");
+  EXPECT_THROW(BlobPtr(source.data(), ~std::uint64_t{0}).OwnBytes(), std::bad_alloc);
   value.FromString("blobptr 4 4096");
   Variant unreadable(value);
   unreadable.OwnBytes();
