@@ -55,7 +55,7 @@ class FirstFailure {
 
 }  // namespace
 
-DebugOutStreamer::DebugOutStreamer() : history_(new OutputHistoryStreamer(kHistoryCapacity)) {
+DebugOutStreamer::DebugOutStreamer() {
   SetOutputTargets(platform::HasConsoleWindow() ? dotConsole : dotDebugWindow, otmReplace);
 }
 
@@ -101,9 +101,9 @@ void DebugOutStreamer::Emit(const DebugOutRecord& record, HistoryLine& line, std
   failure.Run([&] {
     for (; written > 1; --written) {
       std::u16string copy = line.whole;
-      history_->Add(record.level, copy);
+      history_.Add(record.level, copy);
     }
-    if (written > 0) history_->Add(record.level, line.whole);
+    if (written > 0) history_.Add(record.level, line.whole);
   });
   for (const std::uint32_t flag : kKnownFlags) {
     if (!(flags & flag)) continue;

@@ -60,7 +60,7 @@ class DebugOutStreamer final : public IDebugOutStreamerProperties {
   /// history; what stands in it afterwards is of no use.
   void Emit(const DebugOutRecord& record, HistoryLine& line, std::uint32_t flags);
 
-  const OutputHistoryStreamer& GetHistory() const { return *history_; }
+  const OutputHistoryStreamer& GetHistory() const { return history_; }
 
  private:
   /// In the order in which targets are served.
@@ -77,11 +77,11 @@ class DebugOutStreamer final : public IDebugOutStreamerProperties {
   std::map<std::uint32_t, ReferencePointer<IDebugOutStreamerObject>> targets_;  ///< by flag
   std::uint32_t defaultTargets_ = 0;
   std::atomic<std::uint32_t> enabled_{1};
-  ReferencePointer<OutputHistoryStreamer> history_;
+  OutputHistoryStreamer history_{kHistoryCapacity};
   /// On a cache line of its own, because a thread that begins or ends a statement counts its reference on this object,
   /// and would take the line from the thread that holds the lock.
-  struct alignas(64) LockOnItsLine : CriticalSection {};
-  LockOnItsLine lock_;
+  struct alignas(64) LockOnItsCacheLine : CriticalSection {};
+  LockOnItsCacheLine lock_;
 };
 
 }  // namespace Kestrel

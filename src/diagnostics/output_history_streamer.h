@@ -37,7 +37,7 @@ struct HistoryLine {
   std::size_t frame;  ///< length of "<level> : [<source>] "
 };
 
-class OutputHistoryStreamer final : public ReferenceCounted {
+class OutputHistoryStreamer final {
  public:
   /// capacity is the number of entries; each further one replaces the oldest. Requires at least 1.
   explicit OutputHistoryStreamer(std::size_t capacity) : capacity_(capacity) {}
